@@ -1,0 +1,1 @@
+#include "app/data_file.h"

@@ -1,0 +1,1 @@
+#include "app/log_file.h"

@@ -1,0 +1,50 @@
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/clock.h"
+
+namespace orvalo {
+
+class AppSettings;
+
+// Where log lines go. Callers ask Enabled() before they format anything, and never log a secret.
+class Log {
+ public:
+  virtual ~Log() = default;
+  virtual bool Enabled() const = 0;  // the setting WriteLog
+  // One line from a printf format; at most 1024 bytes of message, cut at a character. Any thread.
+  void Write(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+ protected:
+  virtual void WriteLine(const char* message, std::size_t length) = 0;
+};
+
+// The log file "SMS.log": opened, appended to and closed for every line, so that others can read it
+// at any time and a killed program loses none. Past 1 MiB it is renamed with a date and time stamp
+// and a new one begins. Owned by start-up; failures are silent. Writers of one process are
+// serialised.
+class LogFile : public Log {
+ public:
+  LogFile(std::string path, const AppSettings& settings,
+          const platform::Clock& clock);  // writes the start header
+  ~LogFile() override;
+  LogFile(const LogFile&) = delete;
+  LogFile& operator=(const LogFile&) = delete;
+
+  bool Enabled() const override;
+
+ protected:
+  void WriteLine(const char* message, std::size_t length) override;
+
+ private:
+  void RotateIfLarge();
+  std::mutex write_lock_;
+  std::string path_;
+  const AppSettings& settings_;
+  const platform::Clock& clock_;
+};
+
+}  // namespace orvalo

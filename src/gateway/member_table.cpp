@@ -1,0 +1,1 @@
+#include "gateway/member_table.h"

@@ -1,0 +1,27 @@
+#pragma once
+#include <string>
+#include <string_view>
+
+namespace orvalo::platform {
+
+// Letter case and the order of texts, for the user's language. Any thread.
+
+std::string ToUpper(std::string_view text);
+std::string ToLower(std::string_view text);
+
+// Equality of whole texts without regard to case ("ß" and "ẞ", "É" and "é" alike).
+bool EqualNoCase(std::string_view a, std::string_view b);
+
+// ASCII letters only; for protocol words and member names. Allocates nothing.
+bool EqualNoCaseAscii(std::string_view a, std::string_view b);
+
+// Dictionary order of the user's language, case-sensitive (lower case before upper case when all
+// else is equal): negative, 0 or positive. Texts that the order cannot tell apart are ordered by
+// their bytes, so 0 means equal.
+int CompareTexts(std::string_view a, std::string_view b);
+
+// A key whose byte order is the order of CompareTexts but for its tie-break; for sorting long
+// lists. Kept in memory only: keys differ between machines.
+std::string SortKey(std::string_view text);
+
+}  // namespace orvalo::platform

@@ -1,0 +1,28 @@
+#pragma once
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvalo::platform {
+
+// Files by path (8-bit, the system code page). Any thread.
+
+// The file's bytes; nothing when it cannot be opened, is no regular file, is larger than `limit`,
+// or breaks off.
+std::optional<std::string> ReadFile(const std::string& path, std::uint64_t limit = 256u << 20);
+
+// Replaces `path` as a whole: a temporary file beside it, flushed to the disk, then renamed over
+// it. Mode 0600. False when any step fails; the old file is then untouched and no temporary file
+// stays behind.
+bool ReplaceFile(const std::string& path, std::string_view bytes);
+
+// The size in bytes, or nothing when there is no such file.
+std::optional<std::uint64_t> FileSize(const std::string& path);
+
+bool IsFolder(const std::string& path);
+
+// Makes the folder (mode 0700) and its missing parents; true when it exists afterwards.
+bool MakeFolder(const std::string& path);
+
+}  // namespace orvalo::platform

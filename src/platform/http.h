@@ -1,0 +1,81 @@
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvalo::platform {
+
+// How requests leave the machine. The numbers are stored in the settings and never change.
+enum class ProxyMode : std::int32_t {
+  kNeverChosen = 0,  // as kSystem
+  kDirect = 1,
+  kSystem = 2,           // the desktop's proxy environment (http_proxy, https_proxy, no_proxy)
+  kSystemNoScripts = 3,  // the same; automatic proxy scripts are never run here
+  kNamed = 4,
+};
+
+struct ProxyConfig {
+  ProxyMode mode = ProxyMode::kDirect;
+  std::string host;
+  std::string port;
+  std::string user;      // empty: no credentials are offered
+  std::string password;  // never logged
+};
+
+// Why there is no response. A response with any status, 500 included, is no failure.
+enum class HttpFailure {
+  kNone,
+  kUnreachable,  // name not found, refused, reset before the request was sent, no route
+  kNoReply,  // the request went out (perhaps in part) but no complete reply came: timed out, cut
+             // off
+  kProxyUnreachable,  // the proxy cannot be reached or found
+  kProxyRefused,      // the proxy answered and refused (407, or any refusal to connect through)
+  kTls,               // the server's certificate or the handshake was not acceptable
+  kTooLarge,          // the reply exceeds max_reply
+  kBadRequest,        // the address is not http or https, or is malformed
+};
+
+struct HttpRequest {
+  std::string method = "GET";
+  std::string url;
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string body;
+  std::int64_t connect_timeout_ms = 10'000;
+  std::int64_t timeout_ms = 30'000;  // for the whole exchange
+  std::size_t max_reply = 4u << 20;  // bytes
+};
+
+struct HttpReply {
+  HttpFailure failure = HttpFailure::kNone;
+  int status = 0;  // of the last reply; 0 when there is none
+  std::string content_type;
+  std::string body;
+  std::string error;  // the reason in words when failure is set; holds no credentials
+};
+
+// HTTP over libcurl: connections are kept open and reused (one for each thread that calls at the
+// same time), TCP_NODELAY is on, certificates and host names are verified, redirects are not
+// followed. Any thread.
+class HttpClient {
+ public:
+  HttpClient();
+  ~HttpClient();
+  HttpClient(const HttpClient&) = delete;
+  HttpClient& operator=(const HttpClient&) = delete;
+
+  void SetProxy(const ProxyConfig& config);  // holds from the next request on
+
+  // A file of certificate authorities to trust instead of the system's; empty for the system's.
+  void SetCertificateAuthorities(const std::string& file);
+
+  // Blocks until the reply is complete or failed; never longer than request.timeout_ms.
+  HttpReply Perform(const HttpRequest& request);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace orvalo::platform

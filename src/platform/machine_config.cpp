@@ -1,0 +1,1 @@
+#include "platform/machine_config.h"

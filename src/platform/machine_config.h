@@ -1,0 +1,31 @@
+#pragma once
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvalo::platform {
+
+// The per-machine configuration: the vendor's key "Corvane/Orvalo3" as a small file of "Name=value"
+// lines ('#' and ';' start comment lines, "[section]" lines are ignored, blanks around name and
+// value are dropped).
+//
+// Read from, first match wins: the user's file ($XDG_CONFIG_HOME or
+// ~/.config)/Corvane/Orvalo3.conf, then the machine's /etc/xdg/Corvane/Orvalo3.conf. Values are cut
+// at 259 bytes. Any thread; reads the files anew at every call.
+class MachineConfig {
+ public:
+  MachineConfig();                                         // the two standard files
+  explicit MachineConfig(std::vector<std::string> files);  // in the order of precedence
+
+  // The value, or the empty text when no file has the name.
+  std::string Read(std::string_view name) const;
+
+ private:
+  std::vector<std::string> files_;
+};
+
+// The data folder: the environment variable ORVALO_DATA_PATH, else the value "DataPath". Empty when
+// none is given.
+std::string ReadDataPath(const MachineConfig& config);
+
+}  // namespace orvalo::platform

@@ -1,0 +1,1 @@
+#include "platform/named_mutex.h"

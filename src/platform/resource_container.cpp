@@ -1,0 +1,1 @@
+#include "platform/resource_container.h"

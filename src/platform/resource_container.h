@@ -1,0 +1,33 @@
+#pragma once
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvalo::platform {
+
+// One container of texts, dialogs, menus, accelerators and images, addressed by paths
+// ("strings.json", "dialogs/129.ui"). Either the program's own, compiled in, or a replaceable file
+// made with `rcc --binary --compress-algo zlib`. Reading is allowed from any thread.
+class ResourceContainer {
+ public:
+  virtual ~ResourceContainer() = default;
+
+  // The bytes of one entry, or nothing.
+  virtual std::optional<std::string> Read(std::string_view path) const = 0;
+
+  // The root under which Qt finds the entries (":/builtin", ":/language"): for the windows' form
+  // loader.
+  virtual std::string Root() const = 0;
+
+  // The program's own container (root ":/builtin"). Never null, never destroyed.
+  static const ResourceContainer& BuiltIn();
+
+  // Reads and checks a container file (at most 64 MiB, every offset verified; zstd-compressed
+  // entries are refused because their size cannot be bounded), then registers it under
+  // ":/language". Null with a reason in `error` for a missing, damaged or foreign file. Destroying
+  // the object unregisters it. At most one is loaded at a time.
+  static std::unique_ptr<ResourceContainer> Load(const std::string& file, std::string* error);
+};
+
+}  // namespace orvalo::platform

@@ -1,0 +1,1 @@
+#include "platform/worker_thread.h"

@@ -1,0 +1,1 @@
+#include "store/message_type.h"

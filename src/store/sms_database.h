@@ -1,0 +1,201 @@
+#pragma once
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/clock.h"
+#include "store/records.h"
+
+namespace orvalo {
+
+class Log;
+class Storage;
+class Texts;
+
+// The file "SMS.db": every message, contact, group and membership. One object for the process,
+// owned by start-up.
+//
+// Threads: any thread may call any operation; each thread gets a connection of its own, so one
+// thread's reading never waits for another's writing. Commit belongs to the main thread. A
+// Transaction belongs to the thread that made it.
+//
+// Durability: a change is in the journal ("SMS.db-wal") before its operation returns, so a killed
+// process loses nothing it had reported; Commit folds the journal into "SMS.db". After a power
+// failure the last moments may be missing.
+//
+// Failures: a missing row is told by the result, as each operation says. A file that cannot be
+// opened, is no database, or comes from a newer version leaves the object unusable: IsUsable is
+// false, Problem says why, and every operation does nothing and reports nothing found. A write that
+// the disk refuses throws StoreError and has changed nothing.
+class SmsDatabase {
+ public:
+  // Opens or creates `<folder>/SMS.db` (mode 0600), seeds the counters, adds the group named by
+  // string 1248 when there is no group, and gives every message left in Editing its saved status
+  // back. `read_only` serves programs that look on beside a running one: nothing is created, seeded
+  // or restored.
+  SmsDatabase(const std::string& folder, const Texts& texts, const platform::Clock& clock,
+              bool read_only = false);
+  ~SmsDatabase();  // commits and closes
+  SmsDatabase(const SmsDatabase&) = delete;
+  SmsDatabase& operator=(const SmsDatabase&) = delete;
+
+  bool IsUsable() const;  // opened, and the file exists on the disk now
+  const std::string& Problem() const { return problem_; }
+  const std::string& Path() const { return path_; }
+
+  // The log is created after the database; until it is attached nothing is logged. Null detaches.
+  void AttachLog(Log* log) { log_ = log; }
+
+  void Commit();
+
+  std::int32_t NextMessageId();
+  std::int32_t NextGroupId();
+  std::int32_t NextContactId();
+  std::int32_t PeekNextContactId();
+
+  // Groups changes: all of them, or, when it is destroyed before Commit (or Commit throws), none.
+  // Nesting is allowed; the outermost decides. Keep it short: another thread's write waits
+  // meanwhile.
+  class Transaction {
+   public:
+    explicit Transaction(SmsDatabase& database);
+    ~Transaction();
+    void Commit();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+   private:
+    SmsDatabase& database_;
+    bool outermost_ = false;
+    bool done_ = false;
+  };
+
+  // --- Messages
+  // -------------------------------------------------------------------------------------------------------
+
+  // Appends a row; its id. Logs "Added SMS: ...".
+  std::int32_t AddSms(const NewSms& sms);
+  bool SetSmsStatus(std::int32_t id,
+                    SmsStatus status);  // false (and logged) when there is no such row
+  void BeginEditSms(std::int32_t id);
+  void UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
+                       std::string_view msg);
+  void RestoreEditedSms();
+  // A copy with the same reference id, now; its status replaced when `status` is given. -1 when
+  // there is no such row.
+  std::int32_t DuplicateSms(std::int32_t id, std::optional<SmsStatus> status);
+  // A copy for one recipient; -1 when there is no such row.
+  std::int32_t CopySmsTo(std::int32_t id, SmsStatus status, std::string_view recipient);
+  void DeleteSms(std::int32_t id);
+  std::int32_t CountWaitingSms();  // rows Pending, Scheduled or Delay Scheduled
+  std::int32_t CountSms();
+
+  std::optional<MessageRow> GetSms(std::int32_t id);
+  std::vector<MessageRow> AllSms();  // in order of id
+  // Calls `visit` for every row in order of id until it returns false; for lists too long to hold.
+  void ForEachSms(const std::function<bool(const MessageRow&)>& visit);
+
+  // Display text of a recipient string: at most three items, contacts by their names, " ..." when
+  // there are more; at most 127 characters, cut at a character.
+  std::string RecipientDisplayText(std::string_view to);
+
+  // Rows that a killed run left in Processing become Failed: what became of them at the gateway is
+  // not known, and sending them again might double them. Their ids, for the log.
+  std::vector<std::int32_t> FailInterruptedSms();
+
+  // --- Selections and updates of the send engine
+  // -------------------------------------------------------------------------
+
+  // Ids of the Pending rows in order of id; only `id` when it is not -1.
+  std::vector<std::int32_t> PendingSms(std::int32_t id);
+  // Ids of the rows with this status and delay whose time lies between 0 and `until`, in order of
+  // id.
+  std::vector<std::int32_t> DueSms(SmsStatus status, std::int32_t delay, std::int64_t until);
+
+  struct FollowedSms {
+    std::int32_t id = 0;
+    std::int32_t query_time = 0;
+    std::string api_msg_id;
+  };
+  // Rows of one status with QueryTime 1 or more, in order of id: those due (StatQryTm from 0 to
+  // `now`) when id is -1, else only that row.
+  std::vector<FollowedSms> FollowedRows(SmsStatus status, std::int32_t id, std::int64_t now);
+
+  // Each is false when there is no such row.
+  bool SetSent(std::int32_t id, SmsStatus status, std::string_view api_msg_id,
+               std::int32_t query_time, std::int32_t stat_qry_tm);
+  bool SetQuerySchedule(std::int32_t id, std::int32_t query_time, std::int32_t stat_qry_tm);
+  bool SetApiMsgId(std::int32_t id, std::string_view api_msg_id);
+  // Stores the charge, and the status when there is one.
+  bool SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> status,
+                          std::string_view charge);
+
+  // One new row for a recipient of an expanded message, as CopySmsTo makes it plus the gateway's id
+  // and query schedule.
+  struct ChildSms {
+    SmsStatus status = SmsStatus::kUnknown;
+    std::string_view recipient;
+    std::string_view api_msg_id;
+    std::int32_t query_time = 0;
+    std::int32_t stat_qry_tm = 0;
+  };
+  // Adds all children of one message in one transaction; their ids run on from the first. False
+  // when the message is gone.
+  bool AddChildren(std::int32_t id, std::span<const ChildSms> children);
+
+  // --- Contacts and groups
+  // ----------------------------------------------------------------------------------------------
+
+  GroupRow AddGroup(std::string_view name);
+  void RenameGroup(std::int32_t gid, std::string_view name);
+  std::int32_t FindOrAddGroup(
+      std::string_view name);  // the first with that name, whatever its case
+  std::optional<std::string> GetGroupName(std::int32_t gid);
+  std::int32_t FindGroupRow(std::int32_t gid);  // position in order of gid, or -1
+  void DeleteGroup(std::int32_t gid);           // with the contacts that are in no other group
+  std::vector<GroupRow> AllGroups();            // in order of gid
+
+  std::int32_t AddContact(const ContactRecord& contact);
+  void UpdateContact(std::int32_t cid, const ContactRecord& contact);
+  // all: the contact and every membership; else the membership in `gid`, and the contact when it
+  // was the last.
+  void DeleteContact(std::int32_t cid, bool all, std::int32_t gid);
+  std::optional<ContactRecord> GetContactRecord(std::int32_t cid);  // its group list is empty
+  std::optional<std::string> GetContactMobile(std::int32_t cid);
+  std::optional<std::string> ContactDisplayName(std::int32_t cid);  // "<name> <surname>"
+  bool ContactExistsWithMobile(std::string_view mobile);
+  std::vector<ContactRow> AllContacts();                 // in order of cid
+  std::vector<ContactRow> MembersOf(std::int32_t gid);   // in the order in which they joined
+  std::vector<std::int32_t> GroupsOf(std::int32_t cid);  // in the order in which it joined
+
+  void AddMembership(std::int32_t gid, std::int32_t cid);
+  void AddToGroupIfAbsent(std::int32_t cid, std::int32_t gid);
+  bool IsMember(std::int32_t cid, std::int32_t gid);
+  std::int32_t FirstGroupOf(std::int32_t cid);  // 0 when none
+  std::int32_t GroupCountOfContact(std::int32_t cid);
+  void RemoveFromGroup(std::int32_t cid, std::int32_t gid);
+  void MoveContact(std::int32_t cid, std::int32_t to_gid, std::int32_t from_gid);
+  std::int32_t MemberCount(std::int32_t gid);
+
+  Storage* storage() {
+    return storage_.get();
+  }  // for the group list and the tests of this room; null when unusable
+
+ private:
+  std::string path_;
+  std::string problem_;
+  const Texts& texts_;
+  const platform::Clock& clock_;
+  Log* log_ = nullptr;
+  std::unique_ptr<Storage> storage_;
+  std::mutex table_lock_;       // a message row is added, put into editing, or written back
+  std::mutex contact_id_lock_;  // a contact id is taken or peeked
+};
+
+}  // namespace orvalo

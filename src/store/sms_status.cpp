@@ -1,0 +1,1 @@
+#include "store/sms_status.h"
