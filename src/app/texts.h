@@ -21,7 +21,8 @@ class Texts {
   Texts();  // the program's own container
 
   // Takes all texts from `container` from now on (its missing ids are missing: no mixing of
-  // languages). False, changing nothing, when it has no sound "strings.json".
+  // languages). False, changing nothing, when it has no sound "strings.json": a JSON object of
+  // texts whose names are ids in decimal; a member of another kind is passed over.
   bool UseContainer(const platform::ResourceContainer& container);
 
   // The text, or "String [<id>]" when it is missing or empty.
