@@ -63,10 +63,11 @@ class ClassRegistry {
  public:
   using Factory = std::function<std::unique_ptr<Dispatch>()>;
 
+  // A class registered again is made by its new factory.
   void Register(const std::string& class_name, Factory factory);
 
   // Null with kClassNotRegistered for an unknown name, with kFail when the factory gives nothing.
-  // `why` may be null.
+  // `why` may be null. What the factory throws passes through.
   std::unique_ptr<Dispatch> Create(const std::string& class_name, HResult* why = nullptr) const;
 
  private:

@@ -24,7 +24,8 @@ class Clock {
   virtual ~Clock() = default;
   virtual std::int64_t Now() const = 0;   // seconds since 1970-01-01 UTC
   virtual std::int64_t Tick() const = 0;  // monotonic milliseconds, from an arbitrary start
-  virtual LocalTime ToLocal(std::int64_t seconds) const = 0;  // in the machine's time zone
+  // In the machine's time zone; a time beyond the calendar is the default LocalTime.
+  virtual LocalTime ToLocal(std::int64_t seconds) const = 0;
   virtual void Sleep(std::int64_t milliseconds) = 0;
 
   // Waits on `condition` (with `lock` held, as std::condition_variable wants it) until ready() is

@@ -13,11 +13,12 @@ namespace orvalo::platform {
 std::optional<std::string> ReadFile(const std::string& path, std::uint64_t limit = 256u << 20);
 
 // Replaces `path` as a whole: a temporary file beside it, flushed to the disk, then renamed over
-// it. Mode 0600. False when any step fails; the old file is then untouched and no temporary file
-// stays behind.
+// it (over a link, not over what it points to). Mode 0600. False when any step fails; the old file
+// is then untouched and no temporary file stays behind. Only when the last step fails, the flushing
+// of the folder, does the new file stand already, and may yet be lost with the machine's power.
 bool ReplaceFile(const std::string& path, std::string_view bytes);
 
-// The size in bytes, or nothing when there is no such file.
+// The size in bytes, or nothing when there is no such regular file.
 std::optional<std::uint64_t> FileSize(const std::string& path);
 
 bool IsFolder(const std::string& path);
