@@ -1,1 +1,99 @@
 #include "app/data_file.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "app/data_file_format.h"
+#include "platform/code_page.h"
+#include "platform/collation.h"
+#include "platform/file.h"
+
+namespace orvalo {
+namespace {
+
+// Far above what all settings fill; a larger file is none of ours and must not cost a long start.
+constexpr std::uint64_t kLargestDataFile = 4u << 20;
+
+std::string_view CutForFile(std::string_view text, std::size_t limit) {
+  return platform::FirstBytes(text.substr(0, text.find('\0')), limit);
+}
+
+// The key as it stands in the file.
+std::string StoredKey(std::string_view key) {
+  return std::string(CutForFile(platform::ToUpper(key), kMaxDataKey));
+}
+
+// As atoi reads, but for a number that does not fit, which becomes the nearest that does.
+std::int32_t ReadDecimal(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+  const bool negative = text.starts_with('-');
+  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
+  constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();
+  std::int64_t number = 0;
+  for (const char c : text) {
+    if (c < '0' || c > '9') break;
+    number = number * 10 + (negative ? '0' - c : c - '0');
+    number = std::clamp(number, kLowest, kHighest);
+  }
+  return static_cast<std::int32_t>(number);
+}
+
+}  // namespace
+
+bool DataFile::KeyOrder::operator()(const std::string& a, const std::string& b) const {
+  return platform::CompareTexts(a, b) < 0;
+}
+
+DataFile::DataFile(std::string path, bool auto_save)
+    : path_(std::move(path)), auto_save_(auto_save) {
+  const std::optional<std::string> bytes = platform::ReadFile(path_, kLargestDataFile);
+  if (!bytes) return;
+  for (DataRecord& record : DecodeDataRecords(*bytes)) {
+    values_.emplace(StoredKey(record.first), std::move(record.second));  // the first of a key wins
+  }
+}
+
+DataFile::~DataFile() {
+  if (auto_save_) Save();
+}
+
+bool DataFile::Save() {
+  const std::vector<DataRecord> records(values_.begin(), values_.end());
+  return platform::ReplaceFile(path_, EncodeDataRecords(records));
+}
+
+bool DataFile::GetString(std::string_view key, std::string* value,
+                         std::string_view fallback) const {
+  const auto found = values_.find(StoredKey(key));
+  const bool present = found != values_.end() && !found->second.empty();
+  *value = present ? std::string_view(found->second) : fallback;
+  return present;
+}
+
+bool DataFile::GetInteger(std::string_view key, std::int32_t* value, std::int32_t fallback) const {
+  std::string text;
+  const bool present = GetString(key, &text, "");
+  *value = present ? ReadDecimal(text) : fallback;
+  return present;
+}
+
+bool DataFile::GetFlag(std::string_view key, bool* value, bool fallback) const {
+  std::int32_t number = 0;
+  const bool present = GetInteger(key, &number, fallback ? 1 : 0);
+  *value = number != 0;
+  return present;
+}
+
+void DataFile::SetString(std::string_view key, std::string_view value) {
+  values_.insert_or_assign(StoredKey(key), std::string(CutForFile(value, kMaxDataValue)));
+}
+
+void DataFile::SetInteger(std::string_view key, std::int32_t value) {
+  SetString(key, std::to_string(value));
+}
+
+}  // namespace orvalo

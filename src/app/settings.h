@@ -63,7 +63,8 @@ struct SettingInfo {
   Kind kind;
   int index;  // of the enumerator of that kind
   SavedBy saved_by;
-  bool secret;  // a password: masked wherever settings are listed
+  bool secret;                // a password: masked wherever settings are listed
+  std::string_view fallback;  // what a missing or empty value reads as, in the form of AsText
 };
 
 // A recent-numbers entry as it is stored: 108 bytes whose meaning belongs to the recent list.
@@ -101,13 +102,15 @@ class AppSettings {
   static const SettingInfo* Find(
       std::string_view key);  // without regard to case; null when there is none
 
-  // By table line, as text: flags "0"/"1", numbers decimal. SetFromText applies the limits of
-  // loading (ProxyType 1 to 4) and is false, changing nothing, when `text` is no value of the
-  // setting's kind.
+  // By table line, as text: flags "0"/"1", numbers decimal. SetFromText does as loading does (an
+  // empty text takes the default, ProxyType is limited to 1 to 4) and is false, changing nothing,
+  // when `text` is no value of the setting's kind or too long for the data file.
   std::string AsText(const SettingInfo& setting) const;
   bool SetFromText(const SettingInfo& setting, std::string_view text);
 
  private:
+  void LoadOne(const DataFile& file, const SettingInfo& setting);
+
   mutable std::mutex mutex_;  // guards texts_
   std::array<std::string, static_cast<std::size_t>(TextSetting::kCount)> texts_;
   std::array<std::atomic<bool>, static_cast<std::size_t>(FlagSetting::kCount)> flags_;
