@@ -7,11 +7,13 @@ namespace orvalo::platform {
 
 // The per-machine configuration: the vendor's key "Corvane/Orvalo3" as a small file of "Name=value"
 // lines ('#' and ';' start comment lines, "[section]" lines are ignored, blanks around name and
-// value are dropped).
+// value are dropped). Names compare without regard to ASCII case; the first line with the name
+// counts, even when its value is empty.
 //
 // Read from, first match wins: the user's file ($XDG_CONFIG_HOME or
 // ~/.config)/Corvane/Orvalo3.conf, then the machine's /etc/xdg/Corvane/Orvalo3.conf. Values are cut
-// at 259 bytes. Any thread; reads the files anew at every call.
+// at 259 bytes, never inside a character. A file that cannot be read, or is larger than 1 MiB,
+// counts as empty. Any thread; reads the files anew at every call.
 class MachineConfig {
  public:
   MachineConfig();                                         // the two standard files
@@ -24,8 +26,8 @@ class MachineConfig {
   std::vector<std::string> files_;
 };
 
-// The data folder: the environment variable ORVALO_DATA_PATH, else the value "DataPath". Empty when
-// none is given.
+// The data folder: the environment variable ORVALO_DATA_PATH unless it is empty, else the value
+// "DataPath"; at most 259 bytes. Empty when none is given.
 std::string ReadDataPath(const MachineConfig& config);
 
 }  // namespace orvalo::platform

@@ -9,17 +9,20 @@ namespace orvalo::platform {
 // its holder ends, however it ends, so a killed program never locks its successor out.
 //
 // The scope is a folder because two programs must not share a data folder, whatever their users,
-// sessions or environments are; programs on different folders do not meet. The lock file stays
-// behind, empty and harmless.
+// sessions or environments are; programs on different folders do not meet. The lock file
+// (".<name>.lock", mode 0600) stays behind, empty and harmless. Any thread; a second Create in the
+// holder's own process is refused as one elsewhere is.
 class NamedMutex {
  public:
   enum class Outcome {
     kHeld,       // created, and this process holds it
     kElsewhere,  // another holder exists
-    kFailed,     // the scope is missing, not a folder, or not writable
+    kFailed,     // the scope is missing, not a folder, or not writable, or the name has a slash
   };
 
-  // True when some process (this one included) holds the mutex now. Never disturbs the holder.
+  // True when some process (this one included) holds the mutex now; false also where that cannot be
+  // found out, as in another user's folder (Create then says kFailed). Only asks: neither the
+  // holder nor a Create at the same moment notices.
   static bool Exists(const std::string& scope, std::string_view name);
 
   // Takes the mutex without waiting. `outcome` (may be null) says why the result is null.
