@@ -1,6 +1,5 @@
 #pragma once
-#include <cstdint>
-#include <memory>
+#include <cstddef>
 #include <mutex>
 #include <string>
 
@@ -15,7 +14,8 @@ class Log {
  public:
   virtual ~Log() = default;
   virtual bool Enabled() const = 0;  // the setting WriteLog
-  // One line from a printf format; at most 1024 bytes of message, cut at a character. Any thread.
+  // One line from a printf format; at most 1024 bytes of message, cut at a character. Allocates
+  // nothing. Any thread.
   void Write(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
  protected:
@@ -23,9 +23,12 @@ class Log {
 };
 
 // The log file "SMS.log": opened, appended to and closed for every line, so that others can read it
-// at any time and a killed program loses none. Past 1 MiB it is renamed with a date and time stamp
-// and a new one begins. Owned by start-up; failures are silent. Writers of one process are
-// serialised.
+// at any time and a killed program loses none. A line is
+//   MM/DD/YYYY hh:mm:ss (thread id in hexadecimal)   message CR LF
+// in local time. Past 1 MiB the file is renamed with a date and time stamp
+// ("SMS.log.YYYYMMDD.hhmm.log") and a new one begins; a name that is taken is never overwritten,
+// the file then grows until the next minute. Owned by start-up, after the settings and before
+// whoever logs; failures are silent. Writers of one process are serialised.
 class LogFile : public Log {
  public:
   LogFile(std::string path, const AppSettings& settings,
@@ -40,7 +43,8 @@ class LogFile : public Log {
   void WriteLine(const char* message, std::size_t length) override;
 
  private:
-  void RotateIfLarge();
+  void RotateIfLarge(const platform::LocalTime& now);
+
   std::mutex write_lock_;
   std::string path_;
   const AppSettings& settings_;

@@ -101,6 +101,22 @@ bool ReplaceFile(const std::string& path, std::string_view bytes) {
   return FlushFolder(folder.get());
 }
 
+bool AppendToFile(const std::string& path, std::string_view bytes) {
+  // Not blocking: a pipe of that name is refused instead of waited for.
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK;
+  OpenFile file(open(path.c_str(), kFlags, 0600));
+  return file && WriteAll(file.get(), bytes) && file.Close();
+}
+
+bool RenameToNew(const std::string& from, const std::string& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  // This file system cannot check and rename in one step.
+  struct stat about {};
+  if (lstat(to.c_str(), &about) == 0) return false;
+  return rename(from.c_str(), to.c_str()) == 0;
+}
+
 std::optional<std::uint64_t> FileSize(const std::string& path) {
   struct stat about {};
   if (stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;

@@ -18,6 +18,14 @@ std::optional<std::string> ReadFile(const std::string& path, std::uint64_t limit
 // of the folder, does the new file stand already, and may yet be lost with the machine's power.
 bool ReplaceFile(const std::string& path, std::string_view bytes);
 
+// Writes `bytes` at the end of the file, in one write where the system allows it, so that lines of
+// several programs do not mix. Makes the file (mode 0600) when it is missing; others may read it
+// and write to it meanwhile. False when it cannot be opened or not all was written.
+bool AppendToFile(const std::string& path, std::string_view bytes);
+
+// Renames a file unless something of the new name exists. False when it does, or on any failure.
+bool RenameToNew(const std::string& from, const std::string& to);
+
 // The size in bytes, or nothing when there is no such regular file.
 std::optional<std::uint64_t> FileSize(const std::string& path);
 
