@@ -8,7 +8,7 @@
 
 namespace orvalo::test {
 
-// Records every message and answers from a script (kOk when the script has run out). Any thread.
+// Records every message and answers from a script (kAccepted when the script has run out). Any thread.
 class ScriptedMessageBoxes : public platform::MessageBoxes {
  public:
   struct Shown {
@@ -21,7 +21,7 @@ class ScriptedMessageBoxes : public platform::MessageBoxes {
                            platform::BoxIcon icon, platform::BoxButtons) override {
     std::lock_guard guard(mutex_);
     shown_.push_back({text, caption, icon, ""});
-    if (answers_.empty()) return platform::BoxAnswer::kOk;
+    if (answers_.empty()) return platform::BoxAnswer::kAccepted;
     const auto answer = answers_.front();
     answers_.pop_front();
     return answer;

@@ -1,0 +1,144 @@
+#include "gateway/account.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "app/settings.h"
+#include "app/texts.h"
+#include "gateway/engine_parts.h"
+#include "gateway/gateway_client.h"
+#include "platform/code_page.h"
+#include "platform/message_box.h"
+#include "platform/number.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr std::size_t kVoucherLength = 16;
+constexpr char kOwnClientId[] = "Orvalo";
+
+// Keeps the wait cursor on for its scope.
+class Waiting {
+ public:
+  explicit Waiting(const std::function<void(bool)>& cursor) : cursor_(cursor) {
+    if (cursor_) cursor_(true);
+  }
+  ~Waiting() {
+    if (cursor_) cursor_(false);
+  }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+
+ private:
+  const std::function<void(bool)>& cursor_;
+};
+
+}  // namespace
+
+Account::Account(AppSettings& settings, GatewayClient& gateway, const Texts& texts,
+                 platform::MessageBoxes& boxes, std::function<void(bool)> wait_cursor,
+                 std::function<void()> logged_in)
+    : settings_(settings),
+      gateway_(gateway),
+      texts_(texts),
+      boxes_(boxes),
+      wait_cursor_(std::move(wait_cursor)),
+      logged_in_(std::move(logged_in)) {}
+
+bool Account::LoginToGateway(std::string_view user, std::string_view password) {
+  std::int32_t error = kGatewayOk;
+  {
+    Waiting waiting(wait_cursor_);
+    std::u16string reply;
+    gateway_.Authenticate(platform::ToWide(settings_.Text(TextSetting::kClientId)),
+                          platform::ToWide(user), platform::ToWide(password), &reply);
+    error = gateway_.LastError();
+  }
+  if (error == kGatewayUnreachable) ShowNoConnection(boxes_, texts_);
+  if (error != kGatewayOk) return false;
+  QueryBalanceTenths();
+  if (logged_in_) logged_in_();
+  return true;
+}
+
+std::int32_t Account::QueryBalanceTenths() {
+  const std::int32_t last = settings_.Number(NumberSetting::kLastBalance);
+  if (!settings_.Flag(FlagSetting::kWorkingOnLine)) return last;
+  std::u16string reply;
+  gateway_.QueryBalance(&reply);
+  if (gateway_.LastError() != kGatewayOk) return last;
+  const BalanceValue balance = ParseBalance(platform::FromWide(reply));
+  settings_.SetNumber(NumberSetting::kLastBalance, balance.tenths);
+  settings_.SetFlag(FlagSetting::kBalanceWithFraction, balance.with_fraction);
+  return balance.tenths;
+}
+
+bool Account::RecoverPassword(std::string_view user, std::string_view email) {
+  std::u16string reply;
+  gateway_.RecoverPassword(platform::ToWide(user), platform::ToWide(email), &reply);
+  return gateway_.LastError() == kGatewayOk;
+}
+
+bool Account::RedeemVoucher(std::string_view number) {
+  using platform::BoxIcon;
+  if (!settings_.Flag(FlagSetting::kWorkingOnLine)) {
+    boxes_.Show(texts_.Load(1393), texts_.Load(1392), BoxIcon::kInformation);
+    return false;
+  }
+  if (platform::CountCharacters(number) != kVoucherLength) {
+    boxes_.Show(texts_.Load(1395), texts_.Load(1394), BoxIcon::kInformation);
+    return false;
+  }
+  std::u16string reply;
+  gateway_.PayToken(platform::ToWide(number), &reply);
+  switch (gateway_.LastError()) {
+    case kGatewayOk:
+      QueryBalanceTenths();
+      return true;
+    case kGatewayUnreachable:
+      ShowNoConnection(boxes_, texts_);
+      return false;
+    case kVoucherUsed:
+      boxes_.Show(texts_.Load(1396), texts_.Load(1394), BoxIcon::kInformation);
+      return false;
+    default:
+      boxes_.Show(platform::FromWide(reply), texts_.Load(1394), BoxIcon::kNone);
+      return false;
+  }
+}
+
+std::string Account::AccountPageAddress() {
+  std::string address = settings_.Text(TextSetting::kVoucherUrl);
+  if (!settings_.Flag(FlagSetting::kWorkingOnLine)) return address;
+  std::u16string token;
+  gateway_.LoginToken(&token);
+  if (settings_.Text(TextSetting::kClientId) == kOwnClientId && !token.empty()) {
+    address += "?session_id=" + platform::FromWide(token);
+  }
+  return address;
+}
+
+std::string Account::BalanceText() const {
+  const std::int32_t tenths = settings_.Number(NumberSetting::kLastBalance);
+  const char* stale = settings_.Flag(FlagSetting::kWorkingOnLine) ? "" : "?";
+  return texts_.Format(1333, {tenths / 10, std::abs(tenths % 10), stale}).value_or(std::string());
+}
+
+BalanceValue ParseBalance(std::string_view text) {
+  const std::int64_t whole = platform::ParseInteger(text);
+  BalanceValue value;
+  std::int64_t tenths = whole * 10;
+  if (const std::size_t point = text.rfind('.'); point != std::string_view::npos) {
+    const std::string_view decimals = text.substr(point + 1);
+    if (!decimals.empty() && decimals.front() >= '0' && decimals.front() <= '9')
+      tenths += decimals.front() - '0';
+    value.with_fraction = true;
+  }
+  value.tenths = static_cast<std::int32_t>(
+      std::min<std::int64_t>(std::max<std::int64_t>(tenths, INT32_MIN), INT32_MAX));
+  return value;
+}
+
+}  // namespace orvalo

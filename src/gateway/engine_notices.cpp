@@ -1,0 +1,42 @@
+#include "gateway/engine_notices.h"
+
+namespace orvalo {
+
+void EngineNotices::SetMainWindow(platform::Mailbox* window) {
+  std::lock_guard guard(mutex_);
+  main_window_ = window;
+}
+
+void EngineNotices::SetOptionsPage(platform::Mailbox* page) {
+  std::lock_guard guard(mutex_);
+  options_page_ = page;
+}
+
+void EngineNotices::SetOutboxView(OutboxView* view) {
+  std::lock_guard guard(mutex_);
+  outbox_view_ = view;
+}
+
+void EngineNotices::ToMainWindow(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
+  if (Stopping()) return;
+  std::lock_guard guard(mutex_);
+  if (main_window_ != nullptr) main_window_->Post(message, wparam, lparam);
+}
+
+void EngineNotices::TellOutbox(std::int32_t id) {
+  if (Stopping()) return;
+  std::lock_guard guard(mutex_);
+  if (outbox_view_ != nullptr) outbox_view_->MessageInHand(id);
+}
+
+void EngineNotices::GoOffline() {
+  std::lock_guard guard(mutex_);
+  if (options_page_ != nullptr) options_page_->Post(kWmGoOffline, 0, 0);
+}
+
+void EngineNotices::Offline() {
+  std::lock_guard guard(mutex_);
+  if (main_window_ != nullptr) main_window_->Post(kWmOffline, 0, 0);
+}
+
+}  // namespace orvalo

@@ -1,0 +1,58 @@
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+#include "platform/mailbox.h"
+
+namespace orvalo {
+
+// Window messages of the engine; the numbers never change.
+inline constexpr std::uint32_t kWmSwitchPage = platform::kWmApp + 1;
+inline constexpr std::uint32_t kWmBalance =
+    platform::kWmApp + 6;  // a row of a send pass is done: refresh the balance
+inline constexpr std::uint32_t kWmGoOffline = platform::kWmApp + 9;  // to the options page
+inline constexpr std::uint32_t kWmBusy = platform::kWmApp + 10;      // a burst of work begins
+inline constexpr std::uint32_t kWmIdle = platform::kWmApp + 11;      // and ends
+inline constexpr std::uint32_t kWmPromoting = platform::kWmApp + 12;
+inline constexpr std::uint32_t kWmSending = platform::kWmApp + 13;
+inline constexpr std::uint32_t kWmQuerying = platform::kWmApp + 14;
+inline constexpr std::uint32_t kWmProgress =
+    platform::kWmApp + 15;  // rows still to do, recipients still to go
+inline constexpr std::uint32_t kWmOffline = platform::kWmApp + 31;
+
+// Whoever shows the outbox. Called on the worker thread: store the id, ask your own thread to
+// redraw, return.
+class OutboxView {
+ public:
+  virtual ~OutboxView() = default;
+  virtual void MessageInHand(std::int32_t id) = 0;  // 0: a pass that changed rows has ended
+};
+
+// The engine's only way of speaking to the windows: it posts and never waits. Nothing that merely
+// reports progress is posted once a stop was requested. The receivers are set and cleared by their
+// owners on the main thread; a receiver that has been cleared gets no further call.
+class EngineNotices {
+ public:
+  void SetMainWindow(platform::Mailbox* window);
+  void SetOptionsPage(platform::Mailbox* page);
+  void SetOutboxView(OutboxView* view);
+
+  void RequestStop() { stop_requested_ = true; }
+  bool Stopping() const { return stop_requested_; }
+
+  void ToMainWindow(std::uint32_t message, std::int32_t wparam = 0,
+                    std::int32_t lparam = 0);  // unless stopping
+  void TellOutbox(std::int32_t id);            // unless stopping
+  void GoOffline();                            // to the options page, stopping or not
+  void Offline();                              // to the main window, stopping or not
+
+ private:
+  std::mutex mutex_;  // guards the receivers
+  platform::Mailbox* main_window_ = nullptr;
+  platform::Mailbox* options_page_ = nullptr;
+  OutboxView* outbox_view_ = nullptr;
+  std::atomic<bool> stop_requested_ = false;
+};
+
+}  // namespace orvalo

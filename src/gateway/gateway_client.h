@@ -1,0 +1,94 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "gateway/member_table.h"
+#include "platform/automation.h"
+
+namespace orvalo {
+
+// Error codes of the component that the program acts on. 0 is success; all others are the
+// component's own.
+enum GatewayError : std::int32_t {
+  kGatewayOk = 0,
+  kProxyUnreachable = 95,
+  kProxyRefused = 96,
+  kGatewayUnreachable = 99,
+  kVoucherUsed = 607,
+};
+
+// The program's only road to the gateway component "SMS_COMAPI.SMS": one operation for each of its
+// members, called by name. It knows nothing of messages or settings; whoever calls it reads
+// ErrorCode afterwards and interprets it.
+//
+// One instance for the process, owned by start-up, called from the main thread and from the worker
+// without a lock of its own: the component copes with both, and keeps the error code of each
+// calling thread apart.
+//
+// Results are the component's 32-bit call results; negative means that the call was not made or
+// failed, and the output is then untouched. Every operation on a client that is not connected, or
+// with a null output, gives platform::kFail.
+class GatewayClient {
+ public:
+  using Text = std::u16string_view;
+
+  // Creates the component and resolves its members. Not connected when the component cannot be
+  // created.
+  explicit GatewayClient(const platform::ClassRegistry& registry);
+  GatewayClient(const GatewayClient&) = delete;
+  GatewayClient& operator=(const GatewayClient&) = delete;
+
+  bool IsConnected() const { return connected_; }
+
+  // `flag` travels unchanged; the program passes 1.
+  platform::HResult Send(std::int16_t flag, Text text, Text number, std::u16string* reply);
+  platform::HResult Authenticate(Text client_id, Text user, Text password, std::u16string* reply);
+  platform::HResult Ping(std::u16string* reply);
+  platform::HResult QueryBalance(std::u16string* balance);
+  platform::HResult RecoverPassword(Text user, Text email, std::u16string* reply);
+  platform::HResult EncodeUnicode(Text text, std::u16string* encoded);
+  platform::HResult PayToken(Text voucher, std::u16string* reply);
+  platform::HResult StartBatch(Text text, std::u16string* reply);
+  platform::HResult BatchSend(Text numbers, std::u16string* reply);  // numbers joined by ","
+  platform::HResult EndBatch(std::u16string* reply);
+  platform::HResult ConfigureProxy(bool test, std::int32_t type, Text host, Text port, Text user,
+                                   Text password, std::u16string* reply);
+  platform::HResult SetBaseUrl(Text url, std::u16string* reply);
+  platform::HResult Version(std::u16string* version);
+  platform::HResult MessageCharge(std::int16_t flag, Text gateway_id, std::u16string* reply);
+
+  platform::HResult ErrorCode(std::int32_t* code);  // of this thread's last call
+  platform::HResult LoginToken(std::u16string* token);
+
+  platform::HResult SetMessageType(std::int32_t type);
+  platform::HResult SetConcatenation(std::int32_t parts);
+  platform::HResult SetDeliveryTime(std::int32_t minutes);
+  platform::HResult SetSender(Text sender);
+  platform::HResult SetUnicode(bool on);
+  platform::HResult SetDeliveryAcknowledgement(bool on);
+
+  // The error code as a number: what ErrorCode gives, or kGatewayUnreachable when it cannot be
+  // read.
+  std::int32_t LastError();
+
+  // Any member by name, arguments in the order of the call: what every operation above is made of.
+  platform::HResult CallMethod(Text name, std::initializer_list<platform::Variant> arguments,
+                               std::u16string* result);
+
+ private:
+  platform::HResult Get(Text name, platform::Variant* value);
+  platform::HResult Put(Text name, platform::Variant value);
+
+  bool connected_ = false;
+  std::size_t methods_resolved_ = 0;
+  std::size_t properties_resolved_ = 0;
+  std::unique_ptr<platform::Dispatch> component_;
+  MemberTable methods_ = MemberTable::Methods();
+  MemberTable properties_ = MemberTable::Properties();
+};
+
+}  // namespace orvalo

@@ -1,0 +1,38 @@
+#pragma once
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "gateway/engine_parts.h"
+#include "gateway/send_step.h"
+
+namespace orvalo {
+
+// One text to many numbers: StartBatch, QuickBatchSend for chunks of about 512 characters of
+// numbers, EndBatch. Worker thread only.
+class SendBatch {
+ public:
+  SendBatch(const EngineParts& parts, SendStep& step) : parts_(parts), step_(step) {}
+
+  // Sends to all of outcome->all and fills the outcome's lists. Recipients that no reply names are
+  // put on none of them; a stop request puts the chunks not yet sent on the retry list. Returns how
+  // many were sent.
+  std::int32_t Send(const OutgoingMessage& message, SendOutcome* outcome);
+
+ private:
+  bool Start(const OutgoingMessage& message, SendOutcome* outcome);
+  std::int32_t SendChunk(std::string_view numbers, std::span<const RecipientRecord> chunk,
+                         SendOutcome* outcome);
+  void End(SendOutcome* outcome);
+
+  EngineParts parts_;
+  SendStep& step_;
+};
+
+// Enters a chunk's reply into the lists: each entry belongs to the first record of the chunk with
+// its number; an entry that matches none is dropped. Returns how many were sent.
+std::int32_t RecordChunkReply(std::string_view reply, std::span<const RecipientRecord> chunk,
+                              SendOutcome* outcome);
+
+}  // namespace orvalo

@@ -1,0 +1,185 @@
+#include "gateway/send_pass.h"
+
+#include <algorithm>
+#include <exception>
+#include <unordered_map>
+#include <vector>
+
+#include "app/log_file.h"
+#include "app/settings.h"
+#include "gateway/engine_notices.h"
+#include "gateway/engine_requests.h"
+#include "gateway/gateway_client.h"
+#include "platform/clock.h"
+#include "store/sms_database.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr std::int32_t kFirstQueryInterval = 60;  // seconds
+
+// Recipients that no list accounts for, counted by number, since a number may be given twice.
+std::vector<RecipientRecord> Unaccounted(const SendOutcome& outcome) {
+  std::unordered_map<std::string_view, std::int32_t> accounted;
+  for (const auto* list : {&outcome.successes, &outcome.failures, &outcome.retries}) {
+    for (const RecipientRecord& record : *list) ++accounted[record.number.view()];
+  }
+  std::vector<RecipientRecord> missing;
+  for (const RecipientRecord& record : outcome.all) {
+    if (const auto found = accounted.find(record.number.view());
+        found != accounted.end() && found->second > 0) {
+      --found->second;
+    } else {
+      missing.push_back(record);
+    }
+  }
+  return missing;
+}
+
+}  // namespace
+
+SendPass::SendPass(const EngineParts& parts, std::mutex& pass_lock)
+    : parts_(parts),
+      pass_lock_(pass_lock),
+      personaliser_(parts.texts, parts.database),
+      step_(parts_),
+      batch_(parts_, step_) {}
+
+void SendPass::SendQueuedSMSs(std::int32_t id) {
+  parts_.notices.ToMainWindow(kWmSending);
+  if (!parts_.settings.Flag(FlagSetting::kWorkingOnLine)) return;
+  std::lock_guard guard(pass_lock_);
+  try {
+    if (WalkPending(id)) parts_.notices.TellOutbox(0);
+  } catch (const std::exception& problem) {
+    if (parts_.log.Enabled()) {
+      parts_.log.Write("CRITICAL ERROR: Catch in SendQueuedSMSs");
+      parts_.log.Write("%s", problem.what());
+    }
+    parts_.notices.TellOutbox(0);
+  }
+}
+
+bool SendPass::WalkPending(std::int32_t id) {
+  const std::vector<std::int32_t> pending = parts_.database.PendingSms(id);
+  bool any = false;
+  for (std::size_t position = pending.size(); position > 0 && !parts_.notices.Stopping();
+       --position) {
+    MessageRow row;
+    if (!TakeRow(pending[position - 1], &row)) continue;
+    parts_.notices.TellOutbox(row.id);
+    SendRow(row, static_cast<std::int32_t>(position));
+    any = true;
+    parts_.notices.ToMainWindow(kWmBalance);
+  }
+  return any;
+}
+
+// The row may have been deleted or opened for editing since the selection was made.
+bool SendPass::TakeRow(std::int32_t id, MessageRow* row) {
+  SmsDatabase::Transaction transaction(parts_.database);
+  auto found = parts_.database.GetSms(id);
+  if (!found || found->stat != static_cast<std::int32_t>(SmsStatus::kPending)) return false;
+  parts_.database.SetSmsStatus(id, SmsStatus::kProcessing);
+  transaction.Commit();
+  *row = std::move(*found);
+  return true;
+}
+
+void SendPass::SendRow(const MessageRow& row, std::int32_t progress_index) {
+  OutgoingMessage message;
+  message.type = row.type;
+  message.text = row.msg;
+  message.sender_id = row.sender_id;
+  message.delay = row.delay;
+  if (row.delay > 0) {
+    message.delay =
+        static_cast<std::int32_t>(std::max<std::int64_t>(row.time - parts_.clock.Now(), 0));
+  }
+  message.progress_index = progress_index;
+  const SendOutcome outcome = SendMessageRow(message, row.to);
+  RecordOutcome(row, message.delay, outcome);
+}
+
+SendOutcome SendPass::SendMessageRow(const OutgoingMessage& message, std::string_view to) {
+  SendOutcome outcome;
+  outcome.all = ExpandRecipients(to, parts_.settings.Text(TextSetting::kPrefix), parts_.database);
+  outcome.recipients = static_cast<std::int32_t>(outcome.all.size());
+  const bool plain = GatewayTypeCode(message.type) == 0 && !personaliser_.HasFields(message.text);
+  if (!plain) {
+    SendPersonalised(message, &outcome);
+  } else if (outcome.recipients < 2) {
+    SendOneByOne(message, &outcome);
+  } else {
+    batch_.Send(message, &outcome);
+  }
+  return outcome;
+}
+
+void SendPass::SendOneByOne(const OutgoingMessage& message, SendOutcome* outcome) {
+  const std::u16string wire =
+      WireText::Of(message.text, IsUnicodeType(message.type), parts_.gateway);
+  std::int32_t to_go = outcome->recipients;
+  for (const RecipientRecord& record : outcome->all) {
+    step_.Send(SendStep::Kind::kPlain, message, message.text, wire, record, to_go--, outcome);
+  }
+}
+
+void SendPass::SendPersonalised(const OutgoingMessage& message, SendOutcome* outcome) {
+  std::int32_t to_go = outcome->recipients;
+  for (const RecipientRecord& record : outcome->all) {
+    const std::string text = personaliser_.Personalise(record.contact_id, message.text);
+    const std::u16string wire = WireText::Of(text, IsUnicodeType(message.type), parts_.gateway);
+    step_.Send(SendStep::Kind::kPersonalised, message, text, wire, record, to_go--, outcome);
+  }
+}
+
+void SendPass::RecordOutcome(const MessageRow& row, std::int32_t delay,
+                             const SendOutcome& outcome) {
+  if (outcome.recipients >= 2) {
+    RecordChildren(row, outcome);
+  } else if (outcome.recipients == 1) {
+    RecordSingle(row, delay, outcome);
+  } else {
+    parts_.database.SetSmsStatus(row.id, SmsStatus::kFailed);
+  }
+}
+
+void SendPass::RecordChildren(const MessageRow& row, const SendOutcome& outcome) {
+  const auto first_query = static_cast<std::int32_t>(parts_.clock.Now() + kFirstQueryInterval);
+  const std::vector<RecipientRecord> missing = Unaccounted(outcome);
+  std::vector<SmsDatabase::ChildSms> children;
+  children.reserve(outcome.successes.size() + outcome.failures.size() + missing.size() +
+                   outcome.retries.size());
+  for (const RecipientRecord& record : outcome.successes) {
+    children.push_back({SmsStatus::kUnknown, record.entry.view(), record.gateway_id.view(),
+                        kFirstQueryInterval, first_query});
+  }
+  for (const auto* failed : {&outcome.failures, &missing}) {
+    for (const RecipientRecord& record : *failed)
+      children.push_back({SmsStatus::kFailed, record.entry.view(), {}, 0, 0});
+  }
+  for (const RecipientRecord& record : outcome.retries) {
+    children.push_back({SmsStatus::kPending, record.entry.view(), {}, 0, 0});
+  }
+  SmsDatabase::Transaction transaction(parts_.database);
+  if (!parts_.database.SetSmsStatus(row.id, SmsStatus::kExpanded)) return;
+  parts_.database.AddChildren(row.id, children);
+  transaction.Commit();
+}
+
+void SendPass::RecordSingle(const MessageRow& row, std::int32_t delay, const SendOutcome& outcome) {
+  if (!outcome.successes.empty()) {
+    const auto first_query = static_cast<std::int32_t>(parts_.clock.Now() + kFirstQueryInterval);
+    parts_.database.SetSent(
+        row.id, delay != 0 ? SmsStatus::kScheduledOnServer : SmsStatus::kUnknown,
+        outcome.successes.front().gateway_id.view(), kFirstQueryInterval, first_query);
+  } else if (!outcome.failures.empty() || outcome.retries.empty()) {
+    parts_.database.SetSmsStatus(row.id, SmsStatus::kFailed);
+  } else {
+    parts_.database.SetSmsStatus(row.id, SmsStatus::kPending);
+  }
+}
+
+}  // namespace orvalo

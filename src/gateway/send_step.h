@@ -1,0 +1,60 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gateway/engine_parts.h"
+#include "gateway/recipients.h"
+
+namespace orvalo {
+
+// One message on its way out: what every recipient of it shares.
+struct OutgoingMessage {
+  std::int32_t type = 0;  // as stored
+  std::string text;       // as stored, fields not yet replaced
+  std::string sender_id;
+  std::int32_t delay = 0;           // seconds until it is to be delivered; 0: at once
+  std::int32_t progress_index = 0;  // rows of this pass still to do, this one counted
+};
+
+// What became of a message's recipients.
+struct SendOutcome {
+  std::int32_t recipients = 0;  // how many the recipient string yielded
+  std::vector<RecipientRecord> all;
+  std::vector<RecipientRecord> successes;
+  std::vector<RecipientRecord> failures;
+  std::vector<RecipientRecord> retries;  // not tried because the engine stops
+  std::int32_t highest_error = 0;
+};
+
+// The wire forms of a text: what the component is given, as UTF-16.
+class WireText {
+ public:
+  // Unicode messages pass through the component's encoder; its answer replaces the text when there
+  // is one.
+  static std::u16string Of(std::string_view text, bool unicode, GatewayClient& gateway);
+};
+
+// Puts one recipient on the wire. Worker thread only.
+class SendStep {
+ public:
+  enum class Kind { kPlain, kPersonalised };  // chooses the log lines
+
+  explicit SendStep(const EngineParts& parts) : parts_(parts) {}
+
+  // Hands the per-message properties to the component; they hold until they are set again.
+  void SetProperties(const OutgoingMessage& message);
+
+  // Sends `wire` to `record`'s number and puts the record on the outcome's success or failure list.
+  // `text` is the same text for the log; `to_go` counts the recipients not yet handled, this one
+  // included.
+  void Send(Kind kind, const OutgoingMessage& message, std::string_view text,
+            const std::u16string& wire, const RecipientRecord& record, std::int32_t to_go,
+            SendOutcome* outcome);
+
+ private:
+  EngineParts parts_;
+};
+
+}  // namespace orvalo
