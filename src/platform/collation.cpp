@@ -1,1 +1,159 @@
 #include "platform/collation.h"
+
+#include <unicode/ucasemap.h>
+#include <unicode/ucol.h>
+#include <unicode/uloc.h>
+
+#include <array>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+
+#include "platform/code_page.h"
+
+namespace orvalo::platform {
+namespace {
+
+char LowerAsciiLetter(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+char UpperAsciiLetter(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+
+// Texts that the library is not asked about: plain ASCII (the common case), bytes that are no UTF-8
+// (only their ASCII letters have a case) and lengths beyond its 32-bit ones.
+bool HasOnlyAsciiCase(std::string_view text) {
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80)
+      return text.size() > std::numeric_limits<std::int32_t>::max() / 4 || !IsValidUtf8(text);
+  }
+  return true;
+}
+
+// The case mappings of no particular language, so that data means the same on every machine.
+const UCaseMap* CaseMap() {
+  static const UCaseMap* const map = [] {
+    UErrorCode status = U_ZERO_ERROR;
+    return ucasemap_open("", 0, &status);
+  }();
+  return map;
+}
+
+using CaseMapping = decltype(&ucasemap_utf8ToUpper);
+
+std::string MapCase(std::string_view text, CaseMapping mapping, char (*map_ascii)(char)) {
+  std::string out(text);
+  if (HasOnlyAsciiCase(text)) {
+    for (char& c : out) c = map_ascii(c);
+    return out;
+  }
+  const auto source_length = static_cast<std::int32_t>(text.size());
+  for (int attempt = 0; attempt < 2; ++attempt) {  // the second with the length the first asked for
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t length =
+        mapping(CaseMap(), out.data(), static_cast<std::int32_t>(out.size()), text.data(),
+                source_length, &status);
+    if (status != U_BUFFER_OVERFLOW_ERROR && U_FAILURE(status)) break;
+    out.resize(static_cast<std::size_t>(length));
+    if (status != U_BUFFER_OVERFLOW_ERROR) return out;
+  }
+  return std::string(text);
+}
+
+// The locale of the user's order, from the environment as POSIX reads it; English where that asks
+// for the order of bytes, which suits no dictionary.
+std::string CollationLocale() {
+  std::string name;
+  for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
+    const char* value = std::getenv(variable);
+    if (value != nullptr && *value != '\0') {
+      name = value;
+      break;
+    }
+  }
+  const std::string language = name.substr(0, name.find_first_of(".@"));
+  if (language.empty() || language == "C" || language == "POSIX") return "en";
+  std::array<char, ULOC_FULLNAME_CAPACITY> canonical{};
+  UErrorCode status = U_ZERO_ERROR;
+  uloc_canonicalize(name.c_str(), canonical.data(), static_cast<std::int32_t>(canonical.size() - 1),
+                    &status);
+  return U_FAILURE(status) ? "en" : canonical.data();
+}
+
+struct CloseCollator {
+  void operator()(UCollator* collator) const { ucol_close(collator); }
+};
+
+// Null when the library has no data: the order is then that of the bytes. One for each thread,
+// because nothing promises that one can be shared.
+UCollator* ThreadCollator() {
+  thread_local const std::unique_ptr<UCollator, CloseCollator> collator = [] {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<UCollator, CloseCollator> opened(ucol_open(CollationLocale().c_str(), &status));
+    if (opened != nullptr) {
+      ucol_setAttribute(opened.get(), UCOL_STRENGTH, UCOL_TERTIARY, &status);
+      ucol_setAttribute(opened.get(), UCOL_CASE_FIRST, UCOL_LOWER_FIRST, &status);
+    }
+    if (U_FAILURE(status)) opened.reset();
+    return opened;
+  }();
+  return collator.get();
+}
+
+bool FitsCollator(std::string_view text) {
+  return text.size() <= std::numeric_limits<std::int32_t>::max() / 8;
+}
+
+}  // namespace
+
+std::string ToUpper(std::string_view text) {
+  return MapCase(text, &ucasemap_utf8ToUpper, &UpperAsciiLetter);
+}
+
+std::string ToLower(std::string_view text) {
+  return MapCase(text, &ucasemap_utf8ToLower, &LowerAsciiLetter);
+}
+
+bool EqualNoCase(std::string_view a, std::string_view b) {
+  if (HasOnlyAsciiCase(a) && HasOnlyAsciiCase(b)) return EqualNoCaseAscii(a, b);
+  return MapCase(a, &ucasemap_utf8FoldCase, &LowerAsciiLetter) ==
+         MapCase(b, &ucasemap_utf8FoldCase, &LowerAsciiLetter);
+}
+
+bool EqualNoCaseAscii(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (LowerAsciiLetter(a[i]) != LowerAsciiLetter(b[i])) return false;
+  return true;
+}
+
+int CompareTexts(std::string_view a, std::string_view b) {
+  if (a == b) return 0;
+  if (UCollator* const collator = ThreadCollator();
+      collator != nullptr && FitsCollator(a) && FitsCollator(b)) {
+    UErrorCode status = U_ZERO_ERROR;
+    const UCollationResult order =
+        ucol_strcollUTF8(collator, a.data(), static_cast<std::int32_t>(a.size()), b.data(),
+                         static_cast<std::int32_t>(b.size()), &status);
+    if (U_SUCCESS(status) && order != UCOL_EQUAL) return order == UCOL_LESS ? -1 : 1;
+  }
+  return a < b ? -1 : 1;
+}
+
+std::string SortKey(std::string_view text) {
+  UCollator* const collator = ThreadCollator();
+  if (collator == nullptr || !FitsCollator(text)) return std::string(text);
+  const std::u16string wide = ToWide(text);
+  const auto length = static_cast<std::int32_t>(wide.size());
+  std::string key(text.size() * 2 + 16, '\0');
+  for (;;) {
+    const std::int32_t needed =
+        ucol_getSortKey(collator, wide.data(), length, reinterpret_cast<std::uint8_t*>(key.data()),
+                        static_cast<std::int32_t>(key.size()));
+    if (needed <= 0) return std::string(text);
+    const bool complete = static_cast<std::size_t>(needed) <= key.size();
+    key.resize(static_cast<std::size_t>(needed));
+    if (!complete) continue;
+    key.pop_back();  // the closing zero
+    return key;
+  }
+}
+
+}  // namespace orvalo::platform

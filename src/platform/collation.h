@@ -4,7 +4,11 @@
 
 namespace orvalo::platform {
 
-// Letter case and the order of texts, for the user's language. Any thread.
+// Letter case and the order of texts. Any thread. In bytes that are not UTF-8 only ASCII letters
+// have a case.
+
+// The rules of no particular language, so that data means the same on every machine. The length may
+// change ("ß" becomes "SS").
 
 std::string ToUpper(std::string_view text);
 std::string ToLower(std::string_view text);
@@ -16,8 +20,8 @@ bool EqualNoCase(std::string_view a, std::string_view b);
 bool EqualNoCaseAscii(std::string_view a, std::string_view b);
 
 // Dictionary order of the user's language, case-sensitive (lower case before upper case when all
-// else is equal): negative, 0 or positive. Texts that the order cannot tell apart are ordered by
-// their bytes, so 0 means equal.
+// else is equal; English where the environment asks for the order of bytes): negative, 0 or
+// positive. Texts that the order cannot tell apart are ordered by their bytes, so 0 means equal.
 int CompareTexts(std::string_view a, std::string_view b);
 
 // A key whose byte order is the order of CompareTexts but for its tie-break; for sorting long

@@ -13,7 +13,9 @@ class ResourceContainer {
  public:
   virtual ~ResourceContainer() = default;
 
-  // The bytes of one entry, or nothing.
+  // The bytes of one entry; nothing when there is no such file, when its data do not unpack, or
+  // when the path is not of the plain form "name/name" (no leading slash, no ".."). Never looks
+  // into another container.
   virtual std::optional<std::string> Read(std::string_view path) const = 0;
 
   // The root under which Qt finds the entries (":/builtin", ":/language"): for the windows' form
@@ -25,9 +27,13 @@ class ResourceContainer {
 
   // Reads and checks a container file (at most 64 MiB, every offset verified; zstd-compressed
   // entries are refused because their size cannot be bounded), then registers it under
-  // ":/language". Null with a reason in `error` for a missing, damaged or foreign file. Destroying
-  // the object unregisters it. At most one is loaded at a time.
+  // ":/language". Null for a missing, damaged or foreign file, with a reason in `error` (may be
+  // null) that completes the sentence "The file …". Destroying the object unregisters it. At most
+  // one is loaded at a time.
   static std::unique_ptr<ResourceContainer> Load(const std::string& file, std::string* error);
+
+  // The same with the bytes of such a file.
+  static std::unique_ptr<ResourceContainer> LoadBytes(std::string bytes, std::string* error);
 };
 
 }  // namespace orvalo::platform

@@ -29,7 +29,8 @@ class FormatInsert {
 // Inserts the arguments into a text of the message-table kind: "%1!s!" the first as a text, "%2!d!"
 // the second as a decimal, "%1!02d!" with printf's flags and width, "%1" alone as "%1!s!"; "%%" a
 // percent sign, "%n" a line break, "%0" ends the text without one; also %space, %. and %!.
-// Conversions: s, d, i, u, x, X, c. Nothing when the text asks for an insert that is not given, for
+// Conversions: s, d, i, u, x, X, c (a code point); widths count characters and end at 255. Nothing
+// when the text asks for an insert that is not given, for
 // another kind of value than it is, or is malformed: a translated text can be wrong, and must not
 // crash the program. Any thread.
 std::optional<std::string> FormatText(std::string_view format,
