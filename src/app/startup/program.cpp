@@ -1,0 +1,170 @@
+#include "app/startup/program.h"
+
+#include <exception>
+#include <filesystem>
+#include <system_error>
+
+#include "net/link_message.h"
+#include "net/proxy_settings.h"
+#include "platform/code_page.h"
+#include "platform/machine_config.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr char kMutexName[] = "Orvalo3Mutex";
+constexpr std::size_t kShortestFolder = 2;
+
+// Before any text could be loaded from a container, and for the message that must work when nothing
+// else does.
+constexpr char kNoFolderText[] =
+    "Can't find data file.\nThe application is not installed correctly.  Please reinstall!";
+constexpr char kNoFolderCaption[] = "Critical error...";
+constexpr char kUnexpectedText[] =
+    "An unexpected error has terminated the application. Please contact support via the URL below.";
+constexpr char kUnexpectedCaption[] = "Unexpected error ...";
+
+}  // namespace
+
+Program::Program(platform::MessageBoxes& boxes, platform::Clock& clock,
+                 const platform::ClassRegistry& registry)
+    : boxes_(boxes), clock_(clock), registry_(registry) {}
+
+Program::~Program() { Close(); }
+
+Program::Result Program::Run(const Options& options, const Launcher& launcher) {
+  Result result;
+  look_only_ = options.look_only;
+  data_folder_ = options.data_folder.empty() ? platform::ReadDataPath(platform::MachineConfig())
+                                             : options.data_folder;
+  if (data_folder_.size() < kShortestFolder) {
+    boxes_.Show(kNoFolderText, kNoFolderCaption, platform::BoxIcon::kStop);
+    result.end = End::kNoDataFolder;
+    return result;
+  }
+  if (!TakeLock(&result.end)) return result;
+  OpenObjects(options);
+  Guarded(options, launcher, &result);
+  Close();
+  return result;
+}
+
+// A folder that is missing or cannot be written yields no lock; it is left to the database to say
+// what is wrong with it.
+bool Program::TakeLock(End* end) {
+  if (look_only_) return true;
+  platform::NamedMutex::Outcome outcome{};
+  lock_ = platform::NamedMutex::Create(data_folder_, kMutexName, &outcome);
+  if (outcome != platform::NamedMutex::Outcome::kElsewhere) return true;
+  *end = End::kInUse;
+  return false;
+}
+
+void Program::OpenObjects(const Options& options) {
+  std::error_code ignored;
+  data_folder_ = std::filesystem::absolute(data_folder_, ignored).string();
+  if (options.enter_data_folder) std::filesystem::current_path(data_folder_, ignored);
+  data_file_ = std::make_unique<DataFile>(data_folder_ + "/SMS.dat", !look_only_);
+  settings_.SetRecent({});
+  settings_.Load(*data_file_, true);
+  database_ = std::make_unique<SmsDatabase>(data_folder_, texts_, clock_, look_only_);
+  if (!look_only_) {
+    log_ = std::make_unique<LogFile>(data_folder_ + "/SMS.log", settings_, clock_);
+    database_->AttachLog(log_.get());
+  }
+  ChooseTexts();
+}
+
+void Program::ChooseTexts() {
+  if (!settings_.Flag(FlagSetting::kI18n)) return;
+  std::string problem;
+  language_ = platform::ResourceContainer::Load(data_folder_ + "/Language.rcc", &problem);
+  if (language_ != nullptr && !texts_.UseContainer(*language_)) language_.reset();
+}
+
+// The one catch-all handler around the whole run.
+void Program::Guarded(const Options& options, const Launcher& launcher, Result* result) {
+  try {
+    Launch(options, launcher, result);
+  } catch (const std::exception& problem) {
+    result->end = End::kUnexpected;
+    result->reason = problem.what();
+  } catch (...) {
+    result->end = End::kUnexpected;
+  }
+  if (result->end != End::kUnexpected) return;
+  if (log_ != nullptr && log_->Enabled())
+    log_->Write("Unexpected error: %s", result->reason.c_str());
+  ShowLinkMessage(boxes_, kUnexpectedText, kUnexpectedCaption,
+                  settings_.Text(TextSetting::kHelpUrl), 0);
+}
+
+void Program::Launch(const Options& options, const Launcher& launcher, Result* result) {
+  status_names_.LoadFrom(texts_);
+  type_names_.LoadFrom(texts_);
+  if (options.with_gateway && !ConnectGateway(options, result)) return;
+  if (!database_->IsUsable()) {
+    boxes_.Show(texts_.Load(1361), texts_.Load(1360), platform::BoxIcon::kStop);
+    result->end = End::kNoDatabase;
+    result->reason = database_->Problem();
+  } else {
+    if (!look_only_) LogInterrupted();
+    result->exit_code = launcher(*this);
+  }
+  StopEngine();
+  if (!look_only_) settings_.Save(*data_file_);
+}
+
+bool Program::ConnectGateway(const Options& options, Result* result) {
+  if (GetGateway() == nullptr) {
+    boxes_.Show(texts_.Load(1362), texts_.Load(1360), platform::BoxIcon::kStop);
+    result->end = End::kNoGateway;
+    return false;
+  }
+  std::u16string reply;
+  gateway_->SetBaseUrl(platform::ToWide(settings_.Text(TextSetting::kComBaseUrl)), &reply);
+  ProxySettings(settings_, *gateway_, texts_, boxes_)
+      .ApplyProxySettings(options.test_connection && settings_.Flag(FlagSetting::kWorkingOnLine));
+  account_ = std::make_unique<Account>(settings_, *gateway_, texts_, boxes_);
+  if (log_ != nullptr) {
+    engine_ = std::make_unique<SendEngine>(
+        EngineParts{settings_, *database_, *log_, texts_, *gateway_, boxes_, clock_, notices_},
+        settings_, *account_);
+  }
+  return true;
+}
+
+GatewayClient* Program::GetGateway() {
+  if (gateway_ == nullptr) {
+    gateway_ = std::make_unique<GatewayClient>(registry_);
+    if (!gateway_->IsConnected()) gateway_.reset();
+  }
+  return gateway_.get();
+}
+
+void Program::LogInterrupted() {
+  for (const std::int32_t id : database_->FailInterruptedSms()) {
+    if (log_->Enabled()) log_->Write("Sending was interrupted, not sent again: SMS_ID (%d)", id);
+  }
+}
+
+void Program::StopEngine() {
+  if (engine_ != nullptr) engine_->WaitForEnd();
+}
+
+// Also runs for what an early end has left. The engine goes first: it waits for a message that is
+// on the wire, so that its outcome is still recorded.
+void Program::Close() {
+  engine_.reset();
+  account_.reset();
+  if (database_ != nullptr) database_->AttachLog(nullptr);
+  database_.reset();
+  data_file_.reset();
+  log_.reset();
+  gateway_.reset();
+  lock_.reset();
+  language_.reset();
+}
+
+}  // namespace orvalo

@@ -1,0 +1,119 @@
+#pragma once
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "app/data_file.h"
+#include "app/log_file.h"
+#include "app/settings.h"
+#include "app/texts.h"
+#include "gateway/account.h"
+#include "gateway/engine_notices.h"
+#include "gateway/gateway_client.h"
+#include "gateway/send_engine.h"
+#include "platform/automation.h"
+#include "platform/clock.h"
+#include "platform/message_box.h"
+#include "platform/named_mutex.h"
+#include "platform/resource_container.h"
+#include "store/sms_database.h"
+
+namespace orvalo {
+
+// The process-wide objects, each reachable through one accessor of the Program that owns them. This
+// is the composition root: whatever runs inside a Program takes from here what it needs and hands
+// it on through constructors.
+//
+// A run creates them in a fixed order (lock, data folder, data file, settings, database, log,
+// texts, gateway client), calls the launcher, and takes them down in the reverse order: engine,
+// settings saved, database committed, data file, log, lock. Everything happens on the main thread.
+class Program {
+ public:
+  struct Options {
+    std::string data_folder;   // empty: ORVALO_DATA_PATH or the machine configuration
+    bool look_only = false;    // beside a running program: no lock, nothing is created or written
+    bool with_gateway = true;  // create the gateway client and hand it the proxy settings
+    bool test_connection = true;    // with the proxy settings, when working online
+    bool enter_data_folder = true;  // make it the process's current directory
+  };
+
+  // How a run ended.
+  enum class End {
+    kRan,           // the launcher ran; the exit code is its own
+    kInUse,         // another program holds the data folder
+    kNoDataFolder,  // none is configured
+    kNoGateway,     // the gateway component could not be created
+    kNoDatabase,    // the database could not be opened
+    kUnexpected,    // an exception ended the launcher
+  };
+  struct Result {
+    End end = End::kRan;
+    int exit_code = 0;
+    std::string reason;  // in words, for those ends whose message box does not tell enough
+  };
+
+  // The main window, or a command: runs with everything in place, returns the exit code.
+  using Launcher = std::function<int(Program&)>;
+
+  Program(platform::MessageBoxes& boxes, platform::Clock& clock,
+          const platform::ClassRegistry& registry);
+  ~Program();
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  // The whole life of the program. May be called once.
+  Result Run(const Options& options, const Launcher& launcher);
+
+  // --- The process-wide objects; valid while the launcher runs. ---
+  const std::string& DataFolder() const { return data_folder_; }
+  DataFile& GetDataFile() { return *data_file_; }
+  AppSettings& GetSettings() { return settings_; }
+  SmsDatabase& GetDatabase() { return *database_; }
+  LogFile& GetLog() { return *log_; }
+  const Texts& GetTexts() const { return texts_; }
+  const SmsStatusNames& GetStatusNames() const { return status_names_; }
+  const MessageTypeNames& GetTypeNames() const { return type_names_; }
+  platform::MessageBoxes& GetMessageBoxes() { return boxes_; }
+  platform::Clock& GetClock() { return clock_; }
+
+  // The gateway client, created on the first call; null when the component cannot be created.
+  GatewayClient* GetGateway();
+  // These need the gateway client (Options::with_gateway).
+  Account& GetAccount() { return *account_; }
+  EngineNotices& GetNotices() { return notices_; }
+  SendEngine& GetEngine() { return *engine_; }
+
+ private:
+  bool TakeLock(End* end);
+  void OpenObjects(const Options& options);
+  void ChooseTexts();
+  void Guarded(const Options& options, const Launcher& launcher, Result* result);
+  void Launch(const Options& options, const Launcher& launcher, Result* result);
+  bool ConnectGateway(const Options& options, Result* result);
+  void LogInterrupted();
+  void StopEngine();
+  void Close();
+
+  platform::MessageBoxes& boxes_;
+  platform::Clock& clock_;
+  const platform::ClassRegistry& registry_;
+  bool look_only_ = false;
+
+  // In the order of creation.
+  std::unique_ptr<platform::NamedMutex> lock_;
+  std::string data_folder_;
+  Texts texts_;
+  std::unique_ptr<DataFile> data_file_;
+  AppSettings settings_;
+  std::unique_ptr<SmsDatabase> database_;
+  std::unique_ptr<LogFile> log_;
+  std::unique_ptr<platform::ResourceContainer> language_;
+  SmsStatusNames status_names_;
+  MessageTypeNames type_names_;
+  std::unique_ptr<GatewayClient> gateway_;
+  std::unique_ptr<Account> account_;
+  EngineNotices notices_;
+  std::unique_ptr<SendEngine> engine_;
+};
+
+}  // namespace orvalo
