@@ -1,1 +1,143 @@
+#include "platform/file.h"
+
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+namespace orvalo::platform {
+namespace {
+
+using test::Slurp;
+using test::Spill;
+using test::TemporaryFolder;
+
+std::vector<std::string> NamesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    names.push_back(entry.path().filename());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+unsigned ModeOf(const std::string& path) {
+  struct stat about {};
+  return stat(path.c_str(), &about) == 0 ? about.st_mode & 07777 : 0;
+}
+
+// Runs `work` in a child process, which it may cripple; its result.
+bool InChild(const std::function<bool()>& work) {
+  const pid_t pid = fork();
+  if (pid == 0) _exit(work() ? 0 : 1);
+  int status = 0;
+  EXPECT_EQ(waitpid(pid, &status, 0), pid);
+  EXPECT_TRUE(WIFEXITED(status));
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST(FileTest, ReadsWholeRegularFilesWithinTheLimit) {
+  TemporaryFolder folder;
+  const std::string path = folder.File("file");
+  for (const std::string& bytes :
+       {std::string(), std::string("a\0b\r\n", 5), std::string(100'000, 'x')}) {
+    Spill(path, bytes);
+    EXPECT_EQ(ReadFile(path), bytes);
+    EXPECT_EQ(ReadFile(path, bytes.size()), bytes);
+    EXPECT_EQ(FileSize(path), bytes.size());
+    if (!bytes.empty()) {
+      EXPECT_EQ(ReadFile(path, bytes.size() - 1), std::nullopt);
+    }
+  }
+  // A file that hides its size is read to its end, and still measured.
+  const auto status = ReadFile("/proc/self/status");
+  ASSERT_TRUE(status);
+  EXPECT_TRUE(status->ends_with('\n'));
+  EXPECT_EQ(ReadFile("/proc/self/status", 10), std::nullopt);
+
+  ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
+  std::filesystem::create_symlink(folder.File("nowhere"), folder.File("dangling"));
+  for (const std::string& other :
+       {folder.path(), folder.File("missing"), folder.File("pipe"), folder.File("dangling"),
+        folder.File("file/below"), std::string("/dev/null"), std::string()}) {
+    EXPECT_EQ(ReadFile(other), std::nullopt) << other;
+    EXPECT_EQ(FileSize(other), std::nullopt) << other;
+  }
+}
+
+TEST(FileTest, ReplacesAFileAsAWhole) {
+  TemporaryFolder folder;
+  const std::string path = folder.File(std::string(255, 'n'));  // as long as names may be
+  const mode_t old_mask = umask(0);
+  for (const std::string& bytes : {std::string("first, the longer one"), std::string("a\0b", 3),
+                                   std::string(), std::string(3'000'000, 'x')}) {
+    EXPECT_TRUE(ReplaceFile(path, bytes));
+    EXPECT_EQ(Slurp(path), bytes);
+    EXPECT_EQ(ModeOf(path), 0600u);
+  }
+  umask(old_mask);
+  EXPECT_EQ(NamesIn(folder.path()).size(), 1u);
+
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  EXPECT_TRUE(ReplaceFile("bare name", "here"));
+  std::filesystem::current_path(before);
+  EXPECT_EQ(Slurp(folder.File("bare name")), "here");
+}
+
+TEST(FileTest, AFailedReplacementLeavesTheOldFileAlone) {
+  TemporaryFolder folder;
+  const std::string path = folder.File("SMS.dat");
+  Spill(path, "old");
+  std::filesystem::create_directories(folder.File("taken/by a folder"));
+  const auto names = NamesIn(folder.path());
+
+  EXPECT_FALSE(InChild([&] {  // the disk takes some of the bytes only
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{5000, 5000};
+    return setrlimit(RLIMIT_FSIZE, &limit) != 0 || ReplaceFile(path, std::string(9000, 'x'));
+  }));
+  EXPECT_FALSE(InChild([&] {  // a folder that may not be written
+    chmod(folder.path().c_str(), 0555);
+    return (geteuid() == 0 && setuid(65534) != 0) || ReplaceFile(path, "new");
+  }));
+  chmod(folder.path().c_str(), 0700);
+  EXPECT_FALSE(ReplaceFile(folder.File("taken"), "new"));
+  EXPECT_FALSE(ReplaceFile(folder.File("missing/file"), "new"));
+  EXPECT_FALSE(ReplaceFile(folder.File("SMS.dat/file"), "new"));
+  EXPECT_FALSE(ReplaceFile(folder.path() + "/", "new"));
+  EXPECT_FALSE(ReplaceFile("", "new"));
+
+  EXPECT_EQ(Slurp(path), "old");
+  EXPECT_EQ(NamesIn(folder.path()), names);
+}
+
+TEST(FileTest, MakesFoldersForTheirOwnerOnly) {
+  TemporaryFolder folder;
+  Spill(folder.File("file"), "x");
+  const std::string deep = folder.File("a/b//c/");
+  EXPECT_FALSE(IsFolder(deep));
+  EXPECT_TRUE(MakeFolder(deep));
+  EXPECT_TRUE(MakeFolder(deep)) << "it exists already";
+  EXPECT_TRUE(IsFolder(deep));
+  EXPECT_EQ(ModeOf(folder.File("a")), 0700u);
+  EXPECT_EQ(ModeOf(deep), 0700u);
+  EXPECT_TRUE(MakeFolder("/"));
+  for (const std::string& path : {std::string(), folder.File("file"), folder.File("file/below"),
+                                  std::string("/proc/self/new")}) {
+    EXPECT_FALSE(MakeFolder(path)) << path;
+    EXPECT_FALSE(IsFolder(path)) << path;
+  }
+}
+
+}  // namespace
+}  // namespace orvalo::platform

@@ -1,1 +1,144 @@
+#include "platform/named_mutex.h"
+
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include "support/temporary_folder.h"
+
+namespace orvalo::platform {
+namespace {
+
+using Outcome = NamedMutex::Outcome;
+using test::Spill;
+using test::TemporaryFolder;
+
+constexpr std::string_view kName = "Orvalo3Mutex";
+
+TEST(NamedMutexTest, HasOneHolderForEachScopeAndName) {
+  TemporaryFolder folder, other;
+  EXPECT_FALSE(NamedMutex::Exists(folder.path(), kName));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << "asking makes no file";
+
+  Outcome outcome = Outcome::kFailed;
+  auto held = NamedMutex::Create(folder.path(), kName, &outcome);
+  ASSERT_NE(held, nullptr);
+  EXPECT_EQ(outcome, Outcome::kHeld);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(NamedMutex::Exists(folder.path(), kName)) << "asking releases nothing";
+    EXPECT_EQ(NamedMutex::Create(folder.path(), kName, &outcome), nullptr);
+    EXPECT_EQ(outcome, Outcome::kElsewhere);
+  }
+  EXPECT_FALSE(NamedMutex::Exists(folder.path(), "Another"));
+  EXPECT_FALSE(NamedMutex::Exists(other.path(), kName));
+  EXPECT_NE(NamedMutex::Create(other.path(), kName), nullptr);
+
+  struct stat about {};
+  ASSERT_EQ(stat(folder.File(".Orvalo3Mutex.lock").c_str(), &about), 0);
+  EXPECT_EQ(about.st_mode & 07777, 0600u);
+
+  held.reset();
+  EXPECT_FALSE(NamedMutex::Exists(folder.path(), kName));
+  EXPECT_NE(NamedMutex::Create(folder.path(), kName), nullptr)
+      << "the file left behind is harmless";
+}
+
+// A child process that holds the mutex until it is killed.
+class HoldingChild {
+ public:
+  explicit HoldingChild(const std::string& scope) {
+    int ends[2];
+    if (pipe(ends) != 0) return;
+    pid_ = fork();
+    if (pid_ == 0) {
+      const auto held = NamedMutex::Create(scope, kName);
+      const char answer = held ? 'y' : 'n';
+      if (write(ends[1], &answer, 1) == 1) {
+        for (;;) pause();
+      }
+      _exit(1);
+    }
+    close(ends[1]);
+    char answer = 'n';
+    holds_ = read(ends[0], &answer, 1) == 1 && answer == 'y';
+    close(ends[0]);
+  }
+  ~HoldingChild() { Kill(); }
+  HoldingChild(const HoldingChild&) = delete;
+  HoldingChild& operator=(const HoldingChild&) = delete;
+
+  bool holds() const { return holds_; }
+  void Kill() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+  }
+
+ private:
+  pid_t pid_ = -1;
+  bool holds_ = false;
+};
+
+TEST(NamedMutexTest, AKilledHolderLocksNobodyOut) {
+  TemporaryFolder folder;
+  HoldingChild child(folder.path());
+  ASSERT_TRUE(child.holds());
+  EXPECT_TRUE(NamedMutex::Exists(folder.path(), kName));
+  Outcome outcome = Outcome::kHeld;
+  EXPECT_EQ(NamedMutex::Create(folder.path(), kName, &outcome), nullptr);
+  EXPECT_EQ(outcome, Outcome::kElsewhere);
+  child.Kill();
+  EXPECT_FALSE(NamedMutex::Exists(folder.path(), kName));
+  EXPECT_NE(NamedMutex::Create(folder.path(), kName), nullptr);
+}
+
+TEST(NamedMutexTest, AForkedChildDoesNotKeepAReleasedMutex) {
+  TemporaryFolder folder;
+  auto held = NamedMutex::Create(folder.path(), kName);
+  HoldingChild heir(folder.path());  // inherits the open file; cannot take the mutex
+  EXPECT_FALSE(heir.holds());
+  held.reset();
+  EXPECT_NE(NamedMutex::Create(folder.path(), kName), nullptr);
+}
+
+TEST(NamedMutexTest, AskingNeverMakesACreateFail) {
+  TemporaryFolder folder;
+  std::atomic<bool> done = false;
+  std::thread asker([&] {
+    while (!done) NamedMutex::Exists(folder.path(), kName);
+  });
+  int refused = 0;
+  for (int i = 0; i < 2000; ++i) refused += NamedMutex::Create(folder.path(), kName) == nullptr;
+  done = true;
+  asker.join();
+  EXPECT_EQ(refused, 0);
+}
+
+TEST(NamedMutexTest, AScopeThatCannotHoldItFails) {
+  TemporaryFolder folder;
+  Spill(folder.File("file"), "x");
+  Spill(folder.File("target"), "x");
+  std::filesystem::create_symlink(folder.File("target"), folder.File(".linked.lock"));
+  std::filesystem::create_directory(folder.File(".folder.lock"));
+  const std::pair<std::string, std::string> cases[] = {
+      {folder.File("missing"), "m"}, {folder.File("file"), "m"}, {"", "m"},
+      {folder.path(), ""},           {folder.path(), "../up"},   {folder.path(), "linked"},
+      {folder.path(), "folder"},     {"/proc/self", "m"},  // not even for root
+  };
+  for (const auto& [scope, name] : cases) {
+    Outcome outcome = Outcome::kHeld;
+    EXPECT_EQ(NamedMutex::Create(scope, name, &outcome), nullptr) << scope << " " << name;
+    EXPECT_EQ(outcome, Outcome::kFailed) << scope << " " << name;
+    EXPECT_FALSE(NamedMutex::Exists(scope, name)) << scope << " " << name;
+  }
+}
+
+}  // namespace
+}  // namespace orvalo::platform
