@@ -47,16 +47,19 @@ TEST_F(WorkerThreadTest, RunsCallsInOrderOnItsOwnThreadUnlocked) {
     });
   };
   std::vector<WaitResult> results;
+  std::promise<void> first_done;
   ASSERT_TRUE(worker_.Start([&] {
     here = std::this_thread::get_id();
     EXPECT_TRUE(call('a'));  // before the wait begins
     EXPECT_TRUE(call('b'));
     results.push_back(worker_.WaitAlertable(0));
     EXPECT_EQ(order, "abe");
+    first_done.set_value();
     results.push_back(worker_.WaitAlertable(60'000));
     results.push_back(worker_.WaitAlertable(-1));
   }));
-  ASSERT_TRUE(clock_.AwaitWaiters(1));
+  first_done.get_future().wait();
+  EXPECT_TRUE(clock_.AwaitWaiters(1));
   EXPECT_TRUE(call('c'));  // while it waits
   EXPECT_TRUE(worker_.WaitForEnd(kForever));
   EXPECT_EQ(order, "abec");
@@ -80,23 +83,21 @@ TEST_F(WorkerThreadTest, TheEventWinsOverCallsAndStays) {
 }
 
 TEST_F(WorkerThreadTest, WaitsAsLongAsTheClockSays) {
-  std::vector<WaitResult> results;
+  std::promise<WaitResult> first, second, third;
   ASSERT_TRUE(worker_.Start([&] {
-    for (int i = 0; i < 2; ++i) results.push_back(worker_.WaitAlertable(60'000));
-    results.push_back(worker_.WaitAlertable(kForever));
+    first.set_value(worker_.WaitAlertable(60'000));
+    second.set_value(worker_.WaitAlertable(60'000));
+    third.set_value(worker_.WaitAlertable(kForever));
   }));
-  ASSERT_TRUE(clock_.AwaitWaiters(1));
+  EXPECT_TRUE(clock_.AwaitWaiters(1));
   clock_.Advance(59'999);
-  std::promise<void> called;
-  EXPECT_TRUE(worker_.QueueCall([&] { called.set_value(); }));
-  called.get_future().wait();  // the first wait is over, and none has begun until the next line
-  ASSERT_TRUE(clock_.AwaitWaiters(1));
+  EXPECT_TRUE(worker_.QueueCall([] {}));
+  EXPECT_EQ(first.get_future().get(), WaitResult::kCallsRan);
+  EXPECT_TRUE(clock_.AwaitWaiters(1));
   clock_.Advance(60'000);
-  clock_.Advance(kForever / 4);
+  EXPECT_EQ(second.get_future().get(), WaitResult::kTimedOut);
   worker_.Signal();
-  EXPECT_TRUE(worker_.WaitForEnd(kForever));
-  EXPECT_EQ(results,
-            (std::vector{WaitResult::kCallsRan, WaitResult::kTimedOut, WaitResult::kEvent}));
+  EXPECT_EQ(third.get_future().get(), WaitResult::kEvent);
 }
 
 TEST_F(WorkerThreadTest, AnExceptionReachesTheBodyAndCostsNoOtherCall) {
