@@ -98,6 +98,7 @@ TEST_F(WorkerThreadTest, WaitsAsLongAsTheClockSays) {
   EXPECT_EQ(second.get_future().get(), WaitResult::kTimedOut);
   worker_.Signal();
   EXPECT_EQ(third.get_future().get(), WaitResult::kEvent);
+  EXPECT_TRUE(worker_.WaitForEnd(kForever));
 }
 
 TEST_F(WorkerThreadTest, AnExceptionReachesTheBodyAndCostsNoOtherCall) {
@@ -167,12 +168,9 @@ TEST(WorkerThreadEndTest, DestructionEndsTheBodyAndDropsWhatItDidNotRun) {
   {
     WorkerThread worker(clock);
     ASSERT_TRUE(worker.Start([&, in_body = held] {
-      worker.QueueCall([&, in_call = held] { FAIL() << "behind the event"; });
-      while (worker.WaitAlertable(kForever) != WaitResult::kEvent) {
-      }
-      ended = true;
+      EXPECT_EQ(worker.WaitAlertable(kForever), WaitResult::kEvent);
+      ended = worker.QueueCall([in_call = held] { FAIL() << "behind the event"; });
     }));
-    worker.Signal();
   }
   EXPECT_TRUE(ended);
   EXPECT_EQ(held.use_count(), 1);
