@@ -1,7 +1,5 @@
 #include "app/data_file.h"
 
-#include <algorithm>
-#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -10,6 +8,7 @@
 #include "platform/code_page.h"
 #include "platform/collation.h"
 #include "platform/file.h"
+#include "platform/number.h"
 
 namespace orvalo {
 namespace {
@@ -24,22 +23,6 @@ std::string_view CutForFile(std::string_view text, std::size_t limit) {
 // The key as it stands in the file.
 std::string StoredKey(std::string_view key) {
   return std::string(CutForFile(platform::ToUpper(key), kMaxDataKey));
-}
-
-// As atoi reads, but for a number that does not fit, which becomes the nearest that does.
-std::int32_t ReadDecimal(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
-  const bool negative = text.starts_with('-');
-  if (negative || text.starts_with('+')) text.remove_prefix(1);
-  constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
-  constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();
-  std::int64_t number = 0;
-  for (const char c : text) {
-    if (c < '0' || c > '9') break;
-    number = number * 10 + (negative ? '0' - c : c - '0');
-    number = std::clamp(number, kLowest, kHighest);
-  }
-  return static_cast<std::int32_t>(number);
 }
 
 }  // namespace
@@ -77,7 +60,7 @@ bool DataFile::GetString(std::string_view key, std::string* value,
 bool DataFile::GetInteger(std::string_view key, std::int32_t* value, std::int32_t fallback) const {
   std::string text;
   const bool present = GetString(key, &text, "");
-  *value = present ? ReadDecimal(text) : fallback;
+  *value = present ? platform::ParseInteger(text) : fallback;
   return present;
 }
 
