@@ -1,0 +1,112 @@
+#include "component/component_members.h"
+
+#include "component/error_codes.h"
+
+namespace orvalo::component {
+namespace {
+
+// The first four characters are dropped where the version is shown.
+constexpr char kVersionText[] = "COM " ORVALO_COMPONENT_VERSION;
+
+constexpr Kind kText = Kind::kText;
+constexpr Kind kFlag = Kind::kFlag;
+constexpr Kind kInteger = Kind::kInteger;
+
+}  // namespace
+
+// An id is a method's place in its table, counted from 1, or a property's, counted on from the last
+// method; 0 is nobody's.
+std::span<const Component::Method> Component::Methods() {
+  using C = Component;
+  using A = Arguments;
+  static const std::vector<Method> methods = {
+      {u"SendSimpleSMS",
+       {kText, kText},
+       [](C& c, const A& a) { return c.SendSimple(a.Wide(0), a.Wide(1)); }},
+      {u"SendMsg",
+       {kFlag, kText, kText},
+       [](C& c, const A& a) {
+         return c.messages_.Send(c.OptionsFor(a.Wide(1)), a.Text(1), a.Text(2));
+       }},
+      {u"Authenticate", {}, [](C& c, const A&) { return c.Authenticate(); }},
+      {u"AuthenticateClient",
+       {kText, kText, kText},
+       [](C& c, const A& a) {
+         return c.account_.LogIn({a.Text(0), a.Text(1), a.Text(2)});
+       }},
+      {u"Ping", {}, [](C& c, const A&) { return c.account_.Ping(); }},
+      {u"QueryMsg", {kText}, [](C& c, const A& a) { return c.messages_.QueryStatus(a.Text(0)); }},
+      {u"QueryBalance", {}, [](C& c, const A&) { return c.account_.QueryBalance(); }},
+      {u"ResetSMS", {}, [](C& c, const A&) { return c.ResetMessage(); }},
+      {u"RecoverPassword",
+       {kText, kText},
+       [](C& c, const A& a) { return c.account_.RecoverPassword(a.Text(0), a.Text(1)); }},
+      {u"TokenPay", {kText}, [](C& c, const A& a) { return c.account_.RedeemVoucher(a.Text(0)); }},
+      {u"TokenPayWithURL",
+       {kText, kText},
+       [](C& c, const A& a) { return c.account_.RedeemVoucherAt(a.Text(0), a.Text(1)); }},
+      {u"EncodeToUnicode", {kText}, [](C& c, const A& a) { return c.EncodeToUnicode(a.Wide(0)); }},
+      {u"StartBatch",
+       {kText},
+       [](C& c, const A& a) { return c.messages_.StartBatch(c.OptionsFor(a.Wide(0)), a.Text(0)); }},
+      {u"QuickBatchSend",
+       {kText},
+       [](C& c, const A& a) { return c.messages_.SendToBatch(a.Text(0)); }},
+      {u"EndBatch", {}, [](C& c, const A&) { return c.messages_.EndBatch(); }},
+      {u"SetBaseURL", {kText}, [](C& c, const A& a) { return c.account_.SetBase(a.Text(0)); }},
+      {u"ConfigureProxy",
+       {kInteger, kText, kText, kText, kText},
+       [](C& c, const A& a) {
+         return c.account_.ConfigureProxy(false, a.Integer(0),
+                                          {{}, a.Text(1), a.Text(2), a.Text(3), a.Text(4)});
+       }},
+      {u"ConfigureProxyEx",
+       {kFlag, kInteger, kText, kText, kText, kText},
+       [](C& c, const A& a) {
+         return c.account_.ConfigureProxy(a.Flag(0), a.Integer(1),
+                                          {{}, a.Text(2), a.Text(3), a.Text(4), a.Text(5)});
+       }},
+      {u"Version",
+       {kFlag},
+       [](C&, const A&) {
+         return Answer{kSuccess, kVersionText};
+       }},
+      {u"GetMsgCharge",
+       {kFlag, kText},
+       [](C& c, const A& a) { return c.messages_.QueryCharge(a.Text(1)); }},
+  };
+  return methods;
+}
+
+std::span<const Component::Property> Component::PropertyList() {
+  using C = Component;
+  static const std::vector<Property> properties = {
+      {u"smsUSER", &Properties::user},
+      {u"smsPASSWORD", &Properties::password,
+       [](C&) { return platform::Variant(std::u16string()); }},
+      {u"smsTEXT", &Properties::text},
+      {u"smsFROM", &Properties::from},
+      {u"smsTO", &Properties::to},
+      {u"smsIsLoggedIn",
+       {},
+       [](C& c) {
+         const bool logged_in = !c.session_.Current().token.empty();
+         return platform::Variant(
+             platform::VariantFlag{static_cast<std::int16_t>(logged_in ? -1 : 0)});
+       }},
+      {u"smsERROR",
+       {},
+       [](C& c) { return platform::Variant(std::int32_t{c.threads_.Mine().error}); }},
+      {u"smsMSG_TYPE", &Properties::type},
+      {u"smsCONCAT", &Properties::concat},
+      {u"smsSESSION_ID",
+       {},
+       [](C& c) { return platform::Variant(platform::ToWide(c.session_.Current().token)); }},
+      {u"smsUNICODE", &Properties::unicode},
+      {u"smsDELIVERY_ACK", &Properties::acknowledge},
+      {u"smsDELIVERY_TIME", &Properties::delivery_minutes},
+  };
+  return properties;
+}
+
+}  // namespace orvalo::component

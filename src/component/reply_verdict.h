@@ -1,0 +1,38 @@
+#pragma once
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "platform/http.h"
+
+namespace orvalo::component {
+
+// What a call of the service came to: the reply of a success, or an error (error_codes.h) and its
+// reason, which may be the service's own words.
+struct Outcome {
+  int error = 0;
+  std::string message;
+  nlohmann::json reply;
+
+  bool ok() const { return error == 0; }
+};
+
+Outcome Failed(int error, std::string message);
+Outcome NotUnderstood();  // 98
+
+// What one reply (or the lack of one) means, and whether the same request may be tried again.
+struct Verdict {
+  enum class Again {
+    kNo,
+    kNoReply,      // it may have been carried out: only with the same idempotency key
+    kLoad,         // the service accepted nothing for now
+    kUnreachable,  // it never arrived
+  };
+  Outcome outcome;
+  Again again = Again::kNo;
+};
+
+// A pure function, any thread. A success is an object; whatever else comes with a status below 400,
+// and a refusal that is not worded as the protocol wants it, is error 98.
+Verdict Judge(const platform::HttpReply& reply);
+
+}  // namespace orvalo::component

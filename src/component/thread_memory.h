@@ -1,0 +1,28 @@
+#pragma once
+#include <memory>
+#include <string>
+
+namespace orvalo::component {
+
+// What the component remembers for one calling thread. The client calls the same instance from two
+// threads and reads the error of a call afterwards, in a call of its own: each thread must find
+// the error of its own last call there.
+struct ThreadMemory {
+  int error = 0;
+
+  // What EncodeToUnicode returned last. A text of hexadecimal digits is taken as encoded only if it
+  // is exactly this one: an operator's text may happen to look like hexadecimal digits.
+  std::u16string encoded;
+};
+
+// One ThreadMemory for each pair of owner and thread, created on first use. It goes away with the
+// thread, or when the thread next meets a new owner after this one has gone. Any thread.
+class ThreadMemories {
+ public:
+  ThreadMemory& Mine();
+
+ private:
+  std::shared_ptr<int> owner_ = std::make_shared<int>(0);
+};
+
+}  // namespace orvalo::component
