@@ -1,1 +1,110 @@
 #include "store/sms_database.h"
+
+#include <exception>
+#include <filesystem>
+#include <system_error>
+
+#include "app/log_file.h"
+#include "app/texts.h"
+#include "platform/file.h"
+#include "store/message_rows.h"
+#include "store/schema.h"
+#include "store/storage.h"
+#include "store/store_error.h"
+
+namespace orvalo {
+namespace {
+
+constexpr int kAllContactsText = 1248;
+
+constexpr Sql kTakeGroupId("UPDATE NextGroupID SET ID = ID + 1 RETURNING ID - 1");
+constexpr Sql kTakeContactId("UPDATE NextContactID SET ID = ID + 1 RETURNING ID - 1");
+constexpr Sql kPeekContactId("SELECT ID FROM NextContactID");
+constexpr Sql kAnyGroup("SELECT GID FROM \"GROUP\" LIMIT 1");
+
+std::int32_t OnlyNumber(Connection* connection, const Sql& sql) {
+  if (connection == nullptr) return -1;
+  Query query(*connection, sql);
+  const std::int32_t number = query.Step() ? query.Int(0) : -1;
+  query.Execute();
+  return number;
+}
+
+// SQLite would make the file with the user's usual mode, and its journals with the mode of the
+// file.
+void CreatePrivateFile(const std::string& path) {
+  std::error_code error;
+  const auto status = std::filesystem::symlink_status(path, error);
+  if (status.type() != std::filesystem::file_type::not_found) return;
+  if (!platform::ReplaceFile(path, {})) throw StoreError("\"" + path + "\" cannot be created");
+}
+
+}  // namespace
+
+SmsDatabase::SmsDatabase(const std::string& folder, const Texts& texts,
+                         const platform::Clock& clock, bool read_only)
+    : path_(folder + "/SMS.db"), texts_(texts), clock_(clock) {
+  try {
+    if (!read_only) CreatePrivateFile(path_);
+    storage_ = std::make_unique<Storage>(
+        path_, read_only ? StoreAccess::kReadOnly : StoreAccess::kReadWrite);
+    PrepareSchema(*Here(), !read_only);
+    if (read_only) return;
+    Transaction transaction(*this);
+    SeedCounters(*Here());
+    if (!Query(*Here(), kAnyGroup).Step()) AddGroup(texts_.Load(kAllContactsText));
+    RestoreEditedSms();
+    transaction.Commit();
+    Commit();
+  } catch (const std::exception& failure) {
+    problem_ = failure.what();
+    storage_.reset();
+  }
+}
+
+SmsDatabase::~SmsDatabase() {
+  try {
+    Commit();
+  } catch (const std::exception&) {
+    // The journal stays beside the file and is read at the next start: nothing is lost.
+  }
+}
+
+Connection* SmsDatabase::Here() { return storage_ ? &storage_->Here() : nullptr; }
+
+bool SmsDatabase::IsUsable() const {
+  std::error_code error;
+  return storage_ != nullptr && std::filesystem::exists(path_, error);
+}
+
+void SmsDatabase::Commit() {
+  if (storage_) storage_->Checkpoint();
+}
+
+bool SmsDatabase::LogEnabled() const {
+  const Log* log = log_;
+  return log != nullptr && log->Enabled();
+}
+
+std::int32_t SmsDatabase::NextMessageId() {
+  Connection* connection = Here();
+  return connection == nullptr ? -1 : TakeMessageIds(*connection, 1);
+}
+
+std::int32_t SmsDatabase::NextGroupId() { return OnlyNumber(Here(), kTakeGroupId); }
+std::int32_t SmsDatabase::NextContactId() { return OnlyNumber(Here(), kTakeContactId); }
+std::int32_t SmsDatabase::PeekNextContactId() { return OnlyNumber(Here(), kPeekContactId); }
+
+SmsDatabase::Transaction::Transaction(SmsDatabase& database) : connection_(database.Here()) {
+  if (connection_ != nullptr) connection_->Begin();
+}
+
+SmsDatabase::Transaction::~Transaction() {
+  if (connection_ != nullptr) connection_->End(false);
+}
+
+void SmsDatabase::Transaction::Commit() {
+  if (Connection* connection = std::exchange(connection_, nullptr)) connection->End(true);
+}
+
+}  // namespace orvalo

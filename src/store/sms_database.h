@@ -1,12 +1,13 @@
 #pragma once
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/clock.h"
@@ -14,6 +15,7 @@
 
 namespace orvalo {
 
+class Connection;
 class Log;
 class Storage;
 class Texts;
@@ -22,8 +24,8 @@ class Texts;
 // owned by start-up.
 //
 // Threads: any thread may call any operation; each thread gets a connection of its own, so one
-// thread's reading never waits for another's writing. Commit belongs to the main thread. A
-// Transaction belongs to the thread that made it.
+// thread's reading never waits for another's writing, and writers take turns. Commit belongs to the
+// main thread. A Transaction belongs to the thread that made it.
 //
 // Durability: a change is in the journal ("SMS.db-wal") before its operation returns, so a killed
 // process loses nothing it had reported; Commit folds the journal into "SMS.db". After a power
@@ -31,8 +33,9 @@ class Texts;
 //
 // Failures: a missing row is told by the result, as each operation says. A file that cannot be
 // opened, is no database, or comes from a newer version leaves the object unusable: IsUsable is
-// false, Problem says why, and every operation does nothing and reports nothing found. A write that
-// the disk refuses throws StoreError and has changed nothing.
+// false, Problem says why, and every operation does nothing and reports nothing found (new ids are
+// then -1). A write that the disk refuses, or a read from a damaged file, throws StoreError; it has
+// changed nothing.
 class SmsDatabase {
  public:
   // Opens or creates `<folder>/SMS.db` (mode 0600), seeds the counters, adds the group named by
@@ -52,6 +55,8 @@ class SmsDatabase {
   // The log is created after the database; until it is attached nothing is logged. Null detaches.
   void AttachLog(Log* log) { log_ = log; }
 
+  // Folds the journal into "SMS.db" as far as the readers of this moment allow. Does nothing within
+  // a Transaction.
   void Commit();
 
   std::int32_t NextMessageId();
@@ -60,8 +65,9 @@ class SmsDatabase {
   std::int32_t PeekNextContactId();
 
   // Groups changes: all of them, or, when it is destroyed before Commit (or Commit throws), none.
-  // Nesting is allowed; the outermost decides. Keep it short: another thread's write waits
-  // meanwhile.
+  // Nesting is allowed; the outermost decides, and when an inner one was given up its Commit throws
+  // StoreError and keeps nothing. Keep it short: another thread's write waits meanwhile, ten
+  // seconds at most, and then throws.
   class Transaction {
    public:
     explicit Transaction(SmsDatabase& database);
@@ -71,9 +77,7 @@ class SmsDatabase {
     Transaction& operator=(const Transaction&) = delete;
 
    private:
-    SmsDatabase& database_;
-    bool outermost_ = false;
-    bool done_ = false;
+    Connection* connection_;  // null when the database is unusable, and once it has ended
   };
 
   // --- Messages
@@ -83,7 +87,7 @@ class SmsDatabase {
   std::int32_t AddSms(const NewSms& sms);
   bool SetSmsStatus(std::int32_t id,
                     SmsStatus status);  // false (and logged) when there is no such row
-  void BeginEditSms(std::int32_t id);
+  void BeginEditSms(std::int32_t id);   // a row already in Editing keeps its saved status
   void UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
                        std::string_view msg);
   void RestoreEditedSms();
@@ -99,6 +103,7 @@ class SmsDatabase {
   std::optional<MessageRow> GetSms(std::int32_t id);
   std::vector<MessageRow> AllSms();  // in order of id
   // Calls `visit` for every row in order of id until it returns false; for lists too long to hold.
+  // The rows are those of the moment of the call. `visit` must not change the database.
   void ForEachSms(const std::function<bool(const MessageRow&)>& visit);
 
   // Display text of a recipient string: at most three items, contacts by their names, " ..." when
@@ -183,19 +188,24 @@ class SmsDatabase {
   void MoveContact(std::int32_t cid, std::int32_t to_gid, std::int32_t from_gid);
   std::int32_t MemberCount(std::int32_t gid);
 
-  Storage* storage() {
-    return storage_.get();
-  }  // for the group list and the tests of this room; null when unusable
+  // Group ids with the number of their membership rows, in order of gid; groups without any are
+  // left out.
+  std::vector<std::pair<std::int32_t, std::int32_t>> MemberCounts();
+
+  // For the tests and benchmarks of this room; null when unusable.
+  Storage* storage() { return storage_.get(); }
 
  private:
+  Connection* Here();  // the calling thread's connection; null when unusable
   std::string path_;
   std::string problem_;
   const Texts& texts_;
   const platform::Clock& clock_;
-  Log* log_ = nullptr;
+  bool LogEnabled() const;
+  void LogAdded(std::int32_t id, const std::string& to, const std::string& msg);
+
+  std::atomic<Log*> log_ = nullptr;
   std::unique_ptr<Storage> storage_;
-  std::mutex table_lock_;       // a message row is added, put into editing, or written back
-  std::mutex contact_id_lock_;  // a contact id is taken or peeked
 };
 
 }  // namespace orvalo

@@ -1,0 +1,149 @@
+// What the send engine selects and stores.
+#include <algorithm>
+#include <limits>
+
+#include "store/message_rows.h"
+#include "store/sms_database.h"
+#include "store/storage.h"
+
+namespace orvalo {
+namespace {
+
+// The second condition is the index's own, word for word: with it the partial index may be used.
+constexpr Sql kSelectPending(
+    "SELECT ID FROM SMS WHERE Stat = 0 AND Stat IN (0, 4, 5, 6, 10) ORDER BY ID");
+constexpr Sql kSelectPendingOne("SELECT ID FROM SMS WHERE ID = ? AND +Stat = 0");
+constexpr Sql kSelectDue(
+    "SELECT ID FROM SMS WHERE Stat = ?1 AND Stat IN (0, 4, 5, 6, 10) AND Delay = ?2 "
+    "AND Time BETWEEN 0 AND ?3 ORDER BY ID");
+constexpr Sql kSelectDueAny(
+    "SELECT ID FROM SMS WHERE Stat = ?1 AND Delay = ?2 AND Time BETWEEN 0 AND ?3 ORDER BY ID");
+constexpr Sql kSelectFollowed(
+    "SELECT ID, QueryTime, ApiMsgID FROM SMS WHERE Stat = ? AND QueryTime >= 1 "
+    "AND StatQryTm BETWEEN 0 AND ? ORDER BY ID");
+constexpr Sql kSelectFollowedOne(
+    "SELECT ID, QueryTime, ApiMsgID FROM SMS WHERE +Stat = ? AND +QueryTime >= 1 AND ID = ?");
+
+constexpr Sql kSetSent(
+    "UPDATE SMS SET Stat = ?2, ApiMsgID = ?3, QueryTime = ?4, StatQryTm = ?5 WHERE ID = ?1");
+constexpr Sql kSetQuerySchedule("UPDATE SMS SET QueryTime = ?2, StatQryTm = ?3 WHERE ID = ?1");
+constexpr Sql kSetApiMsgId("UPDATE SMS SET ApiMsgID = ?2 WHERE ID = ?1");
+constexpr Sql kSetCharge("UPDATE SMS SET Charge = ?2 WHERE ID = ?1");
+constexpr Sql kSetStatusAndCharge("UPDATE SMS SET Charge = ?2, Stat = ?3 WHERE ID = ?1");
+
+std::vector<std::int32_t> ReadIds(Query&& query) {
+  std::vector<std::int32_t> ids;
+  while (query.Step()) ids.push_back(query.Int(0));
+  return ids;
+}
+
+bool InUnfinishedIndex(SmsStatus status) {
+  switch (status) {
+    case SmsStatus::kPending:
+    case SmsStatus::kScheduled:
+    case SmsStatus::kEditing:
+    case SmsStatus::kDelayScheduled:
+    case SmsStatus::kProcessing:
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+std::vector<std::int32_t> SmsDatabase::PendingSms(std::int32_t id) {
+  Connection* connection = Here();
+  if (connection == nullptr) return {};
+  if (id == -1) return ReadIds(Query(*connection, kSelectPending));
+  return ReadIds(Query(*connection, kSelectPendingOne, id));
+}
+
+std::vector<std::int32_t> SmsDatabase::DueSms(SmsStatus status, std::int32_t delay,
+                                              std::int64_t until) {
+  Connection* connection = Here();
+  if (connection == nullptr) return {};
+  const Sql& sql = InUnfinishedIndex(status) ? kSelectDue : kSelectDueAny;
+  return ReadIds(Query(*connection, sql, status, delay, until));
+}
+
+std::vector<SmsDatabase::FollowedSms> SmsDatabase::FollowedRows(SmsStatus status, std::int32_t id,
+                                                                std::int64_t now) {
+  std::vector<FollowedSms> rows;
+  Connection* connection = Here();
+  if (connection == nullptr) return rows;
+  const bool one = id != -1;
+  Query query(*connection, one ? kSelectFollowedOne : kSelectFollowed, status,
+              one ? std::int64_t{id} : now);
+  while (query.Step()) rows.push_back({query.Int(0), query.Int(1), std::string(query.Text(2))});
+  return rows;
+}
+
+bool SmsDatabase::SetSent(std::int32_t id, SmsStatus status, std::string_view api_msg_id,
+                          std::int32_t query_time, std::int32_t stat_qry_tm) {
+  Connection* connection = Here();
+  return connection != nullptr &&
+         Run(*connection, kSetSent, id, status, api_msg_id, query_time, stat_qry_tm) > 0;
+}
+
+bool SmsDatabase::SetQuerySchedule(std::int32_t id, std::int32_t query_time,
+                                   std::int32_t stat_qry_tm) {
+  Connection* connection = Here();
+  return connection != nullptr &&
+         Run(*connection, kSetQuerySchedule, id, query_time, stat_qry_tm) > 0;
+}
+
+bool SmsDatabase::SetApiMsgId(std::int32_t id, std::string_view api_msg_id) {
+  Connection* connection = Here();
+  return connection != nullptr && Run(*connection, kSetApiMsgId, id, api_msg_id) > 0;
+}
+
+bool SmsDatabase::SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> status,
+                                     std::string_view charge) {
+  Connection* connection = Here();
+  if (connection == nullptr) return false;
+  if (!status) return Run(*connection, kSetCharge, id, charge) > 0;
+  return Run(*connection, kSetStatusAndCharge, id, charge, *status) > 0;
+}
+
+bool SmsDatabase::AddChildren(std::int32_t id, std::span<const ChildSms> children) {
+  Connection* connection = Here();
+  if (connection == nullptr) return false;
+  Transaction transaction(*this);
+  MessageRow row;
+  if (!FindMessage(*connection, id, row)) {
+    transaction.Commit();
+    return false;
+  }
+  const auto first = children.empty()
+                         ? 0
+                         : TakeMessageIds(*connection, static_cast<std::int64_t>(children.size()));
+  const bool own_reference = row.ref_id == 0;
+  row.id = first;
+  row.time = static_cast<std::int32_t>(
+      std::clamp<std::int64_t>(clock_.Now(), 0, std::numeric_limits<std::int32_t>::max()));
+  row.saved_stat = 0;
+  if (!children.empty()) {
+    Query insert(*connection, kInsertMessage);
+    for (const ChildSms& child : children) {
+      if (own_reference) row.ref_id = row.id;
+      row.stat = static_cast<std::int32_t>(child.status);
+      row.to = child.recipient;
+      row.to_info = DisplayTextOf(*connection, child.recipient);
+      row.api_msg_id = child.api_msg_id;
+      row.query_time = child.query_time;
+      row.stat_qry_tm = child.stat_qry_tm;
+      InsertMessage(insert, row);
+      ++row.id;
+    }
+  }
+  transaction.Commit();
+  if (LogEnabled()) {
+    row.id = first;
+    for (const ChildSms& child : children)
+      LogAdded(row.id++, std::string(child.recipient), row.msg);
+  }
+  return true;
+}
+
+}  // namespace orvalo

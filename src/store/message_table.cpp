@@ -1,0 +1,178 @@
+#include <algorithm>
+#include <limits>
+
+#include "app/log_file.h"
+#include "store/message_rows.h"
+#include "store/sms_database.h"
+#include "store/storage.h"
+
+namespace orvalo {
+namespace {
+
+constexpr Sql kSetStatus("UPDATE SMS SET Stat = ?2 WHERE ID = ?1");
+constexpr Sql kBeginEdit("UPDATE SMS SET SavedStat = Stat, Stat = 5 WHERE ID = ? AND Stat <> 5");
+constexpr Sql kUpdateEdited(
+    "UPDATE SMS SET Stat = iif(SavedStat IN (6, 7), 6, 0), Type = ?2, \"To\" = ?3, ToInfo = ?4, "
+    "Msg = ?5 WHERE ID = ?1");
+constexpr Sql kRestoreEdited(
+    "UPDATE SMS SET Stat = SavedStat WHERE Stat = 5 AND Stat IN (0, 4, 5, 6, 10)");
+constexpr Sql kDeleteMessage("DELETE FROM SMS WHERE ID = ?");
+constexpr Sql kCountWaiting(
+    "SELECT count(*) FROM SMS WHERE Stat IN (0, 4, 6) AND Stat IN (0, 4, 5, 6, 10)");
+constexpr Sql kCountMessages("SELECT count(*) FROM SMS");
+constexpr Sql kSelectMessages(
+    "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
+    "Delay, QueryTime, StatQryTm, Charge FROM SMS ORDER BY ID");
+constexpr Sql kSelectInterrupted(
+    "SELECT ID FROM SMS WHERE Stat = 10 AND Stat IN (0, 4, 5, 6, 10) ORDER BY ID");
+
+std::int32_t CountRows(Connection* connection, const Sql& sql) {
+  if (connection == nullptr) return 0;
+  Query query(*connection, sql);
+  return query.Step() ? query.Int(0) : 0;
+}
+
+std::int32_t TimeOf(const platform::Clock& clock) {
+  return static_cast<std::int32_t>(
+      std::clamp<std::int64_t>(clock.Now(), 0, std::numeric_limits<std::int32_t>::max()));
+}
+
+NewSms CopyOf(MessageRow&& row, SmsStatus status) {
+  NewSms copy;
+  copy.status = status;
+  copy.type = row.type;
+  copy.ref_id = row.ref_id;
+  copy.to = std::move(row.to);
+  copy.msg = std::move(row.msg);
+  copy.sender_id = std::move(row.sender_id);
+  copy.delay = row.delay;
+  copy.charge = std::move(row.charge);
+  return copy;
+}
+
+}  // namespace
+
+void SmsDatabase::LogAdded(std::int32_t id, const std::string& to, const std::string& msg) {
+  if (!LogEnabled()) return;
+  log_.load()->Write("Added SMS: SMS_ID (%d) Mobile:%s Msg:%s\n", id, to.c_str(), msg.c_str());
+}
+
+std::int32_t SmsDatabase::AddSms(const NewSms& sms) {
+  Connection* connection = Here();
+  if (connection == nullptr) return -1;
+  MessageRow row;
+  {
+    Transaction transaction(*this);
+    row.id = TakeMessageIds(*connection, 1);
+    row.ref_id = sms.ref_id != 0 ? sms.ref_id : row.id;
+    row.time = sms.time != 0 ? sms.time : TimeOf(clock_);
+    row.stat = static_cast<std::int32_t>(sms.status);
+    const std::string to_info = DisplayTextOf(*connection, sms.to);
+    Run(*connection, kInsertMessage, row.id, row.time, row.stat, sms.type, row.ref_id, sms.to,
+        to_info, sms.msg, row.api_msg_id, 0, sms.sender_id, sms.delay, 0, 0, sms.charge);
+    transaction.Commit();
+  }
+  LogAdded(row.id, sms.to, sms.msg);
+  return row.id;
+}
+
+bool SmsDatabase::SetSmsStatus(std::int32_t id, SmsStatus status) {
+  Connection* connection = Here();
+  if (connection != nullptr && Run(*connection, kSetStatus, id, status) > 0) return true;
+  if (LogEnabled()) {
+    log_.load()->Write("FAILED:Can't change SMS status SMS_ID (%d) Status:%d", id,
+                       static_cast<int>(status));
+  }
+  return false;
+}
+
+void SmsDatabase::BeginEditSms(std::int32_t id) {
+  if (Connection* connection = Here()) Run(*connection, kBeginEdit, id);
+}
+
+void SmsDatabase::UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
+                                  std::string_view msg) {
+  Connection* connection = Here();
+  if (connection == nullptr) return;
+  const std::string to_info = DisplayTextOf(*connection, to);
+  if (Run(*connection, kUpdateEdited, id, type, to, to_info, msg) == 0) return;
+  if (LogEnabled()) {
+    log_.load()->Write("Updated SMS: SMS_ID (%d) Mobile:%s Msg:%s", id, std::string(to).c_str(),
+                       std::string(msg).c_str());
+  }
+}
+
+void SmsDatabase::RestoreEditedSms() {
+  if (Connection* connection = Here()) Run(*connection, kRestoreEdited);
+}
+
+std::int32_t SmsDatabase::DuplicateSms(std::int32_t id, std::optional<SmsStatus> status) {
+  Connection* connection = Here();
+  MessageRow row;
+  if (connection == nullptr || !FindMessage(*connection, id, row)) return -1;
+  const auto own_status = static_cast<SmsStatus>(row.stat);
+  return AddSms(CopyOf(std::move(row), status.value_or(own_status)));
+}
+
+std::int32_t SmsDatabase::CopySmsTo(std::int32_t id, SmsStatus status, std::string_view recipient) {
+  Connection* connection = Here();
+  MessageRow row;
+  if (connection == nullptr || !FindMessage(*connection, id, row)) return -1;
+  row.to = recipient;
+  return AddSms(CopyOf(std::move(row), status));
+}
+
+void SmsDatabase::DeleteSms(std::int32_t id) {
+  if (Connection* connection = Here()) Run(*connection, kDeleteMessage, id);
+}
+
+std::int32_t SmsDatabase::CountWaitingSms() { return CountRows(Here(), kCountWaiting); }
+std::int32_t SmsDatabase::CountSms() { return CountRows(Here(), kCountMessages); }
+
+std::optional<MessageRow> SmsDatabase::GetSms(std::int32_t id) {
+  Connection* connection = Here();
+  std::optional<MessageRow> row(std::in_place);
+  if (connection == nullptr || !FindMessage(*connection, id, *row)) row.reset();
+  return row;
+}
+
+std::vector<MessageRow> SmsDatabase::AllSms() {
+  std::vector<MessageRow> rows;
+  ForEachSms([&rows](const MessageRow& row) {
+    rows.push_back(row);
+    return true;
+  });
+  return rows;
+}
+
+void SmsDatabase::ForEachSms(const std::function<bool(const MessageRow&)>& visit) {
+  Connection* connection = Here();
+  if (connection == nullptr) return;
+  Query query(*connection, kSelectMessages);
+  MessageRow row;
+  while (query.Step()) {
+    ReadMessage(query, row);
+    if (!visit(row)) return;
+  }
+}
+
+std::string SmsDatabase::RecipientDisplayText(std::string_view to) {
+  Connection* connection = Here();
+  return connection == nullptr ? std::string() : DisplayTextOf(*connection, to);
+}
+
+std::vector<std::int32_t> SmsDatabase::FailInterruptedSms() {
+  std::vector<std::int32_t> ids;
+  Connection* connection = Here();
+  if (connection == nullptr) return ids;
+  Transaction transaction(*this);
+  {
+    Query query(*connection, kSelectInterrupted);
+    while (query.Step()) ids.push_back(query.Int(0));
+  }
+  for (const std::int32_t id : ids) Run(*connection, kSetStatus, id, SmsStatus::kFailed);
+  transaction.Commit();
+  return ids;
+}
+
+}  // namespace orvalo

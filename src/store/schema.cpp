@@ -1,0 +1,130 @@
+#include "store/schema.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+#include "store/storage.h"
+#include "store/store_error.h"
+
+namespace orvalo {
+namespace {
+
+constexpr Sql kReadApplicationId("PRAGMA application_id");
+constexpr Sql kReadSchemaNumber("PRAGMA user_version");
+constexpr Sql kCountObjects("SELECT count(*) FROM sqlite_schema");
+
+// The two indices on SMS are partial: what has come to its end, the bulk of an old file, is in
+// none. Membership rows are read in the order of their hidden row number, the order of joining.
+constexpr const char* kTables = R"(
+CREATE TABLE SMS(
+  ID INTEGER PRIMARY KEY, Time INTEGER NOT NULL, Stat INTEGER NOT NULL, Type INTEGER NOT NULL,
+  RefID INTEGER NOT NULL, "To" TEXT NOT NULL, ToInfo TEXT NOT NULL, Msg TEXT NOT NULL,
+  ApiMsgID TEXT NOT NULL, SavedStat INTEGER NOT NULL, SenderID TEXT NOT NULL,
+  Delay INTEGER NOT NULL, QueryTime INTEGER NOT NULL, StatQryTm INTEGER NOT NULL,
+  Charge TEXT NOT NULL);
+CREATE INDEX SMS_UNFINISHED ON SMS(Stat) WHERE Stat IN (0, 4, 5, 6, 10);
+CREATE INDEX SMS_FOLLOWED ON SMS(Stat, StatQryTm) WHERE QueryTime >= 1;
+CREATE TABLE NextSMSID(ID INTEGER NOT NULL);
+CREATE TABLE "GROUP"(GID INTEGER PRIMARY KEY, Cnt INTEGER NOT NULL, Name TEXT NOT NULL);
+CREATE TABLE NextGroupID(ID INTEGER NOT NULL);
+CREATE TABLE CONTACTS(
+  CID INTEGER PRIMARY KEY, Name TEXT NOT NULL, Surname TEXT NOT NULL, Title TEXT NOT NULL,
+  Custom TEXT NOT NULL, Mobile TEXT NOT NULL);
+CREATE INDEX CONTACTS_MOBILE ON CONTACTS(Mobile);
+CREATE TABLE NextContactID(ID INTEGER NOT NULL);
+CREATE TABLE CONTACT_GROUP_MAP(CID INTEGER NOT NULL, GID INTEGER NOT NULL);
+CREATE INDEX MAP_CID ON CONTACT_GROUP_MAP(CID);
+CREATE INDEX MAP_GID ON CONTACT_GROUP_MAP(GID);
+)";
+
+// Each fails to be prepared when a table or column is missing.
+constexpr Sql kTableChecks[] = {
+    Sql("SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, "
+        "SenderID, Delay, QueryTime, StatQryTm, Charge FROM SMS INDEXED BY SMS_UNFINISHED "
+        "WHERE Stat IN (0, 4, 5, 6, 10) LIMIT 1"),
+    Sql("SELECT ID FROM SMS INDEXED BY SMS_FOLLOWED WHERE QueryTime >= 1 LIMIT 1"),
+    Sql("SELECT GID, Cnt, Name FROM \"GROUP\" LIMIT 1"),
+    Sql("SELECT CID, Name, Surname, Title, Custom, Mobile FROM CONTACTS LIMIT 1"),
+    Sql("SELECT CID, GID, rowid FROM CONTACT_GROUP_MAP LIMIT 1"),
+    Sql("SELECT ID FROM NextSMSID"),
+    Sql("SELECT ID FROM NextGroupID"),
+    Sql("SELECT ID FROM NextContactID"),
+};
+
+struct CounterStatements {
+  Sql read;     // number of rows, value
+  Sql highest;  // the highest id in use
+  Sql clear;
+  Sql seed;
+};
+constexpr CounterStatements kCounters[] = {
+    {Sql("SELECT count(*), max(iif(typeof(ID) = 'integer', ID, 0)) FROM NextSMSID"),
+     Sql("SELECT max(ID) FROM SMS WHERE ID < 2147483647"), Sql("DELETE FROM NextSMSID"),
+     Sql("INSERT INTO NextSMSID(ID) VALUES(?)")},
+    {Sql("SELECT count(*), max(iif(typeof(ID) = 'integer', ID, 0)) FROM NextGroupID"),
+     Sql("SELECT max(GID) FROM \"GROUP\" WHERE GID < 2147483647"), Sql("DELETE FROM NextGroupID"),
+     Sql("INSERT INTO NextGroupID(ID) VALUES(?)")},
+    {Sql("SELECT count(*), max(iif(typeof(ID) = 'integer', ID, 0)) FROM NextContactID"),
+     Sql("SELECT max(CID) FROM CONTACTS WHERE CID < 2147483647"), Sql("DELETE FROM NextContactID"),
+     Sql("INSERT INTO NextContactID(ID) VALUES(?)")},
+};
+
+std::int64_t ReadNumber(Connection& connection, const Sql& sql) {
+  Query query(connection, sql);
+  return query.Step() ? query.Int64(0) : 0;
+}
+
+void SeedCounter(Connection& connection, const CounterStatements& counter) {
+  std::int64_t rows = 0;
+  std::int64_t value = 0;
+  {
+    Query query(connection, counter.read);
+    query.Step();
+    rows = query.Int64(0);
+    value = query.Int64(1);
+  }
+  const bool sound = rows == 1 && value >= 1 && value <= std::numeric_limits<std::int32_t>::max();
+  const std::int64_t above = ReadNumber(connection, counter.highest) + 1;
+  const std::int64_t next = std::max<std::int64_t>({1, sound ? value : 1, above});
+  if (sound && value == next) return;
+  Run(connection, counter.clear);
+  Run(connection, counter.seed, next);
+}
+
+}  // namespace
+
+void PrepareSchema(Connection& connection, bool create) {
+  const std::int64_t number = ReadNumber(connection, kReadSchemaNumber);
+  const std::int64_t application = ReadNumber(connection, kReadApplicationId);
+  const bool empty = ReadNumber(connection, kCountObjects) == 0;
+  if (application != kApplicationId && !(empty && application == 0 && number == 0)) {
+    throw StoreError("The message database belongs to another program");
+  }
+  if (number > kSchemaNumber) {
+    throw StoreError("The message database was made by a newer version of this program (format " +
+                     std::to_string(number) + "; this version knows " +
+                     std::to_string(kSchemaNumber) + ")");
+  }
+  if (create) connection.Execute("PRAGMA journal_mode=WAL");
+  if (empty) {
+    if (!create) throw StoreError("The message database is empty");
+    connection.Begin();
+    try {
+      connection.Execute(kTables);
+      connection.Execute("PRAGMA application_id=" + std::to_string(kApplicationId) +
+                         "; PRAGMA user_version=" + std::to_string(kSchemaNumber));
+    } catch (...) {
+      connection.End(false);
+      throw;
+    }
+    connection.End(true);
+  }
+  for (const Sql& check : kTableChecks) Query(connection, check).Step();
+}
+
+void SeedCounters(Connection& connection) {
+  for (const CounterStatements& counter : kCounters) SeedCounter(connection, counter);
+}
+
+}  // namespace orvalo

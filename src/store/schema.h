@@ -1,0 +1,19 @@
+#pragma once
+
+namespace orvalo {
+
+class Connection;
+
+// The tables of "SMS.db" and the number that tells their version.
+inline constexpr int kSchemaNumber = 1;
+inline constexpr int kApplicationId = 0x4f72766c;  // tells our file from another program's
+
+// Creates the tables in an empty file. Throws StoreError, changing nothing, when the file is no
+// database, another program's, from a newer version, or lacks tables or columns. An empty file is
+// refused as well when `create` is off.
+void PrepareSchema(Connection& connection, bool create);
+
+// Gives every counter its one row, with a value above every id in use; repairs what is not so.
+void SeedCounters(Connection& connection);
+
+}  // namespace orvalo
