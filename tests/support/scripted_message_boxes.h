@@ -8,7 +8,8 @@
 
 namespace orvalo::test {
 
-// Records every message and answers from a script (kAccepted when the script has run out). Any thread.
+// Records every message and answers from a script (kAccepted when the script has run out). Any
+// thread.
 class ScriptedMessageBoxes : public platform::MessageBoxes {
  public:
   struct Shown {

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages that are missing here; does nothing, and asks for nothing, when all are there.
+# Usage: packages.sh [build|test|lint]...   (default: build)
+set -euo pipefail
+
+build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev libsqlitecpp-dev libsqlite3-dev libcurl4-openssl-dev
+       nlohmann-json3-dev libfmt-dev libcli11-dev libsodium-dev libcivetweb-dev civetweb)
+test=(libgtest-dev libgmock-dev libbenchmark-dev openssl)
+lint=(clang-format clang-tidy clang git python3)
+
+wanted=()
+for set in "${@:-build}"; do
+  case "$set" in
+    build) wanted+=("${build[@]}") ;;
+    test) wanted+=("${test[@]}") ;;
+    lint) wanted+=("${lint[@]}") ;;
+    *) echo "packages.sh: no package set '$set'" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for package in "${wanted[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "Please install as root: apt-get install ${missing[*]}" >&2; exit 1; }
+  as_root=(sudo)
+fi
+echo "Installing ${#missing[@]} packages: ${missing[*]}"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! { "${as_root[@]}" apt-get update -qq &&
+       "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"; } \
+     >"$log" 2>&1; then
+  cat "$log" >&2
+  exit 1
+fi

@@ -1,0 +1,74 @@
+#include "gateway/gateway_client.h"
+
+#include <gtest/gtest.h>
+
+#include "support/fake_component.h"
+
+namespace orvalo {
+namespace {
+
+TEST(GatewayClient, ArgumentsTravelInTheirKindsAndOrder) {
+  test::FakeGateway fake;
+  platform::ClassRegistry registry;
+  fake.Register(registry);
+  GatewayClient client(registry);
+  ASSERT_TRUE(client.IsConnected());
+  fake.On("SendMsg", "ID: 1", 5);
+
+  std::u16string reply;
+  EXPECT_EQ(client.Send(1, u"text", u"27821", &reply), platform::kOk);
+  EXPECT_EQ(reply, u"ID: 1");
+  EXPECT_EQ(client.LastError(), 5);
+  const auto sent = fake.Calls("SendMsg").at(0).arguments;
+  EXPECT_EQ(sent, (std::vector<platform::Variant>{platform::VariantFlag{1}, std::u16string(u"text"),
+                                                  std::u16string(u"27821")}));
+
+  client.ConfigureProxy(true, 4, u"host", u"8080", u"user", u"secret", &reply);
+  EXPECT_EQ(fake.Calls("ConfigureProxyEx").at(0).arguments,
+            (std::vector<platform::Variant>{platform::VariantFlag{1}, std::int32_t{4},
+                                            std::u16string(u"host"), std::u16string(u"8080"),
+                                            std::u16string(u"user"), std::u16string(u"secret")}));
+  client.Version(&reply);
+  EXPECT_EQ(fake.Calls("Version").at(0).arguments,
+            (std::vector<platform::Variant>{platform::VariantFlag{0}}));
+  client.SetUnicode(true);
+  EXPECT_EQ(fake.Calls("smsUNICODE").at(0).arguments,
+            (std::vector<platform::Variant>{platform::VariantFlag{-1}}));
+}
+
+TEST(GatewayClient, AnUnknownMethodGetsIdZeroAndTheOthersWork) {
+  test::FakeGateway fake;
+  fake.Forget("Ping");
+  platform::ClassRegistry registry;
+  fake.Register(registry);
+  GatewayClient client(registry);
+  ASSERT_TRUE(client.IsConnected());
+  std::u16string reply = u"untouched";
+  EXPECT_EQ(client.Ping(&reply), platform::kMemberNotFound);
+  EXPECT_EQ(reply, u"untouched");
+  EXPECT_EQ(client.EndBatch(&reply), platform::kOk);
+}
+
+TEST(GatewayClient, RefusesWithoutComponentNameOrPlace) {
+  GatewayClient none{platform::ClassRegistry()};
+  EXPECT_FALSE(none.IsConnected());
+  std::u16string reply = u"untouched";
+  std::int32_t code = 7;
+  EXPECT_EQ(none.Send(1, u"a", u"b", &reply), platform::kFail);
+  EXPECT_EQ(none.ErrorCode(&code), platform::kFail);
+  EXPECT_EQ(none.SetSender(u"x"), platform::kFail);
+  EXPECT_EQ(reply, u"untouched");
+  EXPECT_EQ(code, 7);
+
+  test::FakeGateway fake;
+  platform::ClassRegistry registry;
+  fake.Register(registry);
+  GatewayClient client(registry);
+  EXPECT_EQ(client.Ping(nullptr), platform::kFail);
+  EXPECT_EQ(client.CallMethod(u"NoSuchMember", {}, &reply), platform::kFail);
+  EXPECT_EQ(client.CallMethod(u"pING", {}, &reply), platform::kOk);
+  EXPECT_TRUE(fake.Calls("NoSuchMember").empty());
+}
+
+}  // namespace
+}  // namespace orvalo

@@ -1,0 +1,216 @@
+#include "gateway/send_pass.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "engine_bench.h"
+#include "gateway/engine_requests.h"
+
+namespace orvalo {
+namespace {
+
+using test::FakeGateway;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+
+class SendPassTest : public ::testing::Test {
+ protected:
+  void Send(std::int32_t id = kEveryMessage) { pass_.SendQueuedSMSs(id); }
+  // Answers every number of a chunk with an id, but those in `refused` with an error and those in
+  // `silent` not at all.
+  void AnswerBatches(const std::string& refused = "", const std::string& silent = "") {
+    bench_.fake.On("QuickBatchSend", [=, this](const FakeGateway::Call& call) {
+      std::string reply, number;
+      std::istringstream numbers(call.Argument(0));
+      while (std::getline(numbers, number, ',')) {
+        if (number == silent) continue;
+        reply += (number == refused ? "ERR: 208, refused" : "ID: " + bench_.NextId()) +
+                 " To: " + number + "\n";
+      }
+      return FakeGateway::Answer{reply};
+    });
+  }
+  std::vector<std::string> Outcome(std::int32_t id) {
+    std::vector<std::string> rows;
+    for (const MessageRow& row : bench_.ChildrenOf(id)) {
+      rows.push_back(row.to + ":" + std::to_string(row.stat) +
+                     (row.api_msg_id.empty() ? "" : ":id"));
+    }
+    return rows;
+  }
+
+  test::EngineBench bench_;
+  std::mutex pass_lock_;
+  SendPass pass_{bench_.parts(), pass_lock_};
+};
+
+TEST_F(SendPassTest, OneRecipientGetsItsIdOnTheRowItself) {
+  const auto now = static_cast<std::int32_t>(bench_.clock.Now());
+  const std::int32_t id = bench_.Add(",111");
+  bench_.settings.SetFlag(FlagSetting::kSpanSms, true);
+  Send();
+  const MessageRow row = *bench_.database.GetSms(id);
+  EXPECT_EQ(row.stat, 11);
+  EXPECT_EQ(row.api_msg_id, ",ID: 00000000000000000000000000000001");
+  EXPECT_EQ(row.query_time, 60);
+  EXPECT_EQ(row.stat_qry_tm, now + 60);
+  EXPECT_EQ(bench_.fake.Property("smsCONCAT"), "3");
+  EXPECT_EQ(bench_.fake.Property("smsFROM"), "Orvalo");
+  EXPECT_EQ(bench_.fake.Property("smsDELIVERY_TIME"), "0");
+  EXPECT_THAT(
+      bench_.log.Lines(),
+      ElementsAre("SMS sent ok: Mobile:111 Msg:Hello API_ID:ID: 00000000000000000000000000000001"));
+  EXPECT_THAT(bench_.outbox.ids(), ElementsAre(id, 0));
+  EXPECT_THAT(bench_.window.messages(),
+              ElementsAre(std::tuple(kWmSending, 0, 0), std::tuple(kWmProgress, 1, 1),
+                          std::tuple(kWmBalance, 0, 0)));
+}
+
+TEST_F(SendPassTest, ALaterDeliveryIsScheduledOnTheServer) {
+  NewSms sms;
+  sms.to = ",111";
+  sms.msg = "later";
+  sms.delay = 86400;
+  sms.time = static_cast<std::int32_t>(bench_.clock.Now()) + 3599;
+  const std::int32_t id = bench_.database.AddSms(sms);
+  Send();
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kScheduledOnServer);
+  EXPECT_EQ(bench_.fake.Property("smsDELIVERY_TIME"), "59");
+}
+
+TEST_F(SendPassTest, NewestFirstAndOnlyWhatIsPending) {
+  bench_.Add(",111", "first");
+  const std::int32_t editing = bench_.Add(",222", "second");
+  bench_.Add(",333", "third");
+  bench_.fake.On("SendMsg", [&](const FakeGateway::Call&) {
+    bench_.database.BeginEditSms(editing);  // opened while the pass runs
+    return FakeGateway::Answer{"ID: x"};
+  });
+  Send();
+  std::vector<std::string> texts;
+  for (const auto& call : bench_.fake.Calls("SendMsg")) texts.push_back(call.Argument(1));
+  EXPECT_THAT(texts, ElementsAre("third", "first"));
+  EXPECT_EQ(bench_.StatusOf(editing), SmsStatus::kEditing);
+}
+
+TEST_F(SendPassTest, OfflineNothingMoves) {
+  const std::int32_t id = bench_.Add(",111");
+  bench_.settings.SetFlag(FlagSetting::kWorkingOnLine, false);
+  Send();
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kPending);
+  EXPECT_TRUE(bench_.fake.Calls().empty());
+}
+
+TEST_F(SendPassTest, NoRecipientIsFailed) {
+  const std::int32_t id = bench_.Add(",A99");
+  Send();
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kFailed);
+}
+
+TEST_F(SendPassTest, PersonalisedTextsGoOutOneByOne) {
+  bench_.settings.SetText(TextSetting::kPrefix, "27");
+  const std::int32_t ann = bench_.AddContact("Ann", "0821110001");
+  const std::int32_t id = bench_.Add(",000," + std::string("A") + std::to_string(ann),
+                                     "<<FIRSTNAME>> <<FIRSTNAME>> <<TITLE>> <<firstname>>");
+  Send();
+  const auto calls = bench_.fake.Calls("SendMsg");
+  ASSERT_EQ(calls.size(), 2u);
+  EXPECT_EQ(calls[0].Argument(1), "<<FIRSTNAME>> <<FIRSTNAME>> <<TITLE>> <<firstname>>");
+  EXPECT_EQ(calls[0].Argument(2), "27");
+  EXPECT_EQ(calls[1].Argument(1), "Ann Ann Dr <<firstname>>");
+  EXPECT_EQ(calls[1].Argument(2), "27821110001");
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kExpanded);
+  EXPECT_THAT(Outcome(id), ElementsAre("000:11:id", "A" + std::to_string(ann) + ":11:id"));
+  EXPECT_THAT(bench_.log.Lines(),
+              Contains("ComplexSMS sent ok: Mobile:27821110001 Msg:Ann Ann Dr <<firstname>> "
+                       "API_ID:ID: 00000000000000000000000000000002"));
+}
+
+TEST_F(SendPassTest, FlashNeverGoesByBatchAndUnicodeIsEncoded) {
+  bench_.Add(",1,2,3", "flash", MessageType::kFlash);
+  Send();
+  EXPECT_EQ(bench_.fake.Calls("SendMsg").size(), 3u);
+  EXPECT_EQ(bench_.fake.Property("smsMSG_TYPE"), "1");
+
+  bench_.fake.On("EncodeToUnicode", "0041");
+  bench_.Add(",1,2", "A", MessageType::kUnicode);
+  Send();
+  EXPECT_EQ(bench_.fake.Calls("StartBatch").at(0).Argument(0), "0041");
+  EXPECT_EQ(bench_.fake.Property("smsUNICODE"), "-1");
+  EXPECT_EQ(bench_.fake.Property("smsMSG_TYPE"), "0");
+}
+
+TEST_F(SendPassTest, ABatchAccountsForEveryRecipient) {
+  AnswerBatches("222", "333");
+  // 111 is given twice and answered twice; 333 is given twice and never answered.
+  const std::int32_t id = bench_.Add(",111,222,333,111,333");
+  Send();
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kExpanded);
+  EXPECT_THAT(Outcome(id), ElementsAre("111:11:id", "111:11:id", "222:2", "333:2", "333:2"));
+  EXPECT_EQ(bench_.fake.Calls("EndBatch").size(), 1u);
+  EXPECT_THAT(bench_.log.Lines(),
+              Contains("QuickBatchSend SMS sent ok: Mobile:,111,222,333,111,333"));
+}
+
+TEST_F(SendPassTest, ABatchThatCannotStartFailsEveryRecipient) {
+  bench_.fake.On("StartBatch", "down", 99);
+  const std::int32_t id = bench_.Add(",111,222");
+  Send();
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kExpanded);
+  EXPECT_THAT(Outcome(id), ElementsAre("111:2", "222:2"));
+  ASSERT_EQ(bench_.boxes.shown().size(), 1u);
+  EXPECT_EQ(bench_.boxes.shown()[0].caption, "Login failed ...");
+  EXPECT_TRUE(bench_.fake.Calls("QuickBatchSend").empty());
+  EXPECT_TRUE(bench_.fake.Calls("EndBatch").empty());
+
+  bench_.fake.On("StartBatch", "no credit", 202);
+  bench_.Add(",111,222", "again");
+  Send();
+  EXPECT_THAT(bench_.log.Lines(), Contains("SMS Batch start failed: Error:no credit Msg:again"));
+}
+
+TEST_F(SendPassTest, ChunksReach512CharactersAndAStopKeepsTheRestPending) {
+  std::string to;
+  for (int i = 0; i < 100; ++i)
+    to += "," + std::to_string(27821110000 + i);  // 12 characters each: 43 reach 516
+  AnswerBatches();
+  const std::int32_t id = bench_.Add(to);
+  bench_.fake.On("EndBatch", "");
+  Send();
+  const auto chunks = bench_.fake.Calls("QuickBatchSend");
+  ASSERT_EQ(chunks.size(), 3u);
+  EXPECT_EQ(chunks[0].Argument(0).size(), 515u);
+  EXPECT_TRUE(chunks[0].Argument(0).starts_with("27821110000,"));
+  EXPECT_EQ(bench_.ChildrenOf(id).size(), 100u);
+  EXPECT_THAT(bench_.window.messages(), Contains(std::tuple(kWmProgress, 1, 100 - 42)));
+
+  bench_.fake.ClearCalls();
+  bench_.fake.On("QuickBatchSend", [&](const FakeGateway::Call&) {
+    bench_.notices.RequestStop();  // in the middle of the batch
+    return FakeGateway::Answer{"ID: x To: 27821110000"};
+  });
+  const std::int32_t stopped = bench_.Add(to);
+  const std::int32_t untouched = bench_.Add(",1");
+  Send(stopped);
+  EXPECT_EQ(bench_.fake.Calls("QuickBatchSend").size(), 1u);
+  std::map<int, int> statuses;
+  for (const MessageRow& row : bench_.ChildrenOf(stopped)) ++statuses[row.stat];
+  EXPECT_EQ(statuses, (std::map<int, int>{{0, 57}, {2, 42}, {11, 1}}));
+  EXPECT_EQ(bench_.StatusOf(untouched), SmsStatus::kPending);
+}
+
+TEST_F(SendPassTest, AFailedSendSaysSoOncePerRecipient) {
+  bench_.fake.On("SendMsg", [](const FakeGateway::Call& call) {
+    return call.Argument(2) == "222" ? FakeGateway::Answer{"unreachable", 99}
+                                     : FakeGateway::Answer{"ID: x", 0};
+  });
+  const std::int32_t id = bench_.Add(",111,222,333", "x", MessageType::kFlash);
+  Send();
+  EXPECT_THAT(Outcome(id), ElementsAre("111:11:id", "333:11:id", "222:2"));
+  EXPECT_EQ(bench_.boxes.shown().size(), 1u);
+  EXPECT_THAT(bench_.log.Lines(),
+              Contains("ComplexSMS failed: Error:unreachable Mobile:222 Msg:x"));
+}
+
+}  // namespace
+}  // namespace orvalo
