@@ -27,7 +27,8 @@ struct ProxyConfig {
 // Why there is no response. A response with any status, 500 included, is no failure.
 enum class HttpFailure {
   kNone,
-  kUnreachable,  // name not found, refused, reset before the request was sent, no route
+  kUnreachable,  // name not found, refused, reset before the request was sent, no route: the server
+                 // has surely not seen the request
   kNoReply,  // the request went out (perhaps in part) but no complete reply came: timed out, cut
              // off
   kProxyUnreachable,  // the proxy cannot be reached or found
@@ -58,6 +59,10 @@ struct HttpReply {
 // HTTP over libcurl: connections are kept open and reused (one for each thread that calls at the
 // same time), TCP_NODELAY is on, certificates and host names are verified, redirects are not
 // followed. Any thread.
+//
+// A kept connection can be closed by the server just as a request goes out on it. When no byte of
+// a reply has come, the request is then sent once more on a new connection: whatever must not
+// happen twice needs a key in the request by which the server knows it again.
 class HttpClient {
  public:
   HttpClient();

@@ -1,0 +1,267 @@
+#include "platform/http_handle.h"
+
+#include <algorithm>
+#include <mutex>
+#include <string_view>
+
+#include "platform/collation.h"
+
+namespace orvalo::platform {
+namespace {
+
+HttpReply FailedReply(HttpFailure failure, std::string error) {
+  HttpReply reply;
+  reply.failure = failure;
+  reply.error = std::move(error);
+  return reply;
+}
+
+bool IsTlsCode(CURLcode code) {
+  switch (code) {
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_ENGINE_NOTFOUND:
+    case CURLE_SSL_ENGINE_SETFAILED:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_USE_SSL_FAILED:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_SHUTDOWN_FAILED:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_CLIENTCERT:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// The host that a URL names, for comparing with the one in the library's messages.
+std::string_view HostOf(std::string_view url) {
+  url.remove_prefix(std::min(url.find("//"), url.size() - 2) + 2);
+  url = url.substr(0, url.find_first_of("/?#"));
+  if (const auto at = url.rfind('@'); at != std::string_view::npos) url.remove_prefix(at + 1);
+  if (url.starts_with('[')) return url.substr(1, url.find(']') - 1);
+  return url.substr(0, url.find(':'));
+}
+
+CURL* OpenEasyHandle() {
+  static std::once_flag initialized;
+  std::call_once(initialized, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+  return curl_easy_init();
+}
+
+}  // namespace
+
+CurlHandle::CurlHandle(HttpConfig config) : config_(std::move(config)), easy_(OpenEasyHandle()) {
+  if (easy_ == nullptr) return;
+  SetConstantOptions();
+  SetProxyOptions();
+}
+
+CurlHandle::~CurlHandle() { curl_easy_cleanup(easy_); }
+
+HttpReply CurlHandle::Perform(const HttpRequest& request) {
+  if (easy_ == nullptr)
+    return FailedReply(HttpFailure::kUnreachable, "The system is out of memory");
+  if (config_.proxy.mode == ProxyMode::kNamed && config_.proxy.host.empty())
+    return FailedReply(HttpFailure::kProxyUnreachable, "No proxy server is named");
+  SetRequestOptions(request);
+  HttpReply reply;
+  reply_ = &reply;
+  max_reply_ = request.max_reply;
+  too_large_ = false;
+  message_[0] = '\0';
+  const CURLcode code = curl_easy_perform(easy_);
+  long status = 0;
+  curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &status);
+  reply.status = static_cast<int>(status);
+  reply.failure = Classify(code, reply.status, request.url);
+  if (reply.failure == HttpFailure::kNone) {
+    const char* type = nullptr;
+    curl_easy_getinfo(easy_, CURLINFO_CONTENT_TYPE, &type);
+    if (type != nullptr) reply.content_type = type;
+  } else {
+    reply.body.clear();
+    reply.error = Describe(code, reply.failure);
+  }
+  return reply;
+}
+
+void CurlHandle::SetConstantOptions() {
+  curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy_, CURLOPT_TCP_NODELAY, 1L);
+  curl_easy_setopt(easy_, CURLOPT_TCP_KEEPALIVE, 1L);
+  curl_easy_setopt(easy_, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(easy_, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(easy_, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  curl_easy_setopt(easy_, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(easy_, CURLOPT_SSL_VERIFYHOST, 2L);
+  curl_easy_setopt(easy_, CURLOPT_ERRORBUFFER, message_);
+  curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &TakeBody);
+  curl_easy_setopt(easy_, CURLOPT_WRITEDATA, this);
+  if (config_.authorities.empty()) return;
+  curl_easy_setopt(easy_, CURLOPT_CAINFO, config_.authorities.c_str());
+  curl_easy_setopt(easy_, CURLOPT_CAPATH, nullptr);
+}
+
+void CurlHandle::SetProxyOptions() {
+  const ProxyConfig& proxy = config_.proxy;
+  switch (proxy.mode) {
+    case ProxyMode::kNeverChosen:
+    case ProxyMode::kSystem:
+    case ProxyMode::kSystemNoScripts:
+      return;  // libcurl reads the environment itself
+    case ProxyMode::kDirect:
+      curl_easy_setopt(easy_, CURLOPT_PROXY, "");
+      return;
+    case ProxyMode::kNamed:
+      break;
+  }
+  const bool bare_ipv6 = proxy.host.find(':') != proxy.host.rfind(':') &&
+                         proxy.host.find_first_of("/[") == std::string::npos;
+  std::string address = bare_ipv6 ? "[" + proxy.host + "]" : proxy.host;
+  if (!proxy.port.empty()) address += ":" + proxy.port;
+  curl_easy_setopt(easy_, CURLOPT_PROXY, address.c_str());
+  curl_easy_setopt(easy_, CURLOPT_NOPROXY, "");  // the environment's exceptions do not hold
+  curl_easy_setopt(easy_, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  if (proxy.user.empty()) return;
+  curl_easy_setopt(easy_, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_ANY));
+  curl_easy_setopt(easy_, CURLOPT_PROXYUSERNAME, proxy.user.c_str());
+  curl_easy_setopt(easy_, CURLOPT_PROXYPASSWORD, proxy.password.c_str());
+}
+
+void CurlHandle::SetRequestOptions(const HttpRequest& request) {
+  if (url_ != request.url) {
+    url_ = request.url;
+    curl_easy_setopt(easy_, CURLOPT_URL, url_.c_str());
+  }
+  SetMethod(request);
+  SetHeaders(request);
+  // To libcurl 0 means "for ever".
+  constexpr std::int64_t kLongest = 24L * 3600 * 1000;
+  curl_easy_setopt(easy_, CURLOPT_TIMEOUT_MS,
+                   static_cast<long>(std::clamp<std::int64_t>(request.timeout_ms, 1, kLongest)));
+  curl_easy_setopt(
+      easy_, CURLOPT_CONNECTTIMEOUT_MS,
+      static_cast<long>(std::clamp<std::int64_t>(request.connect_timeout_ms, 1, kLongest)));
+}
+
+void CurlHandle::SetMethod(const HttpRequest& request) {
+  const bool plain_get = request.method == "GET" && request.body.empty();
+  if (!plain_get && request.method != "HEAD") {
+    curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE_LARGE,
+                     static_cast<curl_off_t>(request.body.size()));
+    curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, request.body.data());
+  }
+  const std::string& method = plain_get ? "" : request.method;
+  if (method_ == method) return;
+  method_ = method;
+  if (plain_get) {
+    curl_easy_setopt(easy_, CURLOPT_CUSTOMREQUEST, nullptr);
+    curl_easy_setopt(easy_, CURLOPT_HTTPGET, 1L);
+  } else if (method == "HEAD") {
+    curl_easy_setopt(easy_, CURLOPT_CUSTOMREQUEST, nullptr);
+    curl_easy_setopt(easy_, CURLOPT_NOBODY, 1L);
+  } else {
+    curl_easy_setopt(easy_, CURLOPT_NOBODY, 0L);
+    curl_easy_setopt(easy_, CURLOPT_POST, 1L);
+    curl_easy_setopt(easy_, CURLOPT_CUSTOMREQUEST, method == "POST" ? nullptr : method.c_str());
+  }
+}
+
+void CurlHandle::SetHeaders(const HttpRequest& request) {
+  if (has_headers_ && headers_ == request.headers) return;
+  headers_ = request.headers;
+  has_headers_ = true;
+  decltype(header_list_) list;
+  const auto append = [&list](const std::string& line) {
+    curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
+    if (longer == nullptr) return;
+    (void)list.release();
+    list.reset(longer);
+  };
+  // Neither a wait for the server's consent nor a content type that nobody asked for.
+  append("Expect:");
+  const bool typed = std::any_of(headers_.begin(), headers_.end(), [](const auto& header) {
+    return EqualNoCaseAscii(header.first, "Content-Type");
+  });
+  if (!typed) append("Content-Type:");
+  for (const auto& [name, value] : headers_)
+    append(value.empty() ? name + ";" : name + ": " + value);
+  curl_easy_setopt(easy_, CURLOPT_HTTPHEADER, list.get());
+  header_list_ = std::move(list);
+}
+
+std::size_t CurlHandle::TakeBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto& handle = *static_cast<CurlHandle*>(self);
+  const std::size_t length = size * count;
+  std::string& body = handle.reply_->body;
+  if (length > handle.max_reply_ - body.size()) {
+    handle.too_large_ = true;
+    return CURL_WRITEFUNC_ERROR;
+  }
+  body.append(bytes, length);
+  return length;
+}
+
+// True unless it is certain that no byte of the request was sent. Both figures count over the
+// attempts that libcurl makes by itself when a kept connection turns out to be closed; the size
+// alone would also count a request to a proxy to connect through.
+bool CurlHandle::WentOut() const {
+  long sent = 0;
+  curl_off_t started = 0;
+  curl_easy_getinfo(easy_, CURLINFO_REQUEST_SIZE, &sent);
+  curl_easy_getinfo(easy_, CURLINFO_PRETRANSFER_TIME_T, &started);
+  return sent > 0 && started > 0;
+}
+
+HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& url) const {
+  const bool direct = config_.proxy.mode == ProxyMode::kDirect;
+  if (code == CURLE_OK)
+    return status == 407 && !direct ? HttpFailure::kProxyRefused : HttpFailure::kNone;
+  if (too_large_) return HttpFailure::kTooLarge;
+  if (WentOut()) return HttpFailure::kNoReply;
+  long connect_status = 0;
+  curl_easy_getinfo(easy_, CURLINFO_HTTP_CONNECTCODE, &connect_status);
+  if (connect_status >= 300) return HttpFailure::kProxyRefused;
+  if (IsTlsCode(code)) return HttpFailure::kTls;
+  switch (code) {
+    case CURLE_UNSUPPORTED_PROTOCOL:
+    case CURLE_URL_MALFORMAT:
+      return HttpFailure::kBadRequest;
+    case CURLE_COULDNT_RESOLVE_PROXY:
+    case CURLE_PROXY:
+      return HttpFailure::kProxyUnreachable;
+    case CURLE_COULDNT_CONNECT: {
+      if (config_.proxy.mode == ProxyMode::kNamed) return HttpFailure::kProxyUnreachable;
+      // Only libcurl knows whether the environment's proxy held for this address: its message names
+      // the peer that it could not connect to.
+      constexpr std::string_view kOpening = "Failed to connect to ";
+      const std::string_view message = message_;
+      if (direct || !message.starts_with(kOpening)) return HttpFailure::kUnreachable;
+      const std::string_view peer = message.substr(kOpening.size());
+      return peer.starts_with(std::string(HostOf(url)) + " port") ? HttpFailure::kUnreachable
+                                                                  : HttpFailure::kProxyUnreachable;
+    }
+    default:
+      return HttpFailure::kUnreachable;
+  }
+}
+
+std::string CurlHandle::Describe(CURLcode code, HttpFailure failure) const {
+  if (failure == HttpFailure::kTooLarge)
+    return "The reply is larger than " + std::to_string(max_reply_) + " bytes";
+  if (code == CURLE_OK) return "The proxy server asks for a user name and password";
+  // Some messages quote an address with the credentials in it; what the codes say never does.
+  const std::string_view message = message_;
+  const bool quotes = code == CURLE_URL_MALFORMAT || code == CURLE_UNSUPPORTED_PROTOCOL ||
+                      code == CURLE_COULDNT_RESOLVE_PROXY ||
+                      message.find('@') != std::string_view::npos;
+  return message.empty() || quotes ? curl_easy_strerror(code) : std::string(message);
+}
+
+}  // namespace orvalo::platform
