@@ -74,6 +74,7 @@ HttpReply CurlHandle::Perform(const HttpRequest& request) {
   reply_ = &reply;
   max_reply_ = request.max_reply;
   too_large_ = false;
+  is_head_complete_ = false;
   message_[0] = '\0';
   const CURLcode code = curl_easy_perform(easy_);
   long status = 0;
@@ -101,6 +102,8 @@ void CurlHandle::SetConstantOptions() {
   curl_easy_setopt(easy_, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(easy_, CURLOPT_SSL_VERIFYHOST, 2L);
   curl_easy_setopt(easy_, CURLOPT_ERRORBUFFER, message_);
+  curl_easy_setopt(easy_, CURLOPT_HEADERFUNCTION, &TakeHeader);
+  curl_easy_setopt(easy_, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &TakeBody);
   curl_easy_setopt(easy_, CURLOPT_WRITEDATA, this);
   if (config_.authorities.empty()) return;
@@ -196,6 +199,16 @@ void CurlHandle::SetHeaders(const HttpRequest& request) {
   header_list_ = std::move(list);
 }
 
+// libcurl takes a reply that breaks off within its headers for a complete one; the empty line
+// tells.
+std::size_t CurlHandle::TakeHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto& handle = *static_cast<CurlHandle*>(self);
+  const std::string_view line(bytes, size * count);
+  if (line == "\r\n" || line == "\n") handle.is_head_complete_ = true;
+  if (line.starts_with("HTTP/")) handle.is_head_complete_ = false;  // a further reply, as after 100
+  return size * count;
+}
+
 std::size_t CurlHandle::TakeBody(char* bytes, std::size_t size, std::size_t count, void* self) {
   auto& handle = *static_cast<CurlHandle*>(self);
   const std::size_t length = size * count;
@@ -221,6 +234,7 @@ bool CurlHandle::WentOut() const {
 
 HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& url) const {
   const bool direct = config_.proxy.mode == ProxyMode::kDirect;
+  if (code == CURLE_OK && !is_head_complete_) return HttpFailure::kNoReply;
   if (code == CURLE_OK)
     return status == 407 && !direct ? HttpFailure::kProxyRefused : HttpFailure::kNone;
   if (too_large_) return HttpFailure::kTooLarge;
@@ -255,6 +269,8 @@ HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& u
 std::string CurlHandle::Describe(CURLcode code, HttpFailure failure) const {
   if (failure == HttpFailure::kTooLarge)
     return "The reply is larger than " + std::to_string(max_reply_) + " bytes";
+  if (code == CURLE_OK && failure == HttpFailure::kNoReply)
+    return "The connection was closed within the reply's headers";
   if (code == CURLE_OK) return "The proxy server asks for a user name and password";
   // Some messages quote an address with the credentials in it; what the codes say never does.
   const std::string_view message = message_;

@@ -40,6 +40,7 @@ class CurlHandle {
   void SetRequestOptions(const HttpRequest& request);
   void SetMethod(const HttpRequest& request);
   void SetHeaders(const HttpRequest& request);
+  static std::size_t TakeHeader(char* bytes, std::size_t size, std::size_t count, void* self);
   static std::size_t TakeBody(char* bytes, std::size_t size, std::size_t count, void* self);
 
   bool WentOut() const;
@@ -56,6 +57,7 @@ class CurlHandle {
   bool has_headers_ = false;
 
   HttpReply* reply_ = nullptr;
+  bool is_head_complete_ = false;
   std::size_t max_reply_ = 0;
   bool too_large_ = false;
   char message_[CURL_ERROR_SIZE] = "";
