@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/stop_server.h"
+
 namespace orvalo::test {
 namespace {
 
@@ -43,7 +45,7 @@ ScriptedHttpServer::ScriptedHttpServer(Script script) : script_(std::move(script
   mg_set_request_handler(context_, "/", &ScriptedHttpServer::Handle, this);
 }
 
-ScriptedHttpServer::~ScriptedHttpServer() { mg_stop(context_); }
+ScriptedHttpServer::~ScriptedHttpServer() { StopServer(context_, port_); }
 
 std::vector<RecordedRequest> ScriptedHttpServer::requests() const {
   std::lock_guard guard(mutex_);
