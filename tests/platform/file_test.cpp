@@ -8,8 +8,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <functional>
+#include <thread>
 #include <vector>
 
 #include "support/temporary_folder.h"
@@ -92,6 +94,24 @@ TEST(FileTest, ReplacesAFileAsAWhole) {
   EXPECT_TRUE(ReplaceFile("bare name", "here"));
   std::filesystem::current_path(before);
   EXPECT_EQ(Slurp(folder.File("bare name")), "here");
+}
+
+TEST(FileTest, AReaderMeetsTheOldFileOrTheNew) {
+  TemporaryFolder folder;
+  const std::string path = folder.File("SMS.dat"), old_bytes(9000, 'o'), new_bytes(20'000, 'n');
+  Spill(path, old_bytes);
+  std::atomic<bool> done = false;
+  std::thread writer([&] {
+    for (int i = 0; i < 100; ++i) EXPECT_TRUE(ReplaceFile(path, i % 2 ? old_bytes : new_bytes));
+    done = true;
+  });
+  int broken = 0;
+  while (!done) {
+    const auto bytes = ReadFile(path);
+    broken += bytes != old_bytes && bytes != new_bytes;
+  }
+  writer.join();
+  EXPECT_EQ(broken, 0);
 }
 
 TEST(FileTest, AFailedReplacementLeavesTheOldFileAlone) {

@@ -49,63 +49,50 @@ TEST(NamedMutexTest, HasOneHolderForEachScopeAndName) {
       << "the file left behind is harmless";
 }
 
-// A child process that holds the mutex until it is killed.
-class HoldingChild {
- public:
-  explicit HoldingChild(const std::string& scope) {
-    int ends[2];
-    if (pipe(ends) != 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-      const auto held = NamedMutex::Create(scope, kName);
-      const char answer = held ? 'y' : 'n';
-      if (write(ends[1], &answer, 1) == 1) {
-        for (;;) pause();
-      }
-      _exit(1);
-    }
-    close(ends[1]);
-    char answer = 'n';
-    holds_ = read(ends[0], &answer, 1) == 1 && answer == 'y';
-    close(ends[0]);
+// Forks a child that tries to take the mutex, says whether it holds it, and stays until killed.
+pid_t ForkHolder(const std::string& scope, bool* holds) {
+  int ends[2];
+  if (pipe(ends) != 0) return -1;
+  const pid_t pid = fork();
+  if (pid == 0) {
+    const auto held = NamedMutex::Create(scope, kName);
+    const char answer = held ? 'y' : 'n';
+    while (write(ends[1], &answer, 1) == 1) pause();
+    _exit(1);
   }
-  ~HoldingChild() { Kill(); }
-  HoldingChild(const HoldingChild&) = delete;
-  HoldingChild& operator=(const HoldingChild&) = delete;
+  close(ends[1]);
+  char answer = 'n';
+  *holds = read(ends[0], &answer, 1) == 1 && answer == 'y';
+  close(ends[0]);
+  return pid;
+}
 
-  bool holds() const { return holds_; }
-  void Kill() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-    pid_ = -1;
-  }
-
- private:
-  pid_t pid_ = -1;
-  bool holds_ = false;
-};
+void Kill(pid_t pid) {
+  ASSERT_GT(pid, 0);
+  kill(pid, SIGKILL);
+  waitpid(pid, nullptr, 0);
+}
 
 TEST(NamedMutexTest, AKilledHolderLocksNobodyOut) {
   TemporaryFolder folder;
-  HoldingChild child(folder.path());
-  ASSERT_TRUE(child.holds());
+  bool child_holds = false;
+  const pid_t child = ForkHolder(folder.path(), &child_holds);
+  EXPECT_TRUE(child_holds);
   EXPECT_TRUE(NamedMutex::Exists(folder.path(), kName));
   Outcome outcome = Outcome::kHeld;
   EXPECT_EQ(NamedMutex::Create(folder.path(), kName, &outcome), nullptr);
   EXPECT_EQ(outcome, Outcome::kElsewhere);
-  child.Kill();
+  Kill(child);
   EXPECT_FALSE(NamedMutex::Exists(folder.path(), kName));
-  EXPECT_NE(NamedMutex::Create(folder.path(), kName), nullptr);
-}
-
-TEST(NamedMutexTest, AForkedChildDoesNotKeepAReleasedMutex) {
-  TemporaryFolder folder;
   auto held = NamedMutex::Create(folder.path(), kName);
-  HoldingChild heir(folder.path());  // inherits the open file; cannot take the mutex
-  EXPECT_FALSE(heir.holds());
+  EXPECT_NE(held, nullptr);
+
+  // A child that inherits the open file does not keep what its parent releases.
+  const pid_t heir = ForkHolder(folder.path(), &child_holds);
+  EXPECT_FALSE(child_holds);
   held.reset();
   EXPECT_NE(NamedMutex::Create(folder.path(), kName), nullptr);
+  Kill(heir);
 }
 
 TEST(NamedMutexTest, AskingNeverMakesACreateFail) {
