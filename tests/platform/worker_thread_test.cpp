@@ -130,6 +130,7 @@ TEST_F(WorkerThreadTest, EveryCallTakenRunsOrStaysQueued) {
   ASSERT_TRUE(worker_.Start(body));
   EXPECT_FALSE(worker_.Start(body)) << "one runs already";
   std::vector<std::thread> callers;
+  callers.reserve(3);
   for (int caller = 0; caller < 3; ++caller) {
     callers.emplace_back([&, caller] {
       for (int i = 0; i < 2000; ++i) {
