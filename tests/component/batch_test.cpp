@@ -74,12 +74,13 @@ TEST_F(BatchTest, CutsLongListsIntoRequests) {
   std::string numbers;
   for (int i = 0; i < 2'500; ++i) numbers += "," + std::to_string(1'000'000 + i);
   server_.SetScript([](const RecordedRequest& request) {
-    nlohmann::json results = nlohmann::json::array();
-    for (const auto& number : nlohmann::json::parse(request.body)["to"]) {
-      results.push_back({{"to", number}, {"id", kId}});
+    const auto asked = nlohmann::json::parse(request.body);
+    nlohmann::json reply;
+    for (const auto& number : asked["to"]) {
+      reply["results"].push_back({{"to", number}, {"id", kId}});
     }
-    EXPECT_LE(results.size(), 1'000u);
-    return Json(nlohmann::json{{"results", results}}.dump());
+    EXPECT_LE(reply["results"].size(), 1'000u);
+    return Json(reply.dump());
   });
   const auto text = caller_.Call(u"QuickBatchSend", {Caller::Text(numbers.substr(1))});
   EXPECT_EQ(caller_.Error(), 0);

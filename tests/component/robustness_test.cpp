@@ -109,10 +109,12 @@ TEST_F(ComponentTest, SubmitsAtMostOnceWhateverGetsLost) {
   };
   const Case cases[] = {{0, 0, 0, 1, 1}, {1, 0, 0, 2, 1},   {2, 0, 0, 3, 1}, {3, 0, 99, 3, 1},
                         {0, 4, 0, 5, 1}, {0, 5, 503, 5, 0}, {2, 4, 0, 7, 1}};
+  const std::string closing_login = "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + login_.body;
   for (const auto& [lost, refused, error, requests, messages] : cases) {
     Ledger ledger{{}, lost, refused};
     ScriptedHttpServer service([&](const RecordedRequest& request) {
-      if (request.path == "/v1/session") return login_;
+      // A connection that was used before is tried anew by libcurl itself, which would not count.
+      if (request.path == "/v1/session") return Raw(closing_login);
       return ledger.Accept(request);
     });
     component::Component component(clock_);
