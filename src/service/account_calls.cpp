@@ -1,0 +1,103 @@
+#include "service/account_calls.h"
+
+#include <fmt/format.h>
+
+#include "service/api_reply.h"
+#include "service/message_request.h"
+#include "service/money.h"
+
+namespace orvalo::service {
+namespace {
+
+constexpr int kWrongPasswordsPerMinute = 10;
+constexpr int kRecoveriesPerMinute = 5;
+constexpr std::int64_t kMinuteMs = 60'000;
+constexpr std::size_t kLongestCredential = 256;
+
+ServedReply TrueReply() { return {200, R"({"ok":true})", {}, false}; }
+
+}  // namespace
+
+AccountCalls::AccountCalls(const Parts& parts)
+    : parts_(parts),
+      wrong_passwords_(parts.clock, kWrongPasswordsPerMinute, kMinuteMs),
+      recoveries_(parts.clock, kRecoveriesPerMinute, kMinuteMs) {}
+
+void AccountCalls::Register(Router& router) {
+  router.Add({"POST", "/v1/session", Access::kOpen,
+              [this](const Call& call) { return OpenSession(call); }});
+  router.Add({"GET", "/v1/ping", Access::kSession, [](const Call&) { return TrueReply(); }});
+  router.Add({"GET", "/v1/balance", Access::kSession,
+              [this](const Call& call) { return GetBalance(call); }});
+  router.Add({"POST", "/v1/vouchers", Access::kKeyed,
+              [this](const Call& call) { return RedeemVoucher(call); }});
+  router.Add({"POST", "/v1/password-recovery", Access::kOpen,
+              [this](const Call& call) { return RecoverPassword(call); }});
+  router.Add({"GET", "/v1/version", Access::kOpen, [](const Call&) {
+                return ServedReply{200,
+                                   fmt::format(R"({{"service":"orvalo-gateway","version":"{}",)"
+                                               R"("protocol":1}})",
+                                               ORVALO_VERSION),
+                                   {},
+                                   false};
+              }});
+  router.Add({"GET", "/v1/health", Access::kOpen, [this](const Call&) { return GetHealth(); }});
+}
+
+ServedReply AccountCalls::OpenSession(const Call& call) {
+  const auto user = TextMember(call.body, "user", kLongestCredential);
+  const auto password = TextMember(call.body, "password", kLongestCredential);
+  const auto client = TextMember(call.body, "client_id", kLongestCredential);
+  if (!user || !password || !client) return ReplyOf(Refuse(ErrorCode::kMalformed));
+  if (wrong_passwords_.Exhausted(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyPasswords));
+  const auto account = parts_.accounts.Verify(*user, *password);
+  if (!account) {
+    return ReplyOf(Refuse(wrong_passwords_.Take(*user) ? ErrorCode::kWrongPassword
+                                                       : ErrorCode::kTooManyPasswords));
+  }
+  // Others may have guessed meanwhile; then this, too, counts as a guess.
+  if (wrong_passwords_.Exhausted(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyPasswords));
+  wrong_passwords_.Forget(*user);
+  const auto token = parts_.sessions.Open(*account, *client);
+  return {200, fmt::format(R"({{"token":"{}"}})", token), {}, false};
+}
+
+ServedReply AccountCalls::GetBalance(const Call& call) {
+  const auto balance = parts_.accounts.Balance(call.account);
+  if (!balance) return ReplyOf(Refuse(ErrorCode::kNoSession));
+  return {200, fmt::format(R"({{"balance":"{}"}})", MoneyText(*balance)), {}, false};
+}
+
+ServedReply AccountCalls::RedeemVoucher(const Call& call) {
+  const auto number = TextMember(call.body, "number", kLongestCredential);
+  if (!number) return ReplyOf(Refuse(ErrorCode::kMalformed));
+  return parts_.submissions.Once(
+      KeyedRequestOf(call), [] { return std::nullopt; },
+      [&](Connection& connection) {
+        const auto result = parts_.vouchers.Redeem(connection, call.account, *number);
+        if (const auto* refusal = std::get_if<Refusal>(&result)) return ReplyOf(*refusal);
+        const auto& redeemed = std::get<Vouchers::Redeemed>(result);
+        return ServedReply{200,
+                           fmt::format(R"({{"amount":"{}","balance":"{}"}})",
+                                       MoneyText(redeemed.amount), MoneyText(redeemed.balance)),
+                           {},
+                           false};
+      });
+}
+
+ServedReply AccountCalls::RecoverPassword(const Call& call) {
+  const auto user = TextMember(call.body, "user", kLongestCredential);
+  const auto email = TextMember(call.body, "email", kLongestCredential);
+  if (!user || !email) return ReplyOf(Refuse(ErrorCode::kMalformed));
+  if (!recoveries_.Take(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
+  const auto password = parts_.accounts.GiveTemporaryPassword(*user, *email);
+  if (!password) return ReplyOf(Refuse(ErrorCode::kNoSuchAddress));
+  parts_.mail.Send(*user, *email, *password);
+  return TrueReply();
+}
+
+ServedReply AccountCalls::GetHealth() {
+  return parts_.carrier.IsHealthy() ? TrueReply() : ReplyOf(Refuse(ErrorCode::kNetworkDown));
+}
+
+}  // namespace orvalo::service

@@ -1,0 +1,45 @@
+#pragma once
+#include <string>
+
+#include "platform/clock.h"
+#include "service/accounts.h"
+#include "service/attempts.h"
+#include "service/carrier.h"
+#include "service/recovery_mail.h"
+#include "service/router.h"
+#include "service/sessions.h"
+#include "service/submissions.h"
+#include "service/vouchers.h"
+
+namespace orvalo::service {
+
+// The calls about the account and the service itself: session, ping, balance, vouchers, password
+// recovery, version, health. Any thread.
+class AccountCalls {
+ public:
+  struct Parts {
+    Accounts& accounts;
+    Sessions& sessions;
+    Submissions& submissions;
+    Vouchers& vouchers;
+    Carrier& carrier;
+    RecoveryMail& mail;
+    const platform::Clock& clock;
+  };
+
+  explicit AccountCalls(const Parts& parts);
+
+  void Register(Router& router);
+
+ private:
+  ServedReply OpenSession(const Call& call);
+  ServedReply GetBalance(const Call& call);
+  ServedReply RedeemVoucher(const Call& call);
+  ServedReply RecoverPassword(const Call& call);
+  ServedReply GetHealth();
+
+  Parts parts_;
+  Attempts wrong_passwords_, recoveries_;
+};
+
+}  // namespace orvalo::service

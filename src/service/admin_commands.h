@@ -1,0 +1,42 @@
+#pragma once
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace orvalo::platform {
+class Clock;
+}
+
+namespace orvalo::service {
+
+// The commands of an administrator on a data folder, which may be served meanwhile. Each opens the
+// folder, does its work, prints to the standard output, and returns the program's exit status: 0,
+// or 1 with a sentence on the standard error. They throw what the database throws.
+class AdminCommands {
+ public:
+  AdminCommands(std::string folder, platform::Clock& clock)
+      : folder_(std::move(folder)), clock_(clock) {}
+
+  // The password comes from `password_file` (its first line), else from the environment variable
+  // ORVALO_PASSWORD, else it is asked for on the terminal.
+  int AddAccount(const std::string& user, const std::string& email, const std::string& credit,
+                 const std::string& password_file);
+  int SetPassword(const std::string& user, const std::string& password_file);
+  int AddCredit(const std::string& user, const std::string& amount);
+  int ListAccounts(bool json);
+
+  int AddVoucher(const std::string& number, const std::string& amount);  // "" draws a number
+  int ListVouchers();
+
+  int SetPrice(const std::string& prefix, const std::string& amount);
+  int ListPrices();
+
+  // One line for each accepted recipient, oldest first; with `json` one object a line.
+  int PrintLedger(bool json);
+
+ private:
+  std::string folder_;
+  platform::Clock& clock_;
+};
+
+}  // namespace orvalo::service

@@ -1,0 +1,88 @@
+#include "service/api.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "service/api_reply.h"
+#include "service/message_request.h"
+#include "service/secrets.h"
+
+namespace orvalo::service {
+namespace {
+
+bool IsJsonType(std::string_view content_type) {
+  constexpr std::string_view kJson = "application/json";
+  const auto type = content_type.substr(0, content_type.find(';'));
+  const auto end = type.find_last_not_of(" \t");
+  return end != std::string_view::npos &&
+         std::equal(kJson.begin(), kJson.end(), type.begin(), type.begin() + end + 1,
+                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
+}
+
+std::string_view BearerToken(std::string_view authorization) {
+  constexpr std::string_view kBearer = "Bearer ";
+  return authorization.starts_with(kBearer) ? authorization.substr(kBearer.size()) : "";
+}
+
+}  // namespace
+
+Api::Api(const Router& router, Sessions& sessions, Attempts& requests,
+         std::function<void(const std::string&)> report)
+    : router_(router), sessions_(sessions), requests_(requests), report_(std::move(report)) {}
+
+ServedReply Api::Handle(const ServedRequest& request) {
+  try {
+    return Answer(request);
+  } catch (const std::exception& failure) {
+    report_(fmt::format("{} {} failed: {}", request.method, request.path, failure.what()));
+    return ReplyOf(Refuse(ErrorCode::kServiceFailed));
+  }
+}
+
+ServedReply Api::Malformed(int status) {
+  auto reply = ReplyOf(Refuse(status >= 500   ? ErrorCode::kServiceFailed
+                              : status == 413 ? ErrorCode::kTooLarge
+                                              : ErrorCode::kMalformed));
+  reply.status = status;
+  return reply;
+}
+
+ServedReply Api::Answer(const ServedRequest& request) {
+  const auto match = router_.Find(request.method, request.path);
+  if (!match.route) {
+    auto reply = ReplyOf(Refuse(ErrorCode::kNoSuchPath));
+    if (!match.other_methods.empty()) {
+      reply.status = 405;
+      reply.headers.emplace_back("Allow", match.other_methods);
+    }
+    return reply;
+  }
+  if (request.body_too_large) return ReplyOf(Refuse(ErrorCode::kTooLarge));
+  Call call{request, nlohmann::json::object(), 0, match.id, {}};
+  if (const auto refusal = Authorise(*match.route, call)) return ReplyOf(*refusal);
+  if (!request.body.empty()) {
+    if (!IsJsonType(request.header("Content-Type"))) return ReplyOf(Refuse(ErrorCode::kNotJson));
+    auto body = ParseObject(request.body);
+    if (!body) return ReplyOf(Refuse(ErrorCode::kMalformed));
+    call.body = std::move(*body);
+  }
+  return match.route->handler(call);
+}
+
+std::optional<Refusal> Api::Authorise(const Route& route, Call& call) {
+  if (route.access == Access::kOpen) return std::nullopt;
+  const auto account = sessions_.AccountOf(BearerToken(call.request.header("Authorization")));
+  if (!account) return Refuse(ErrorCode::kNoSession);
+  call.account = *account;
+  if (!requests_.Take(std::to_string(call.account))) return Refuse(ErrorCode::kTooManyRequests);
+  if (route.access != Access::kKeyed) return std::nullopt;
+  call.key = FromHex(call.request.header("Idempotency-Key"));
+  if (call.key.size() != 16) {
+    return Refusal{ErrorCode::kMalformed,
+                   "The header Idempotency-Key must have 32 hexadecimal digits"};
+  }
+  return std::nullopt;
+}
+
+}  // namespace orvalo::service

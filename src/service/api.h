@@ -1,0 +1,34 @@
+#pragma once
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "service/attempts.h"
+#include "service/http_message.h"
+#include "service/router.h"
+#include "service/sessions.h"
+
+namespace orvalo::service {
+
+// The protocol's common part: finds the route, checks session, rate, content type, JSON and key,
+// calls the handler, and turns whatever goes wrong into the protocol's errors. Any thread.
+class Api : public HttpHandler {
+ public:
+  // `report` gets a line for the service's own log when a call fails by our fault.
+  Api(const Router& router, Sessions& sessions, Attempts& requests,
+      std::function<void(const std::string&)> report);
+
+  ServedReply Handle(const ServedRequest& request) override;
+  ServedReply Malformed(int status) override;
+
+ private:
+  ServedReply Answer(const ServedRequest& request);
+  std::optional<Refusal> Authorise(const Route& route, Call& call);
+
+  const Router& router_;
+  Sessions& sessions_;
+  Attempts& requests_;
+  std::function<void(const std::string&)> report_;
+};
+
+}  // namespace orvalo::service

@@ -1,0 +1,90 @@
+#pragma once
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "service/connection.h"
+
+namespace orvalo::service {
+
+// The service's data file, `<folder>/gateway.db`: one connection that writes, and as many that read
+// as there are readers at a time, which never wait for the writer. Any thread.
+//
+// What a Write did is on the disk (flushed) before Write returns. Writes that arrive while another
+// is being flushed share the next flush.
+//
+// Another process may work on the same file (the administration commands do, beside a running
+// service); ForeignChanges tells that caches must be read again.
+//
+// Failures throw: SQLite::Exception, or std::runtime_error when the file cannot be used at all.
+class Database {
+ public:
+  // Makes the folder (0700), the file (0600) and the tables when they are missing.
+  explicit Database(const std::string& folder);
+  ~Database();
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  const std::string& folder() const { return folder_; }
+
+  // Runs `work` on a reading connection and returns its result.
+  template <class Work>
+  auto Read(Work&& work) {
+    const Lease lease(*this);
+    return std::forward<Work>(work)(*lease.connection);
+  }
+
+  // Runs `work` in a transaction. When it throws, everything it did is undone and the exception
+  // comes back here. When the transaction cannot be completed, the same. `work` may run on another
+  // thread, one at a time with all other writes; it must not call Write.
+  void Write(const std::function<void(Connection&)>& work);
+
+  // Grows whenever another process has changed the file, as far as the writer has noticed: each
+  // Write looks.
+  std::uint64_t ForeignChanges() const { return foreign_changes_.load(); }
+
+ private:
+  struct Job {
+    explicit Job(const std::function<void(Connection&)>& its_work) : work(its_work) {}
+    const std::function<void(Connection&)>& work;
+    std::exception_ptr error;
+    bool done = false;
+    bool leads = false;
+    std::condition_variable turn;
+  };
+
+  struct Lease {
+    explicit Lease(Database& owner);
+    ~Lease();
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+    Database& database;
+    std::unique_ptr<Connection> connection;
+  };
+
+  void RunGroup(const std::vector<Job*>& group);
+  void RunJob(Job& job);
+  void NoticeForeignChanges();
+
+  std::string folder_, path_;
+  std::unique_ptr<Connection> writer_;
+  std::int64_t data_version_ = 0;
+  std::atomic<std::uint64_t> foreign_changes_{0};
+
+  std::mutex write_mutex_;
+  std::deque<Job*> waiting_;
+  bool leading_ = false;  // some thread runs a group now
+
+  std::mutex readers_mutex_;
+  std::vector<std::unique_ptr<Connection>> readers_;
+};
+
+}  // namespace orvalo::service

@@ -1,0 +1,67 @@
+#pragma once
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/clock.h"
+#include "platform/named_mutex.h"
+#include "service/account_calls.h"
+#include "service/accounts.h"
+#include "service/api.h"
+#include "service/attempts.h"
+#include "service/database.h"
+#include "service/http_server.h"
+#include "service/ledger.h"
+#include "service/message_calls.h"
+#include "service/pricing.h"
+#include "service/recovery_mail.h"
+#include "service/router.h"
+#include "service/sessions.h"
+#include "service/simulated_carrier.h"
+#include "service/submissions.h"
+#include "service/vouchers.h"
+
+namespace orvalo::service {
+
+struct ServiceOptions {
+  std::string folder;
+  HttpServerOptions http;
+  int rate_limit = 2000;  // requests of one account in a second
+  SimulationOptions simulation;
+  double drop_replies = 0;  // share of the submissions, 0 to 1
+  std::function<void(const std::string&)> report = [](const std::string&) {};
+};
+
+// The whole service on one data folder, serving for as long as it lives. Construction throws
+// std::runtime_error when the folder or the address cannot be had, or the folder is being served
+// already.
+class GatewayService {
+ public:
+  GatewayService(const ServiceOptions& options, platform::Clock& clock);
+
+  int port() const { return server_.port(); }
+  Accounts& accounts() { return accounts_; }
+  Vouchers& vouchers() { return vouchers_; }
+  Pricing& pricing() { return pricing_; }
+  Database& database() { return database_; }
+
+ private:
+  std::unique_ptr<platform::NamedMutex> lock_;
+  Database database_;
+  Accounts accounts_;
+  Sessions sessions_;
+  Pricing pricing_;
+  Vouchers vouchers_;
+  SimulatedCarrier carrier_;
+  Ledger ledger_;
+  Submissions submissions_;
+  RecoveryMail mail_;
+  AccountCalls account_calls_;
+  MessageCalls message_calls_;
+  Router router_;
+  Attempts requests_;
+  Api api_;
+  HttpServer server_;  // last: requests come as soon as it is there
+};
+
+}  // namespace orvalo::service

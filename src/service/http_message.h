@@ -1,0 +1,36 @@
+#pragma once
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvalo::service {
+
+// A request as it arrived.
+struct ServedRequest {
+  std::string_view method;
+  std::string_view path;  // decoded, without the query
+  std::string body;
+  bool body_too_large = false;  // `body` is then empty
+  // A header's value, empty when it is missing; names in any letter case.
+  std::function<std::string_view(const char* name)> header;
+};
+
+struct ServedReply {
+  int status = 200;
+  std::string body;  // JSON
+  std::vector<std::pair<std::string, std::string>> headers;
+  bool drop = false;  // close the connection and send nothing
+};
+
+// What answers the requests. Called on many threads at a time; must not throw.
+class HttpHandler {
+ public:
+  virtual ~HttpHandler() = default;
+  virtual ServedReply Handle(const ServedRequest& request) = 0;
+  // The reply to something that is no proper request.
+  virtual ServedReply Malformed(int status) = 0;
+};
+
+}  // namespace orvalo::service

@@ -1,0 +1,136 @@
+#include "service/message_calls.h"
+
+#include <fmt/format.h>
+
+#include "service/api_reply.h"
+#include "service/money.h"
+
+namespace orvalo::service {
+
+void MessageCalls::Register(Router& router) {
+  router.Add({"POST", "/v1/messages", Access::kKeyed,
+              [this](const Call& call) { return PostMessage(call); }});
+  router.Add({"POST", "/v1/batches", Access::kKeyed,
+              [this](const Call& call) { return OpenBatch(call); }});
+  router.Add({"POST", "/v1/batches/*/recipients", Access::kKeyed,
+              [this](const Call& call) { return AddRecipients(call); }});
+  router.Add({"POST", "/v1/batches/*/end", Access::kKeyed,
+              [this](const Call& call) { return EndBatch(call); }});
+  router.Add({"GET", "/v1/messages/*", Access::kSession,
+              [this](const Call& call) { return GetMessage(call); }});
+}
+
+ServedReply MessageCalls::PostMessage(const Call& call) {
+  const auto number = ParseNumber(call.body);
+  if (const auto* refusal = std::get_if<Refusal>(&number)) return ReplyOf(*refusal);
+  const auto content = ParseContent(call.body);
+  if (const auto* refusal = std::get_if<Refusal>(&content)) return ReplyOf(*refusal);
+  return Submit(call, [&](Connection& connection) {
+    Accepted accepted;
+    accepted.outcomes =
+        parts_.ledger.Accept(connection, {call.account, call.key, 0},
+                             std::get<MessageContent>(content), {std::get<std::string>(number)});
+    const auto& outcome = accepted.outcomes.front();
+    if (const auto* refusal = std::get_if<Refusal>(&outcome)) {
+      accepted.reply = ReplyOf(*refusal);
+    } else {
+      accepted.reply.body = fmt::format(R"({{"id":"{}"}})", std::get<CarriedMessage>(outcome).id);
+    }
+    return accepted;
+  });
+}
+
+ServedReply MessageCalls::OpenBatch(const Call& call) {
+  const auto content = ParseContent(call.body);
+  if (const auto* refusal = std::get_if<Refusal>(&content)) return ReplyOf(*refusal);
+  return parts_.submissions.Once(
+      KeyedRequestOf(call), [] { return std::nullopt; },
+      [&](Connection& connection) {
+        const auto id = batches_.Open(connection, call.account, std::get<MessageContent>(content));
+        return ServedReply{200, fmt::format(R"({{"batch":"{}"}})", id), {}, false};
+      });
+}
+
+ServedReply MessageCalls::AddRecipients(const Call& call) {
+  const auto numbers = ParseNumbers(call.body);
+  if (const auto* refusal = std::get_if<Refusal>(&numbers)) return ReplyOf(*refusal);
+  return Submit(call, [&](Connection& connection) {
+    return AcceptRecipients(connection, call, std::get<std::vector<std::string>>(numbers));
+  });
+}
+
+MessageCalls::Accepted MessageCalls::AcceptRecipients(Connection& connection, const Call& call,
+                                                      const std::vector<std::string>& numbers) {
+  const auto batch = batches_.Find(connection, call.account, call.id);
+  if (!batch) return {ReplyOf(Refuse(ErrorCode::kNoSuchMessage)), {}};
+  if (batch->ended) return {ReplyOf(Refuse(ErrorCode::kBatchEnded)), {}};
+  Accepted accepted;
+  accepted.outcomes = parts_.ledger.Accept(connection, {call.account, call.key, batch->row},
+                                           batch->content, numbers);
+  std::int64_t count = 0;
+  auto results = nlohmann::json::array();
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    nlohmann::json result{{"to", numbers[i]}};
+    if (const auto* refusal = std::get_if<Refusal>(&accepted.outcomes[i])) {
+      result["code"] = static_cast<int>(refusal->code);
+      result["message"] = refusal->message;
+    } else {
+      result["id"] = std::get<CarriedMessage>(accepted.outcomes[i]).id;
+      ++count;
+    }
+    results.push_back(std::move(result));
+  }
+  batches_.CountAccepted(connection, *batch, count);
+  accepted.reply.body = nlohmann::json{{"results", std::move(results)}}.dump();
+  return accepted;
+}
+
+ServedReply MessageCalls::EndBatch(const Call& call) {
+  return parts_.submissions.Once(
+      KeyedRequestOf(call), [] { return std::nullopt; },
+      [&](Connection& connection) {
+        const auto batch = batches_.Find(connection, call.account, call.id);
+        if (!batch) return ReplyOf(Refuse(ErrorCode::kNoSuchMessage));
+        if (batch->ended) return ReplyOf(Refuse(ErrorCode::kBatchEnded));
+        batches_.End(connection, *batch);
+        return ServedReply{200, fmt::format(R"({{"accepted":{}}})", batch->accepted), {}, false};
+      });
+}
+
+ServedReply MessageCalls::GetMessage(const Call& call) {
+  const auto entry = parts_.database.Read([&](Connection& connection) {
+    return parts_.ledger.Find(connection, call.account, call.id);
+  });
+  if (!entry) return ReplyOf(Refuse(ErrorCode::kNoSuchMessage));
+  const auto status = parts_.carrier.StatusOf(entry->message, parts_.clock.Now());
+  return {200,
+          fmt::format(R"({{"id":"{}","status":{},"charge":"{}"}})", entry->message.id,
+                      static_cast<int>(status), MoneyText(entry->charge)),
+          {},
+          false};
+}
+
+// What was accepted goes to the carrier once it is on the disk, and never for a replay.
+ServedReply MessageCalls::Submit(const Call& call,
+                                 const std::function<Accepted(Connection&)>& accept) {
+  std::vector<Ledger::Outcome> outcomes;
+  auto reply = parts_.submissions.Once(
+      KeyedRequestOf(call),
+      [&]() -> std::optional<ServedReply> {
+        if (const auto refusal = parts_.carrier.Admit()) return ReplyOf(*refusal);
+        return std::nullopt;
+      },
+      [&](Connection& connection) {
+        auto accepted = accept(connection);
+        outcomes = std::move(accepted.outcomes);
+        return std::move(accepted.reply);
+      });
+  for (const auto& outcome : outcomes) {
+    if (const auto* message = std::get_if<CarriedMessage>(&outcome)) {
+      parts_.carrier.Submit(*message);
+    }
+  }
+  return reply;
+}
+
+}  // namespace orvalo::service

@@ -1,0 +1,65 @@
+#include "service/schema.h"
+
+#include <fmt/format.h>
+
+#include <stdexcept>
+
+namespace orvalo::service {
+namespace {
+
+constexpr int kSchemaNumber = 1;
+
+// Amounts are in thousandths, times in seconds since 1970 UTC, numbers, ids, keys and digests as
+// the protocol has them (ids and keys as 16 bytes).
+constexpr const char* kTables = R"(
+CREATE TABLE account(
+  id INTEGER PRIMARY KEY, user TEXT NOT NULL UNIQUE, email TEXT NOT NULL,
+  password TEXT NOT NULL, temporary TEXT NOT NULL DEFAULT '',
+  temporary_until INTEGER NOT NULL DEFAULT 0,
+  balance INTEGER NOT NULL CHECK(balance >= 0), credits INTEGER NOT NULL);
+CREATE TABLE session(
+  token BLOB PRIMARY KEY, account INTEGER NOT NULL, client TEXT NOT NULL,
+  number INTEGER NOT NULL, last_call INTEGER NOT NULL) WITHOUT ROWID;
+CREATE INDEX session_account ON session(account);
+CREATE TABLE batch(
+  seq INTEGER PRIMARY KEY, id BLOB NOT NULL UNIQUE, account INTEGER NOT NULL,
+  text TEXT NOT NULL, type INTEGER NOT NULL, unicode INTEGER NOT NULL, parts INTEGER NOT NULL,
+  sender TEXT NOT NULL, delivery_minutes INTEGER NOT NULL, ack INTEGER NOT NULL,
+  accepted INTEGER NOT NULL DEFAULT 0, ended INTEGER NOT NULL DEFAULT 0);
+CREATE TABLE message(
+  seq INTEGER PRIMARY KEY, id BLOB NOT NULL UNIQUE, account INTEGER NOT NULL, batch INTEGER,
+  number TEXT NOT NULL, text TEXT NOT NULL, type INTEGER NOT NULL, unicode INTEGER NOT NULL,
+  parts INTEGER NOT NULL, sender TEXT NOT NULL, ack INTEGER NOT NULL,
+  accepted INTEGER NOT NULL, due INTEGER NOT NULL, charge INTEGER NOT NULL, key BLOB NOT NULL);
+CREATE TABLE submission(
+  seq INTEGER PRIMARY KEY, account INTEGER NOT NULL, key BLOB NOT NULL, request BLOB NOT NULL,
+  status INTEGER NOT NULL, reply TEXT NOT NULL, time INTEGER NOT NULL, UNIQUE(account, key));
+CREATE TABLE voucher(
+  number TEXT PRIMARY KEY, amount INTEGER NOT NULL, redeemed_by INTEGER, redeemed_at INTEGER)
+  WITHOUT ROWID;
+CREATE TABLE price(prefix TEXT PRIMARY KEY, amount INTEGER NOT NULL) WITHOUT ROWID;
+INSERT INTO price VALUES('', 800);
+CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
+)";
+
+}  // namespace
+
+void PrepareSchema(Connection& connection) {
+  auto& database = connection.database();
+  database.exec(
+      "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA wal_autocheckpoint=10000");
+  // Two processes may come here at once; the second must see what the first has made.
+  SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+  const int number = database.execAndGet("PRAGMA user_version").getInt();
+  if (number > kSchemaNumber) {
+    throw std::runtime_error(
+        fmt::format("{} was made by a newer version of this program", database.getFilename()));
+  }
+  if (number == 0) {
+    database.exec(kTables);
+    database.exec(fmt::format("PRAGMA user_version={}", kSchemaNumber));
+  }
+  transaction.commit();
+}
+
+}  // namespace orvalo::service

@@ -1,0 +1,10 @@
+#pragma once
+#include "service/connection.h"
+
+namespace orvalo::service {
+
+// Makes the tables in a new file. Throws std::runtime_error when the file was made by a newer
+// version. Sets the connection's journal and flushing, which hold for the file.
+void PrepareSchema(Connection& connection);
+
+}  // namespace orvalo::service

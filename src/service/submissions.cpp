@@ -1,0 +1,76 @@
+#include "service/submissions.h"
+
+#include <fmt/format.h>
+
+#include "service/api_reply.h"
+#include "service/secrets.h"
+
+namespace orvalo::service {
+namespace {
+
+constexpr std::int64_t kKeepSeconds = 48 * 3600;
+constexpr int kTidyEvery = 256;
+
+}  // namespace
+
+KeyedRequest KeyedRequestOf(const Call& call) {
+  return {
+      call.account, call.key,
+      Digest(fmt::format("{} {}\n{}", call.request.method, call.request.path, call.request.body))};
+}
+
+Submissions::Submissions(Database& database, const platform::Clock& clock, double drop_replies)
+    : database_(database), clock_(clock), drop_replies_(drop_replies) {}
+
+ServedReply Submissions::Once(const KeyedRequest& request,
+                              const std::function<std::optional<ServedReply>()>& admit,
+                              const std::function<ServedReply(Connection&)>& work) {
+  auto reply = database_.Read([&](Connection& connection) { return Kept(connection, request); });
+  if (!reply) {
+    if (auto away = admit()) return *away;
+    database_.Write([&](Connection& connection) {
+      reply = Kept(connection, request);  // the same request may have come twice at once
+      if (reply) return;
+      reply = work(connection);
+      Keep(connection, request, *reply);
+    });
+  }
+  reply->drop = DropsThis();
+  return *reply;
+}
+
+std::optional<ServedReply> Submissions::Kept(Connection& connection, const KeyedRequest& request) {
+  Query row(connection, "SELECT request,status,reply FROM submission WHERE account=? AND key=?",
+            request.account, Blob{request.key});
+  if (!row.Step()) return std::nullopt;
+  if (row.Text(0) != request.fingerprint) return ReplyOf(Refuse(ErrorCode::kKeyReused));
+  ServedReply reply{static_cast<int>(row.Int(1)), row.Text(2), {}, false};
+  reply.headers.emplace_back("Idempotent-Replay", "true");
+  return reply;
+}
+
+void Submissions::Keep(Connection& connection, const KeyedRequest& request,
+                       const ServedReply& reply) {
+  const auto now = clock_.Now();
+  Query(connection,
+        "INSERT INTO submission(account,key,request,status,reply,time) VALUES(?,?,?,?,?,?)",
+        request.account, Blob{request.key}, Blob{request.fingerprint}, reply.status, reply.body,
+        now)
+      .Run();
+  if (++since_tidied_ < kTidyEvery) return;
+  since_tidied_ = 0;
+  // Rows stand in the order of their time, so the old ones are found without an index.
+  Query(connection,
+        "DELETE FROM submission WHERE time<? AND seq IN "
+        "(SELECT seq FROM submission ORDER BY seq LIMIT ?)",
+        now - kKeepSeconds, 4 * kTidyEvery)
+      .Run();
+}
+
+bool Submissions::DropsThis() {
+  if (drop_replies_ <= 0) return false;
+  std::lock_guard guard(dice_mutex_);
+  return dice_() < drop_replies_ * 4294967296.0;
+}
+
+}  // namespace orvalo::service
