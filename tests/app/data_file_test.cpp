@@ -5,10 +5,8 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <limits>
 
 #include "app/data_file_format.h"
-#include "platform/code_page.h"
 #include "support/temporary_folder.h"
 
 namespace orvalo::test {
@@ -110,24 +108,6 @@ TEST_F(DataFileTest, OfOneKeyTheFirstRecordAndTheLastSettingCount) {
   }
   EXPECT_THAT(DecodeDataRecords(Slurp(path_)),
               ElementsAre(Pair("LOGIN", "second"), Pair("SIG", "first"), Pair("UNKNOWN", "x")));
-}
-
-TEST_F(DataFileTest, ReadsNumbersAndFlags) {
-  constexpr auto kLeast = std::numeric_limits<std::int32_t>::min();
-  const std::pair<const char*, std::int32_t> cases[] = {
-      {" -12 apples", -12}, {"abc", 0}, {"-99999999999999999999999", kLeast}, {"", -1}};
-  DataFile file(path_, false);
-  for (const auto& [stored, expected] : cases) {
-    file.SetString("n", stored);
-    std::int32_t number = 0;
-    EXPECT_EQ(file.GetInteger("n", &number, -1), *stored != '\0') << stored;
-    EXPECT_EQ(number, expected) << stored;
-    bool flag = false;
-    file.GetFlag("n", &flag, true);
-    EXPECT_EQ(flag, expected != 0) << stored;
-  }
-  file.SetInteger("n", kLeast);
-  EXPECT_EQ(Value(file, "n"), "-2147483648");
 }
 
 TEST_F(DataFileTest, ReadsDamagedFilesAsFarAsTheyAreSound) {
