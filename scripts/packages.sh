@@ -3,9 +3,9 @@
 # Usage: packages.sh [build|test|lint]...   (default: build)
 set -euo pipefail
 
-build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev libsqlitecpp-dev libsqlite3-dev libcurl4-openssl-dev
+build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev libsqlitecpp-dev libsqlite3-dev libcurl4-openssl-dev libicu-dev
        nlohmann-json3-dev libfmt-dev libcli11-dev libsodium-dev libcivetweb-dev civetweb)
-test=(libgtest-dev libgmock-dev libbenchmark-dev openssl)
+test=(libgtest-dev libgmock-dev libbenchmark-dev libssl-dev openssl)
 lint=(clang-format clang-tidy clang git python3)
 
 wanted=()

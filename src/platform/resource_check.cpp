@@ -114,7 +114,7 @@ class ContainerCheck {
   const char* CheckData(std::uint64_t at, bool compressed) const {
     if (!Fits(at, 4) || !Fits(at, 4 + std::uint64_t{U32(at)})) return "has damaged data";
     if (!compressed) return nullptr;
-    if (U32(at) < 4) return "has damaged data";
+    if (U32(at) < 4 || U32(at + 4) == 0) return "has damaged data";
     return U32(at + 4) > kMaxContainer ? "has an entry that is too large" : nullptr;
   }
 

@@ -3,6 +3,7 @@
 #include <civetweb.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <future>
 #include <mutex>
