@@ -11,11 +11,11 @@ class BatchTest : public ComponentTest {
  protected:
   void Start() {
     LogIn();
-    replies_ = {Json(R"({"batch": ")" + kId + "\"}")};
+    Script({Json(R"({"batch": ")" + kId + "\"}")});
     ASSERT_EQ(caller_.Call(u"StartBatch", {Caller::Text("Hello")}), "OK");
   }
   std::string SendTo(std::string_view numbers, ScriptedReply reply) {
-    replies_ = {std::move(reply)};
+    Script({std::move(reply)});
     return caller_.Call(u"QuickBatchSend", {Caller::Text(numbers)});
   }
 };
@@ -97,7 +97,7 @@ TEST_F(BatchTest, NeedsABatchThatHasStartedAndNotEnded) {
   Start();
   EXPECT_EQ(send_error(good), 0);
   // A start that fails leaves no older batch behind.
-  replies_ = {Refusal(422, 203, "Too long")};
+  Script({Refusal(422, 203, "Too long")});
   caller_.Call(u"StartBatch", {Caller::Text("Other")});
   EXPECT_EQ(caller_.Error(), 203);
   const auto asked = Requests().size();
@@ -106,10 +106,10 @@ TEST_F(BatchTest, NeedsABatchThatHasStartedAndNotEnded) {
   EXPECT_EQ(caller_.Error(), 205);
   EXPECT_EQ(Requests().size(), asked);
   Start();
-  replies_ = {Refusal(503, 503, "Not now")};
+  Script({Refusal(503, 503, "Not now")});
   caller_.Call(u"EndBatch");
   EXPECT_EQ(caller_.Error(), 503);
-  replies_ = {Json(R"({"accepted": 0})")};
+  Script({Json(R"({"accepted": 0})")});
   EXPECT_EQ(caller_.Call(u"EndBatch"), "OK: 0 accepted");
   EXPECT_EQ(send_error(good), 205);
 }

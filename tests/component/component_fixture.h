@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <mutex>
 #include <string>
+#include <utility>
 
 #include "caller.h"
 #include "component/component.h"
@@ -27,7 +29,7 @@ inline ScriptedReply Cut() {
 }
 
 // A component that talks to a scripted service: logins succeed by themselves, everything else is
-// answered from `replies`, the last of which is used again and again.
+// answered from the script, the last of which is used again and again.
 class ComponentTest : public testing::Test {
  protected:
   ComponentTest() { caller_.Call(u"SetBaseURL", {Caller::Text(server_.address())}); }
@@ -42,15 +44,31 @@ class ComponentTest : public testing::Test {
   }
   std::size_t Logins() const { return server_.requests().size() - Requests().size(); }
 
+  void Script(std::deque<ScriptedReply> replies) {
+    std::lock_guard guard(script_mutex_);
+    replies_ = std::move(replies);
+  }
+  void ScriptLogin(ScriptedReply reply) {
+    std::lock_guard guard(script_mutex_);
+    login_ = std::move(reply);
+  }
+
+  const ScriptedReply good_login_ = Json(R"({"token": ")" + kToken + "\"}");
+
+ private:
   ScriptedReply Answer(const RecordedRequest& request) {
+    std::lock_guard guard(script_mutex_);
     if (request.path == "/v1/session") return login_;
     auto reply = replies_.empty() ? Refusal(404, 102, "No reply in the script") : replies_.front();
     if (replies_.size() > 1) replies_.pop_front();
     return reply;
   }
 
-  ScriptedReply login_ = Json(R"({"token": ")" + kToken + "\"}");
+  std::mutex script_mutex_;
+  ScriptedReply login_ = good_login_;
   std::deque<ScriptedReply> replies_;
+
+ protected:
   FakeClock clock_;
   ScriptedHttpServer server_{[this](const auto& request) { return Answer(request); }};
   component::Component component_{clock_};

@@ -89,7 +89,7 @@ TEST_F(ComponentTest, AsksTheServiceAndAnswersInItsOwnWords) {
   std::string last_key;
   for (const auto& exchange : exchanges) {
     SCOPED_TRACE(platform::FromWide(exchange.member));
-    replies_ = {Json(exchange.reply)};
+    Script({Json(exchange.reply)});
     const auto asked = Requests().size();
     EXPECT_EQ(caller_.Call(exchange.member, exchange.arguments), exchange.text);
     EXPECT_EQ(caller_.Error(), 0);
@@ -111,7 +111,7 @@ TEST_F(ComponentTest, AsksTheServiceAndAnswersInItsOwnWords) {
 
 TEST_F(ComponentTest, SendsThePutProperties) {
   LogIn();
-  replies_ = {Json(R"({"id": ")" + kId + "\"}")};
+  Script({Json(R"({"id": ")" + kId + "\"}")});
   caller_.Put(u"smsCONCAT", std::int32_t{3});
   caller_.Put(u"smsMSG_TYPE", std::int32_t{1});
   caller_.Put(u"smsFROM", T("Orvalo"));
@@ -131,7 +131,7 @@ TEST_F(ComponentTest, SendsThePutProperties) {
 
 TEST_F(ComponentTest, MarksOnlyItsOwnEncodingAsEncoded) {
   LogIn();
-  replies_ = {Json(R"({"id": ")" + kId + "\"}")};
+  Script({Json(R"({"id": ")" + kId + "\"}")});
   const auto sent_as_encoded = [&](std::string_view text) {
     caller_.Send(text, "27821110001");
     return json::parse(Requests().back().body).value("encoded", false);
@@ -150,7 +150,7 @@ TEST_F(ComponentTest, MarksOnlyItsOwnEncodingAsEncoded) {
 }
 
 TEST_F(ComponentTest, TalksThroughTheProxyItIsGiven) {
-  replies_ = {Json(R"({"ok": true})"), Json("<html>", 407)};
+  Script({Json(R"({"ok": true})"), Json("<html>", 407)});
   const auto configure = [&](std::int16_t test, std::int32_t type, std::string_view host,
                              std::string_view port) {
     caller_.Call(u"ConfigureProxyEx", {F(test), type, T(host), T(port), T("user"), T("secret")});

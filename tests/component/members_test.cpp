@@ -125,7 +125,7 @@ TEST_F(ComponentTest, KeepsWhatIsPutUntilItIsPutAgain) {
 
 TEST_F(ComponentTest, TellsEachThreadTheErrorOfItsOwnLastCall) {
   LogIn();
-  replies_ = {Refusal(402, 202, "Not enough credit")};
+  Script({Refusal(402, 202, "Not enough credit")});
   caller_.Send("Hello", "27821110001");
   std::thread other([&] {
     EXPECT_EQ(caller_.Error(), 0);
@@ -144,7 +144,7 @@ TEST_F(ComponentTest, WorksForOneThreadWhileAnotherWaitsForTheService) {
   gate.lock();
   ScriptedReply slow = Json(R"({"id": ")" + kId + "\"}");
   slow.wait = [&] { std::lock_guard wait(gate); };
-  replies_ = {slow, Json(R"({"balance": "87.2"})")};
+  Script({slow, Json(R"({"balance": "87.2"})")});
   std::thread worker([&] { EXPECT_EQ(caller_.Send("Hello", "27821110001"), "ID: " + kId); });
   while (Requests().empty()) std::this_thread::yield();
   caller_.Put(u"smsFROM", Caller::Text("Other"));

@@ -54,7 +54,7 @@ TEST_F(ComponentTest, UnderstandsNoReplyButAProperOne) {
       {"a reply that breaks off", Raw("HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{"), 99},
   };
   for (const auto& [what, reply, error] : replies) {
-    replies_ = {reply};
+    Script({reply});
     const auto text = caller_.Call(u"QueryBalance");
     EXPECT_EQ(caller_.Error(), error) << what << ": " << text;
     EXPECT_EQ(text.substr(0, 5) == "ERR: ", error != 0) << what << ": " << text;
@@ -64,7 +64,7 @@ TEST_F(ComponentTest, UnderstandsNoReplyButAProperOne) {
 TEST_F(ComponentTest, BelievesNoIdStatusChargeOrTokenUnseen) {
   LogIn();
   const auto query = [&](const std::string& reply) {
-    replies_ = {Json(reply)};
+    Script({Json(reply)});
     caller_.Call(u"GetMsgCharge", {Caller::Flag(1), Caller::Text(kId)});
     return caller_.Error();
   };
@@ -75,7 +75,7 @@ TEST_F(ComponentTest, BelievesNoIdStatusChargeOrTokenUnseen) {
   EXPECT_EQ(query(R"({"status": 4})"), 98);
   for (const auto* id :
        {"", "12", "0123456789abcdef0123456789abcdeg", "../../../v1/vouchers/0000"}) {
-    replies_ = {Json(R"({"id": ")" + std::string(id) + "\"}")};
+    Script({Json(R"({"id": ")" + std::string(id) + "\"}")});
     caller_.Send("Hello", "27821110001");
     EXPECT_EQ(caller_.Error(), 98) << id;
     const auto asked = Requests().size();
@@ -83,7 +83,7 @@ TEST_F(ComponentTest, BelievesNoIdStatusChargeOrTokenUnseen) {
     EXPECT_EQ(caller_.Error(), 205) << id;
     EXPECT_EQ(Requests().size(), asked);
   }
-  login_ = Json(R"({"token": "x\r\nX-Injected: yes"})");
+  ScriptLogin(Json(R"({"token": "x\r\nX-Injected: yes"})"));
   caller_.LogIn();
   EXPECT_EQ(caller_.Error(), 98);
 }
@@ -109,7 +109,8 @@ TEST_F(ComponentTest, SubmitsAtMostOnceWhateverGetsLost) {
   };
   const Case cases[] = {{0, 0, 0, 1, 1}, {1, 0, 0, 2, 1},   {2, 0, 0, 3, 1}, {3, 0, 99, 3, 1},
                         {0, 4, 0, 5, 1}, {0, 5, 503, 5, 0}, {2, 4, 0, 7, 1}};
-  const std::string closing_login = "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + login_.body;
+  const std::string closing_login =
+      "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + good_login_.body;
   for (const auto& [lost, refused, error, requests, messages] : cases) {
     Ledger ledger{{}, lost, refused};
     ScriptedHttpServer service([&](const RecordedRequest& request) {
@@ -123,8 +124,8 @@ TEST_F(ComponentTest, SubmitsAtMostOnceWhateverGetsLost) {
     caller.LogIn();
     caller.Send("Hello", "27821110001");
     EXPECT_EQ(caller.Error(), error);
-    EXPECT_EQ(ledger.keys.size(), messages);
     const auto seen = service.requests();
+    EXPECT_EQ(ledger.keys.size(), messages);
     ASSERT_EQ(seen.size(), 1 + requests) << lost << " lost, " << refused << " refused";
     EXPECT_EQ(seen.front().path, "/v1/session");
     for (std::size_t i = 2; i < seen.size(); ++i) {
@@ -135,7 +136,7 @@ TEST_F(ComponentTest, SubmitsAtMostOnceWhateverGetsLost) {
 }
 
 TEST_F(ComponentTest, RepeatsNoRequestThatWouldDoSomethingTwice) {
-  replies_ = {Cut()};
+  Script({Cut()});
   caller_.Call(u"RecoverPassword", {Caller::Text("demo"), Caller::Text("demo@example.org")});
   EXPECT_EQ(caller_.Error(), 99);
   EXPECT_EQ(Requests().size(), 1u);

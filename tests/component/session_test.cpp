@@ -32,8 +32,8 @@ TEST_F(ComponentTest, SaysWhoseSessionItIs) {
 TEST_F(ComponentTest, RenewsASessionThatHasEndedAndRepeatsTheCall) {
   LogIn();
   const std::string fresh(64, 'b');
-  login_ = Json(R"({"token": ")" + fresh + "\"}");
-  replies_ = {Refusal(401, 111, "No session"), Json(R"({"id": ")" + kId + "\"}")};
+  ScriptLogin(Json(R"({"token": ")" + fresh + "\"}"));
+  Script({Refusal(401, 111, "No session"), Json(R"({"id": ")" + kId + "\"}")});
   EXPECT_EQ(caller_.Send("Hello", "27821110001"), "ID: " + kId);
   EXPECT_EQ(caller_.Error(), 0);
   const auto requests = Requests();
@@ -45,30 +45,29 @@ TEST_F(ComponentTest, RenewsASessionThatHasEndedAndRepeatsTheCall) {
   EXPECT_EQ(caller_.Get(u"smsSESSION_ID"), Caller::Text(fresh));
 
   // Once only: a service that never is content is not asked for ever.
-  replies_ = {Refusal(401, 111, "No session")};
+  Script({Refusal(401, 111, "No session")});
   const auto logins = Logins();
   EXPECT_EQ(caller_.Call(u"Ping"), "ERR: 111, No session");
   EXPECT_EQ(Logins(), logins + 1);
   EXPECT_EQ(Requests().size(), 4u);
-  login_ = Refusal(401, 110, "Wrong password");
+  ScriptLogin(Refusal(401, 110, "Wrong password"));
   caller_.Call(u"Ping");
   EXPECT_EQ(caller_.Error(), 110);
 }
 
 TEST_F(ComponentTest, KeepsASessionThroughALoginThatOnlyGotNoAnswer) {
   const auto log_in = [&](const char* user, const ScriptedReply& reply) {
-    login_ = reply;
+    ScriptLogin(reply);
     caller_.Call(u"AuthenticateClient",
                  {Caller::Text("Orvalo"), Caller::Text(user), Caller::Text("secret")});
     return caller_.Error();
   };
-  const auto good = login_;
   LogIn();
   EXPECT_EQ(log_in("demo", Cut()), 99);
   EXPECT_EQ(caller_.Get(u"smsIsLoggedIn"), kLoggedIn);
   EXPECT_EQ(log_in("demo", Refusal(401, 110, "Wrong password")), 110);
   EXPECT_EQ(caller_.Get(u"smsIsLoggedIn"), kLoggedOut);
-  EXPECT_EQ(log_in("demo", good), 0);
+  EXPECT_EQ(log_in("demo", good_login_), 0);
   EXPECT_EQ(log_in("other", Cut()), 99);
   EXPECT_EQ(caller_.Get(u"smsIsLoggedIn"), kLoggedOut);
 }
