@@ -16,6 +16,7 @@ namespace orvalo {
 namespace {
 
 constexpr int kBusyMilliseconds = 5000;
+constexpr std::chrono::seconds kTurnPatience(10);
 constexpr Sql kBegin("BEGIN IMMEDIATE");
 constexpr Sql kCommit("COMMIT");
 
@@ -62,10 +63,25 @@ void DistrustSchema(sqlite3* handle) {
 
 }  // namespace
 
+bool WriteTurn::Take() {
+  std::unique_lock lock(mutex_);
+  if (!given_.wait_for(lock, kTurnPatience, [this] { return !taken_; })) return false;
+  taken_ = true;
+  return true;
+}
+
+void WriteTurn::Give() {
+  {
+    std::lock_guard guard(mutex_);
+    taken_ = false;
+  }
+  given_.notify_one();
+}
+
 // --- Connection
 
-Connection::Connection(const std::string& path, StoreAccess access, std::timed_mutex& write_lock)
-    : path_(path), write_lock_(write_lock) {
+Connection::Connection(const std::string& path, StoreAccess access, WriteTurn& write_turn)
+    : path_(path), write_turn_(write_turn) {
   // Looking on opens for writing as well, if it can: only so is the journal of a killed program
   // readable.
   const int flags = SQLite::OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
@@ -144,15 +160,14 @@ void Connection::Fail(int result) const {
 }
 
 void Connection::LockWriting() {
-  if (write_holds_ == 0 &&
-      !write_lock_.try_lock_for(std::chrono::milliseconds(2 * kBusyMilliseconds))) {
+  if (write_holds_ == 0 && !write_turn_.Take()) {
     throw StoreError("\"" + path_ + "\" is held by another task of this program");
   }
   ++write_holds_;
 }
 
 void Connection::UnlockWriting() {
-  if (--write_holds_ == 0) write_lock_.unlock();
+  if (--write_holds_ == 0) write_turn_.Give();
 }
 
 Connection::Statement Connection::Take(const Sql& sql) {
@@ -244,7 +259,7 @@ bool Query::IsNull(int column) const {
 struct Storage::Shared {
   std::string path;
   StoreAccess access = StoreAccess::kReadWrite;
-  std::timed_mutex write_lock;
+  WriteTurn write_turn;
   std::mutex mutex;  // guards what follows
   std::vector<std::unique_ptr<Connection>> connections;
   std::vector<Connection*> idle;  // of threads that have ended
@@ -256,7 +271,7 @@ struct Storage::Shared {
       idle.pop_back();
       return connection;
     }
-    connections.push_back(std::make_unique<Connection>(path, access, write_lock));
+    connections.push_back(std::make_unique<Connection>(path, access, write_turn));
     return connections.back().get();
   }
   void TakeBack(Connection* connection) {

@@ -1,4 +1,5 @@
 #pragma once
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -26,11 +27,24 @@ struct Sql {
 
 enum class StoreAccess { kReadWrite, kReadOnly };
 
+// The writers of one process take turns here, so that none of them polls for SQLite's lock. A
+// mutex but for the patience. Any thread.
+class WriteTurn {
+ public:
+  bool Take();  // false when the turn has not come within ten seconds
+  void Give();
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable given_;
+  bool taken_ = false;
+};
+
 // One thread's connection to the file, its prepared statements and its transaction. Made by
 // Storage; used by one thread at a time. Every failure of SQLite is thrown as StoreError.
 class Connection {
  public:
-  Connection(const std::string& path, StoreAccess access, std::timed_mutex& write_lock);
+  Connection(const std::string& path, StoreAccess access, WriteTurn& write_turn);
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -48,8 +62,8 @@ class Connection {
   sqlite3* handle() const { return handle_; }
   [[noreturn]] void Fail(int result) const;
 
-  // Writers of one process queue up here, so that none of them polls for SQLite's lock. Held from a
-  // thread's first write to the end of its statement or transaction; re-entrant.
+  // The turn to write is held from a thread's first write to the end of its statement or
+  // transaction; re-entrant.
   void LockWriting();
   void UnlockWriting();
 
@@ -65,7 +79,7 @@ class Connection {
   void RollBack();
 
   std::string path_;
-  std::timed_mutex& write_lock_;
+  WriteTurn& write_turn_;
   std::unique_ptr<SQLite::Database> database_;
   sqlite3* handle_ = nullptr;
   std::unordered_map<const char*, Statement> kept_;
