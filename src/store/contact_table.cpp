@@ -1,4 +1,5 @@
 #include "platform/code_page.h"
+#include "store/id_counters.h"
 #include "store/sms_database.h"
 #include "store/storage.h"
 
@@ -66,7 +67,7 @@ std::int32_t SmsDatabase::AddContact(const ContactRecord& contact) {
   Connection* connection = Here();
   if (connection == nullptr) return -1;
   Transaction transaction(*this);
-  const std::int32_t cid = NextContactId();
+  const std::int32_t cid = NextId(*connection, kContactIds);
   const ContactTexts texts(contact);
   Run(*connection, kInsertContact, cid, texts.name, texts.surname, texts.title, texts.custom,
       texts.mobile);
@@ -93,6 +94,7 @@ void SmsDatabase::DeleteContact(std::int32_t cid, bool all, std::int32_t gid) {
   if (connection == nullptr) return;
   Transaction transaction(*this);
   if (Query(*connection, kContactExists, cid).Step()) {
+    CatchUp(*connection, kContactIds);
     if (all) {
       Run(*connection, kDeleteContact, cid);
       Run(*connection, kLeaveAllGroups, cid);

@@ -1,4 +1,5 @@
 #include "platform/collation.h"
+#include "store/id_counters.h"
 #include "store/sms_database.h"
 #include "store/storage.h"
 
@@ -54,7 +55,7 @@ GroupRow SmsDatabase::AddGroup(std::string_view name) {
   Connection* connection = Here();
   if (connection == nullptr) return group;
   Transaction transaction(*this);
-  group.gid = NextGroupId();
+  group.gid = NextId(*connection, kGroupIds);
   Run(*connection, kInsertGroup, group.gid, name);
   transaction.Commit();
   return group;
@@ -95,6 +96,8 @@ void SmsDatabase::DeleteGroup(std::int32_t gid) {
   Connection* connection = Here();
   if (connection == nullptr) return;
   Transaction transaction(*this);
+  CatchUp(*connection, kContactIds);
+  CatchUp(*connection, kGroupIds);
   Run(*connection, kDeleteLoneContacts, gid);
   Run(*connection, kDeleteMembers, gid);
   Run(*connection, kDeleteGroup, gid);

@@ -1,5 +1,6 @@
 #include "store/message_rows.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
@@ -15,7 +16,6 @@ constexpr int kDisplayedRecipients = 3;
 constexpr Sql kSelectMessage(
     "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
     "Delay, QueryTime, StatQryTm, Charge FROM SMS WHERE ID = ?");
-constexpr Sql kTakeMessageIds("UPDATE NextSMSID SET ID = ID + ?1 RETURNING ID - ?1");
 constexpr Sql kSelectContactNames("SELECT Name, Surname FROM CONTACTS WHERE CID = ?");
 
 // The number at the front of a text; 0 (no contact's id) when there is none or it is too large.
@@ -68,19 +68,16 @@ void ReadMessage(const Query& query, MessageRow& row) {
   row.charge = query.Text(14);
 }
 
+std::int32_t TimeForRow(const platform::Clock& clock) {
+  return static_cast<std::int32_t>(
+      std::clamp<std::int64_t>(clock.Now(), 0, std::numeric_limits<std::int32_t>::max()));
+}
+
 bool FindMessage(Connection& connection, std::int32_t id, MessageRow& row) {
   Query query(connection, kSelectMessage, id);
   if (!query.Step()) return false;
   ReadMessage(query, row);
   return true;
-}
-
-std::int32_t TakeMessageIds(Connection& connection, std::int64_t count) {
-  Query query(connection, kTakeMessageIds, count);
-  query.Step();
-  const std::int32_t first = query.Int(0);
-  query.Execute();
-  return first;
 }
 
 std::string DisplayTextOf(Connection& connection, std::string_view to) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/clock.h"
 #include "store/records.h"
 #include "store/storage.h"
 
@@ -20,10 +21,9 @@ void InsertMessage(Query& insert, const MessageRow& row);
 // Fills `row` (whose texts keep their room) from a query that gives the columns in that order.
 void ReadMessage(const Query& query, MessageRow& row);
 
-bool FindMessage(Connection& connection, std::int32_t id, MessageRow& row);
+std::int32_t TimeForRow(const platform::Clock& clock);  // now, clipped to the column
 
-// Takes `count` message ids; the first. Within a transaction, so that none is lost.
-std::int32_t TakeMessageIds(Connection& connection, std::int64_t count);
+bool FindMessage(Connection& connection, std::int32_t id, MessageRow& row);
 
 // See SmsDatabase::RecipientDisplayText.
 std::string DisplayTextOf(Connection& connection, std::string_view to);

@@ -1,7 +1,5 @@
 // What the send engine selects and stores.
-#include <algorithm>
-#include <limits>
-
+#include "store/id_counters.h"
 #include "store/message_rows.h"
 #include "store/sms_database.h"
 #include "store/storage.h"
@@ -47,6 +45,25 @@ bool InUnfinishedIndex(SmsStatus status) {
       return true;
     default:
       return false;
+  }
+}
+
+// Adds copies of `row`, with ids from `first` on.
+void InsertChildren(Connection& connection, MessageRow row, std::int32_t first,
+                    std::span<const SmsDatabase::ChildSms> children) {
+  const bool own_reference = row.ref_id == 0;
+  Query insert(connection, kInsertMessage);
+  row.id = first;
+  for (const SmsDatabase::ChildSms& child : children) {
+    if (own_reference) row.ref_id = row.id;
+    row.stat = static_cast<std::int32_t>(child.status);
+    row.to = child.recipient;
+    row.to_info = DisplayTextOf(connection, child.recipient);
+    row.api_msg_id = child.api_msg_id;
+    row.query_time = child.query_time;
+    row.stat_qry_tm = child.stat_qry_tm;
+    InsertMessage(insert, row);
+    ++row.id;
   }
 }
 
@@ -111,39 +128,21 @@ bool SmsDatabase::AddChildren(std::int32_t id, std::span<const ChildSms> childre
   if (connection == nullptr) return false;
   Transaction transaction(*this);
   MessageRow row;
-  if (!FindMessage(*connection, id, row)) {
-    transaction.Commit();
-    return false;
-  }
-  const auto first = children.empty()
-                         ? 0
-                         : TakeMessageIds(*connection, static_cast<std::int64_t>(children.size()));
-  const bool own_reference = row.ref_id == 0;
-  row.id = first;
-  row.time = static_cast<std::int32_t>(
-      std::clamp<std::int64_t>(clock_.Now(), 0, std::numeric_limits<std::int32_t>::max()));
-  row.saved_stat = 0;
-  if (!children.empty()) {
-    Query insert(*connection, kInsertMessage);
-    for (const ChildSms& child : children) {
-      if (own_reference) row.ref_id = row.id;
-      row.stat = static_cast<std::int32_t>(child.status);
-      row.to = child.recipient;
-      row.to_info = DisplayTextOf(*connection, child.recipient);
-      row.api_msg_id = child.api_msg_id;
-      row.query_time = child.query_time;
-      row.stat_qry_tm = child.stat_qry_tm;
-      InsertMessage(insert, row);
-      ++row.id;
-    }
+  const bool found = FindMessage(*connection, id, row);
+  const std::int32_t first = NextId(*connection, kMessageIds);
+  if (found) {
+    row.time = TimeForRow(clock_);
+    row.saved_stat = 0;
+    InsertChildren(*connection, row, first, children);
   }
   transaction.Commit();
-  if (LogEnabled()) {
+  if (found && LogEnabled()) {
     row.id = first;
-    for (const ChildSms& child : children)
+    for (const ChildSms& child : children) {
       LogAdded(row.id++, std::string(child.recipient), row.msg);
+    }
   }
-  return true;
+  return found;
 }
 
 }  // namespace orvalo

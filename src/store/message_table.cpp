@@ -1,7 +1,5 @@
-#include <algorithm>
-#include <limits>
-
 #include "app/log_file.h"
+#include "store/id_counters.h"
 #include "store/message_rows.h"
 #include "store/sms_database.h"
 #include "store/storage.h"
@@ -32,11 +30,6 @@ std::int32_t CountRows(Connection* connection, const Sql& sql) {
   return query.Step() ? query.Int(0) : 0;
 }
 
-std::int32_t TimeOf(const platform::Clock& clock) {
-  return static_cast<std::int32_t>(
-      std::clamp<std::int64_t>(clock.Now(), 0, std::numeric_limits<std::int32_t>::max()));
-}
-
 NewSms CopyOf(MessageRow&& row, SmsStatus status) {
   NewSms copy;
   copy.status = status;
@@ -63,9 +56,9 @@ std::int32_t SmsDatabase::AddSms(const NewSms& sms) {
   MessageRow row;
   {
     Transaction transaction(*this);
-    row.id = TakeMessageIds(*connection, 1);
+    row.id = NextId(*connection, kMessageIds);
     row.ref_id = sms.ref_id != 0 ? sms.ref_id : row.id;
-    row.time = sms.time != 0 ? sms.time : TimeOf(clock_);
+    row.time = sms.time != 0 ? sms.time : TimeForRow(clock_);
     row.stat = static_cast<std::int32_t>(sms.status);
     const std::string to_info = DisplayTextOf(*connection, sms.to);
     Run(*connection, kInsertMessage, row.id, row.time, row.stat, sms.type, row.ref_id, sms.to,
@@ -123,7 +116,12 @@ std::int32_t SmsDatabase::CopySmsTo(std::int32_t id, SmsStatus status, std::stri
 }
 
 void SmsDatabase::DeleteSms(std::int32_t id) {
-  if (Connection* connection = Here()) Run(*connection, kDeleteMessage, id);
+  Connection* connection = Here();
+  if (connection == nullptr) return;
+  Transaction transaction(*this);
+  CatchUp(*connection, kMessageIds);
+  Run(*connection, kDeleteMessage, id);
+  transaction.Commit();
 }
 
 std::int32_t SmsDatabase::CountWaitingSms() { return CountRows(Here(), kCountWaiting); }

@@ -1,7 +1,5 @@
 #include "store/schema.h"
 
-#include <algorithm>
-#include <limits>
 #include <string>
 
 #include "store/storage.h"
@@ -52,44 +50,9 @@ constexpr Sql kTableChecks[] = {
     Sql("SELECT ID FROM NextContactID"),
 };
 
-struct CounterStatements {
-  Sql read;     // number of rows, value
-  Sql highest;  // the highest id in use
-  Sql clear;
-  Sql seed;
-};
-constexpr CounterStatements kCounters[] = {
-    {Sql("SELECT count(*), max(iif(typeof(ID) = 'integer', ID, 0)) FROM NextSMSID"),
-     Sql("SELECT max(ID) FROM SMS WHERE ID < 2147483647"), Sql("DELETE FROM NextSMSID"),
-     Sql("INSERT INTO NextSMSID(ID) VALUES(?)")},
-    {Sql("SELECT count(*), max(iif(typeof(ID) = 'integer', ID, 0)) FROM NextGroupID"),
-     Sql("SELECT max(GID) FROM \"GROUP\" WHERE GID < 2147483647"), Sql("DELETE FROM NextGroupID"),
-     Sql("INSERT INTO NextGroupID(ID) VALUES(?)")},
-    {Sql("SELECT count(*), max(iif(typeof(ID) = 'integer', ID, 0)) FROM NextContactID"),
-     Sql("SELECT max(CID) FROM CONTACTS WHERE CID < 2147483647"), Sql("DELETE FROM NextContactID"),
-     Sql("INSERT INTO NextContactID(ID) VALUES(?)")},
-};
-
 std::int64_t ReadNumber(Connection& connection, const Sql& sql) {
   Query query(connection, sql);
   return query.Step() ? query.Int64(0) : 0;
-}
-
-void SeedCounter(Connection& connection, const CounterStatements& counter) {
-  std::int64_t rows = 0;
-  std::int64_t value = 0;
-  {
-    Query query(connection, counter.read);
-    query.Step();
-    rows = query.Int64(0);
-    value = query.Int64(1);
-  }
-  const bool sound = rows == 1 && value >= 1 && value <= std::numeric_limits<std::int32_t>::max();
-  const std::int64_t above = ReadNumber(connection, counter.highest) + 1;
-  const std::int64_t next = std::max<std::int64_t>({1, sound ? value : 1, above});
-  if (sound && value == next) return;
-  Run(connection, counter.clear);
-  Run(connection, counter.seed, next);
 }
 
 }  // namespace
@@ -121,10 +84,6 @@ void PrepareSchema(Connection& connection, bool create) {
     connection.End(true);
   }
   for (const Sql& check : kTableChecks) Query(connection, check).Step();
-}
-
-void SeedCounters(Connection& connection) {
-  for (const CounterStatements& counter : kCounters) SeedCounter(connection, counter);
 }
 
 }  // namespace orvalo

@@ -13,7 +13,4 @@ inline constexpr int kApplicationId = 0x4f72766c;  // tells our file from anothe
 // refused as well when `create` is off.
 void PrepareSchema(Connection& connection, bool create);
 
-// Gives every counter its one row, with a value above every id in use; repairs what is not so.
-void SeedCounters(Connection& connection);
-
 }  // namespace orvalo

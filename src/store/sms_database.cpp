@@ -7,7 +7,7 @@
 #include "app/log_file.h"
 #include "app/texts.h"
 #include "platform/file.h"
-#include "store/message_rows.h"
+#include "store/id_counters.h"
 #include "store/schema.h"
 #include "store/storage.h"
 #include "store/store_error.h"
@@ -17,18 +17,7 @@ namespace {
 
 constexpr int kAllContactsText = 1248;
 
-constexpr Sql kTakeGroupId("UPDATE NextGroupID SET ID = ID + 1 RETURNING ID - 1");
-constexpr Sql kTakeContactId("UPDATE NextContactID SET ID = ID + 1 RETURNING ID - 1");
-constexpr Sql kPeekContactId("SELECT ID FROM NextContactID");
 constexpr Sql kAnyGroup("SELECT GID FROM \"GROUP\" LIMIT 1");
-
-std::int32_t OnlyNumber(Connection* connection, const Sql& sql) {
-  if (connection == nullptr) return -1;
-  Query query(*connection, sql);
-  const std::int32_t number = query.Step() ? query.Int(0) : -1;
-  query.Execute();
-  return number;
-}
 
 // SQLite would make the file with the user's usual mode, and its journals with the mode of the
 // file.
@@ -43,7 +32,7 @@ void CreatePrivateFile(const std::string& path) {
 
 SmsDatabase::SmsDatabase(const std::string& folder, const Texts& texts,
                          const platform::Clock& clock, bool read_only)
-    : path_(folder + "/SMS.db"), texts_(texts), clock_(clock) {
+    : path_(folder + "/SMS.db"), texts_(texts), clock_(clock), read_only_(read_only) {
   try {
     if (!read_only) CreatePrivateFile(path_);
     storage_ = std::make_unique<Storage>(
@@ -51,7 +40,9 @@ SmsDatabase::SmsDatabase(const std::string& folder, const Texts& texts,
     PrepareSchema(*Here(), !read_only);
     if (read_only) return;
     Transaction transaction(*this);
-    SeedCounters(*Here());
+    for (const IdCounter* counter : {&kMessageIds, &kGroupIds, &kContactIds}) {
+      SeedCounter(*Here(), *counter);
+    }
     if (!Query(*Here(), kAnyGroup).Step()) AddGroup(texts_.Load(kAllContactsText));
     RestoreEditedSms();
     transaction.Commit();
@@ -78,7 +69,19 @@ bool SmsDatabase::IsUsable() const {
 }
 
 void SmsDatabase::Commit() {
-  if (storage_) storage_->Checkpoint();
+  Connection* connection = Here();
+  if (connection == nullptr || read_only_ || connection->InTransaction()) return;
+  try {
+    Transaction transaction(*this);
+    for (const IdCounter* counter : {&kMessageIds, &kGroupIds, &kContactIds}) {
+      CatchUp(*connection, *counter);
+    }
+    transaction.Commit();
+  } catch (const StoreError&) {
+    storage_->Checkpoint();  // on a full disk, the journal's end is what makes room
+    throw;
+  }
+  storage_->Checkpoint();
 }
 
 bool SmsDatabase::LogEnabled() const {
@@ -86,14 +89,10 @@ bool SmsDatabase::LogEnabled() const {
   return log != nullptr && log->Enabled();
 }
 
-std::int32_t SmsDatabase::NextMessageId() {
-  Connection* connection = Here();
-  return connection == nullptr ? -1 : TakeMessageIds(*connection, 1);
-}
-
-std::int32_t SmsDatabase::NextGroupId() { return OnlyNumber(Here(), kTakeGroupId); }
-std::int32_t SmsDatabase::NextContactId() { return OnlyNumber(Here(), kTakeContactId); }
-std::int32_t SmsDatabase::PeekNextContactId() { return OnlyNumber(Here(), kPeekContactId); }
+std::int32_t SmsDatabase::NextMessageId() { return Here() ? TakeId(*Here(), kMessageIds) : -1; }
+std::int32_t SmsDatabase::NextGroupId() { return Here() ? TakeId(*Here(), kGroupIds) : -1; }
+std::int32_t SmsDatabase::NextContactId() { return Here() ? TakeId(*Here(), kContactIds) : -1; }
+std::int32_t SmsDatabase::PeekNextContactId() { return Here() ? NextId(*Here(), kContactIds) : -1; }
 
 SmsDatabase::Transaction::Transaction(SmsDatabase& database) : connection_(database.Here()) {
   if (connection_ != nullptr) connection_->Begin();

@@ -201,6 +201,7 @@ class SmsDatabase {
   std::string problem_;
   const Texts& texts_;
   const platform::Clock& clock_;
+  const bool read_only_;
   bool LogEnabled() const;
   void LogAdded(std::int32_t id, const std::string& to, const std::string& msg);
 
