@@ -5,6 +5,8 @@ target_include_directories(orvalo_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(orvalo_flags INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII)
 target_compile_options(orvalo_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
                        -Woverloaded-virtual -Wimplicit-fallthrough -Wformat=2
+                       # g++ 12 sees uninitialised members in empty optionals when it optimises.
+                       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
                        $<$<BOOL:${ORVALO_WERROR}>:-Werror>)
 if(ORVALO_SANITIZE)
   target_compile_options(orvalo_flags INTERFACE -fsanitize=${ORVALO_SANITIZE} -fno-omit-frame-pointer
