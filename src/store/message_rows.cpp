@@ -93,7 +93,10 @@ std::string DisplayTextOf(Connection& connection, std::string_view to) {
     AppendRecipient(connection, to.substr(0, end), text);
     to.remove_prefix(end == std::string_view::npos ? to.size() : end + 1);
   }
-  return std::string(platform::FirstCharacters(text, kDisplayTextWidth));
+  if (text.size() > kDisplayTextWidth) {
+    text.resize(platform::FirstCharacters(text, kDisplayTextWidth).size());
+  }
+  return text;
 }
 
 }  // namespace orvalo

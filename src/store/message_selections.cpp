@@ -136,7 +136,7 @@ bool SmsDatabase::AddChildren(std::int32_t id, std::span<const ChildSms> childre
     InsertChildren(*connection, row, first, children);
   }
   transaction.Commit();
-  if (found && LogEnabled()) {
+  if (found && EnabledLog() != nullptr) {
     row.id = first;
     for (const ChildSms& child : children) {
       LogAdded(row.id++, std::string(child.recipient), row.msg);

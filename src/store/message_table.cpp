@@ -46,8 +46,9 @@ NewSms CopyOf(MessageRow&& row, SmsStatus status) {
 }  // namespace
 
 void SmsDatabase::LogAdded(std::int32_t id, const std::string& to, const std::string& msg) {
-  if (!LogEnabled()) return;
-  log_.load()->Write("Added SMS: SMS_ID (%d) Mobile:%s Msg:%s\n", id, to.c_str(), msg.c_str());
+  if (Log* log = EnabledLog()) {
+    log->Write("Added SMS: SMS_ID (%d) Mobile:%s Msg:%s\n", id, to.c_str(), msg.c_str());
+  }
 }
 
 std::int32_t SmsDatabase::AddSms(const NewSms& sms) {
@@ -72,9 +73,9 @@ std::int32_t SmsDatabase::AddSms(const NewSms& sms) {
 bool SmsDatabase::SetSmsStatus(std::int32_t id, SmsStatus status) {
   Connection* connection = Here();
   if (connection != nullptr && Run(*connection, kSetStatus, id, status) > 0) return true;
-  if (LogEnabled()) {
-    log_.load()->Write("FAILED:Can't change SMS status SMS_ID (%d) Status:%d", id,
-                       static_cast<int>(status));
+  if (Log* log = EnabledLog()) {
+    log->Write("FAILED:Can't change SMS status SMS_ID (%d) Status:%d", id,
+               static_cast<int>(status));
   }
   return false;
 }
@@ -89,9 +90,9 @@ void SmsDatabase::UpdateEditedSms(std::int32_t id, std::int32_t type, std::strin
   if (connection == nullptr) return;
   const std::string to_info = DisplayTextOf(*connection, to);
   if (Run(*connection, kUpdateEdited, id, type, to, to_info, msg) == 0) return;
-  if (LogEnabled()) {
-    log_.load()->Write("Updated SMS: SMS_ID (%d) Mobile:%s Msg:%s", id, std::string(to).c_str(),
-                       std::string(msg).c_str());
+  if (Log* log = EnabledLog()) {
+    log->Write("Updated SMS: SMS_ID (%d) Mobile:%s Msg:%s", id, std::string(to).c_str(),
+               std::string(msg).c_str());
   }
 }
 

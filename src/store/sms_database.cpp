@@ -84,9 +84,9 @@ void SmsDatabase::Commit() {
   storage_->Checkpoint();
 }
 
-bool SmsDatabase::LogEnabled() const {
-  const Log* log = log_;
-  return log != nullptr && log->Enabled();
+Log* SmsDatabase::EnabledLog() const {
+  Log* log = log_;
+  return log != nullptr && log->Enabled() ? log : nullptr;
 }
 
 std::int32_t SmsDatabase::NextMessageId() { return Here() ? TakeId(*Here(), kMessageIds) : -1; }

@@ -98,7 +98,7 @@ class SmsDatabase {
   std::int32_t CopySmsTo(std::int32_t id, SmsStatus status, std::string_view recipient);
   void DeleteSms(std::int32_t id);
   std::int32_t CountWaitingSms();  // rows Pending, Scheduled or Delay Scheduled
-  std::int32_t CountSms();
+  std::int32_t CountSms();         // walks the table
 
   std::optional<MessageRow> GetSms(std::int32_t id);
   std::vector<MessageRow> AllSms();  // in order of id
@@ -202,7 +202,7 @@ class SmsDatabase {
   const Texts& texts_;
   const platform::Clock& clock_;
   const bool read_only_;
-  bool LogEnabled() const;
+  Log* EnabledLog() const;  // null when nothing is to be logged
   void LogAdded(std::int32_t id, const std::string& to, const std::string& msg);
 
   std::atomic<Log*> log_ = nullptr;

@@ -12,56 +12,32 @@ using testing::IsEmpty;
 
 class MessageTest : public StoreTest {};
 
-TEST_F(MessageTest, AnAddedMessageIsReadBackWhole) {
-  const NewSms sms{SmsStatus::kScheduled, 123, 2, 77, ",A9,+27821", "Grüße\0x", "Shop", -5, "1.5"};
-  const auto id = db().AddSms(sms);
-  clock_.Advance(5000);
-  const auto plain = Add("+2782");
-
-  const auto row = db().GetSms(id).value();
-  EXPECT_EQ(row.time, 123);
-  EXPECT_EQ(row.stat, 4);
-  EXPECT_EQ(row.type, 2);
-  EXPECT_EQ(row.ref_id, 77);
-  EXPECT_EQ(row.to, ",A9,+27821");
-  EXPECT_EQ(row.to_info, ",+27821");  // no contact 9
-  EXPECT_EQ(row.msg, sms.msg);
-  EXPECT_EQ(row.sender_id, "Shop");
-  EXPECT_EQ(row.delay, -5);
-  EXPECT_EQ(row.charge, "1.5");
-  EXPECT_EQ(row.api_msg_id, "");
-  EXPECT_EQ(row.saved_stat + row.query_time + row.stat_qry_tm, 0);
-
-  EXPECT_EQ(db().GetSms(plain)->time, 1'000'000'005);  // 0 stands for now
-  EXPECT_EQ(db().GetSms(plain)->ref_id, plain);        // 0 stands for itself
+TEST_F(MessageTest, AddedMessagesAndTheirCopies) {
+  const auto ann = "A" + std::to_string(AddPerson("Ann"));
+  db().AddSms({SmsStatus::kScheduled, 123, 2, 77, ",A9,+27821", "Grüße", "Shop", -5, "1.5"});
+  EXPECT_EQ(LineOf(1), "1|123|4|2|77|,A9,+27821|,+27821|Grüße||0|Shop|-5|0|0|1.5");
+  const auto id = db().AddSms({SmsStatus::kPending, 0, 1, 0, ",+1,+2", "text", "Me", 9, "?"});
+  EXPECT_EQ(LineOf(id), "2|1000000000|0|1|2|,+1,+2|+1,+2|text||0|Me|9|0|0|?");
   EXPECT_EQ(db().GetSms(99), std::nullopt);
-}
 
-TEST_F(MessageTest, CopiesKeepTheReferenceAndTakeTheTime) {
-  NewSms sms{SmsStatus::kUnknown, 5, 1, 0, ",A1,+1", "text", "Me", 60, "2"};
-  const auto id = db().AddSms(sms);
-  db().SetSent(id, SmsStatus::kDelivered, ",ID: x", 60, 90);
-  const auto same = db().GetSms(db().DuplicateSms(id, std::nullopt)).value();
-  const auto other = db().GetSms(db().DuplicateSms(same.id, SmsStatus::kFailed)).value();
-  const auto single = db().GetSms(db().CopySmsTo(id, SmsStatus::kPending, "+49")).value();
-  EXPECT_EQ(same.stat, 9);
-  EXPECT_EQ(other.stat, 2);
-  EXPECT_EQ(single.stat, 0);
-  EXPECT_EQ(same.to, ",A1,+1");
-  EXPECT_EQ(single.to, "+49");
-  EXPECT_EQ(single.to_info, "+49");
-  for (const MessageRow& copy : {same, other, single}) {
-    EXPECT_EQ(copy.ref_id, id);
-    EXPECT_EQ(copy.time, 1'000'000'000);
-    EXPECT_EQ(copy.msg + copy.sender_id + copy.charge, "textMe2");
-    EXPECT_EQ(copy.type, 1);
-    EXPECT_EQ(copy.delay, 60);
-    EXPECT_EQ(copy.api_msg_id, "");
-    EXPECT_EQ(copy.query_time + copy.stat_qry_tm, 0);
-  }
-  EXPECT_EQ(db().DuplicateSms(99, std::nullopt), -1);
-  EXPECT_EQ(db().CopySmsTo(99, SmsStatus::kPending, "+1"), -1);
-  EXPECT_EQ(db().CountSms(), 4);
+  clock_.Advance(5000);
+  EXPECT_TRUE(db().SetSent(id, SmsStatus::kDelivered, ",ID: x", 60, 90));
+  EXPECT_EQ(LineOf(id), "2|1000000000|9|1|2|,+1,+2|+1,+2|text|,ID: x|0|Me|9|60|90|?");
+  // A copy is new, unsent, and keeps the reference.
+  const auto same = db().DuplicateSms(id, std::nullopt);
+  EXPECT_EQ(LineOf(same), "3|1000000005|9|1|2|,+1,+2|+1,+2|text||0|Me|9|0|0|?");
+  const auto other = db().DuplicateSms(same, SmsStatus::kFailed);
+  EXPECT_EQ(LineOf(other), "4|1000000005|2|1|2|,+1,+2|+1,+2|text||0|Me|9|0|0|?");
+  const auto single = db().CopySmsTo(id, SmsStatus::kPending, ann);
+  EXPECT_EQ(LineOf(single), "5|1000000005|0|1|2|A1|Ann Doe|text||0|Me|9|0|0|?");
+  const std::vector<SmsDatabase::ChildSms> children = {
+      {SmsStatus::kUnknown, ann, ",ID: a", 60, 1060}, {SmsStatus::kFailed, "+2", "", 0, 0}};
+  EXPECT_TRUE(db().AddChildren(id, children));
+  EXPECT_TRUE(db().AddChildren(id, {}));
+  EXPECT_EQ(LineOf(6), "6|1000000005|11|1|2|A1|Ann Doe|text|,ID: a|0|Me|9|60|1060|?");
+  EXPECT_EQ(LineOf(7), "7|1000000005|2|1|2|+2|+2|text||0|Me|9|0|0|?");
+  EXPECT_EQ(Add("+1"), 8);
+  EXPECT_EQ(db().CountSms(), 8);
 }
 
 TEST_F(MessageTest, EditingLeavesForTheStatusThatTheSavedOneAsksFor) {
@@ -71,13 +47,12 @@ TEST_F(MessageTest, EditingLeavesForTheStatusThatTheSavedOneAsksFor) {
     const auto id = Add("+1", static_cast<SmsStatus>(saved));
     db().BeginEditSms(id);
     db().BeginEditSms(id);  // once more does not forget the status
-    EXPECT_EQ(StatusOf(id), SmsStatus::kEditing);
-    EXPECT_EQ(db().GetSms(id)->saved_stat, saved);
+    const auto number = std::to_string(id);
+    EXPECT_EQ(LineOf(id), number + "|1000000000|5|0|" + number + "|+1|+1|Hello||" +
+                              std::to_string(saved) + "||0|0|0|");
     db().UpdateEditedSms(id, 1, ",+2,+3", "new");
-    const auto row = db().GetSms(id).value();
-    EXPECT_EQ(row.stat, expected);
-    EXPECT_EQ(row.type, 1);
-    EXPECT_EQ(row.to + row.to_info + row.msg, ",+2,+3+2,+3new");
+    EXPECT_EQ(LineOf(id), number + "|1000000000|" + std::to_string(expected) + "|1|" + number +
+                              "|,+2,+3|+2,+3|new||" + std::to_string(saved) + "||0|0|0|");
   }
   const auto left = Add("+1", SmsStatus::kSent);
   const auto untouched = Add("+1", SmsStatus::kScheduledOnServer);
@@ -99,6 +74,8 @@ TEST_F(MessageTest, MissingRowsAreToldAndChangeNothing) {
   EXPECT_FALSE(db().SetApiMsgId(id, "x"));
   EXPECT_FALSE(db().SetStatusAndCharge(id, SmsStatus::kSent, "1"));
   EXPECT_FALSE(db().SetStatusAndCharge(id, std::nullopt, "1"));
+  EXPECT_EQ(db().DuplicateSms(id, std::nullopt), -1);
+  EXPECT_EQ(db().CopySmsTo(id, SmsStatus::kPending, "+1"), -1);
   const SmsDatabase::ChildSms child{SmsStatus::kPending, "+1", "", 0, 0};
   EXPECT_FALSE(db().AddChildren(id, {&child, 1}));
   EXPECT_EQ(db().CountSms(), 0);
@@ -202,32 +179,6 @@ TEST_F(MessageTest, SelectionsOfTheSendEngine) {
   db().SetStatusAndCharge(pending2, SmsStatus::kDelivered, "1");
   db().SetApiMsgId(pending2, "");
   EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kDelivered, -1, 99)), "7/60 ");
-}
-
-TEST_F(MessageTest, ChildrenAreCopiesWithConsecutiveIds) {
-  const auto ann = "A" + std::to_string(AddPerson("Ann"));
-  const auto parent = db().AddSms({SmsStatus::kExpanded, 5, 1, 0, ",+1,+2", "text", "Me", 9, "?"});
-  db().SetSent(parent, SmsStatus::kExpanded, ",ID: p", 60, 60);
-  const std::vector<SmsDatabase::ChildSms> children = {
-      {SmsStatus::kUnknown, ann, ",ID: a", 60, 1060}, {SmsStatus::kFailed, "+2", "", 0, 0}};
-  ASSERT_TRUE(db().AddChildren(parent, children));
-  ASSERT_TRUE(db().AddChildren(parent, {}));
-  const auto first = db().GetSms(parent + 1).value();
-  const auto second = db().GetSms(parent + 2).value();
-  EXPECT_EQ(first.to_info + first.api_msg_id, "Ann Doe,ID: a");
-  EXPECT_EQ(first.stat, 11);
-  EXPECT_EQ(first.query_time, 60);
-  EXPECT_EQ(first.stat_qry_tm, 1060);
-  EXPECT_EQ(second.to + second.api_msg_id, "+2");
-  EXPECT_EQ(second.stat, 2);
-  EXPECT_EQ(second.query_time + second.stat_qry_tm, 0);
-  for (const auto& child : {first, second}) {
-    EXPECT_EQ(child.ref_id, parent);
-    EXPECT_EQ(child.time, 1'000'000'000);
-    EXPECT_EQ(child.msg + child.sender_id + child.charge, "textMe?");
-    EXPECT_EQ(child.type * 10 + child.delay, 19);
-  }
-  EXPECT_EQ(Add("+1"), parent + 3);
 }
 
 TEST(StatusAndTypeNames, AreBuiltInAndTakenFromTheTexts) {

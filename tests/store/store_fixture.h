@@ -27,6 +27,20 @@ class RecordingLog : public Log {
   }
 };
 
+// All columns of a row, in their order.
+inline std::string Line(const MessageRow& row) {
+  std::string line;
+  for (const auto number : {row.id, row.time, row.stat, row.type, row.ref_id}) {
+    line += std::to_string(number) + "|";
+  }
+  line += row.to + "|" + row.to_info + "|" + row.msg + "|" + row.api_msg_id + "|" +
+          std::to_string(row.saved_stat) + "|" + row.sender_id + "|";
+  for (const auto number : {row.delay, row.query_time, row.stat_qry_tm}) {
+    line += std::to_string(number) + "|";
+  }
+  return line + row.charge;
+}
+
 // A database in a folder of its own, which can be closed and opened again.
 class StoreTest : public testing::Test {
  protected:
@@ -46,6 +60,7 @@ class StoreTest : public testing::Test {
     sms.status = status;
     return database_->AddSms(sms);
   }
+  std::string LineOf(std::int32_t id) { return Line(database_->GetSms(id).value()); }
   SmsStatus StatusOf(std::int32_t id) {
     const auto row = database_->GetSms(id);
     return static_cast<SmsStatus>(row ? row->stat : -1);
