@@ -96,7 +96,7 @@ Outcome GatewayProtocol::LogIn(const Credentials& credentials) {
   auto outcome = AskForToken(base, credentials);
   if (outcome.ok()) {
     session_.Begin(base, credentials, outcome.reply["token"].get<std::string>());
-  } else if (outcome.error >= kMalformed) {  // a refusal by the service itself
+  } else if (outcome.error >= kMalformed && !IsLoadRefusal(outcome.error)) {
     session_.End();
   }
   return outcome;

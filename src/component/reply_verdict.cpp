@@ -43,18 +43,16 @@ Verdict JudgeFailure(const platform::HttpReply& reply) {
           kNo};
 }
 
-Verdict::Again AgainAfter(int code) {
-  const bool load =
-      code == kTooManyRequests || code == kServiceFailed || code == kNetworkUnavailable;
-  return load ? Verdict::Again::kLoad : Verdict::Again::kNo;
-}
-
 }  // namespace
 
 Outcome Failed(int error, std::string message) { return {error, std::move(message), nullptr}; }
 
 Outcome NotUnderstood() {
   return Failed(kNotUnderstood, "The reply of the service cannot be understood");
+}
+
+bool IsLoadRefusal(int error) {
+  return error == kTooManyRequests || error == kServiceFailed || error == kNetworkUnavailable;
 }
 
 Verdict Judge(const platform::HttpReply& reply) {
@@ -69,7 +67,8 @@ Verdict Judge(const platform::HttpReply& reply) {
   if (error == body.end()) return {NotUnderstood()};
   const auto code = IntegerField(*error, "code", kLowestServiceCode, kHighestServiceCode);
   if (!code) return {NotUnderstood()};
-  return {Failed(*code, TextField(*error, "message").value_or("")), AgainAfter(*code)};
+  return {Failed(*code, TextField(*error, "message").value_or("")),
+          IsLoadRefusal(*code) ? Verdict::Again::kLoad : Verdict::Again::kNo};
 }
 
 }  // namespace orvalo::component

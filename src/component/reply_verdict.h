@@ -31,6 +31,9 @@ struct Verdict {
   Again again = Again::kNo;
 };
 
+// Refusals because of load, which come with nothing accepted: 113, 500 and 503.
+bool IsLoadRefusal(int error);
+
 // A pure function, any thread. A success is an object; whatever else comes with a status below 400,
 // and a refusal that is not worded as the protocol wants it, is error 98.
 Verdict Judge(const platform::HttpReply& reply);

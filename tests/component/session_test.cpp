@@ -64,6 +64,7 @@ TEST_F(ComponentTest, KeepsASessionThroughALoginThatOnlyGotNoAnswer) {
   };
   LogIn();
   EXPECT_EQ(log_in("demo", Cut()), 99);
+  EXPECT_EQ(log_in("demo", Refusal(503, 503, "Not now")), 503);
   EXPECT_EQ(caller_.Get(u"smsIsLoggedIn"), kLoggedIn);
   EXPECT_EQ(log_in("demo", Refusal(401, 110, "Wrong password")), 110);
   EXPECT_EQ(caller_.Get(u"smsIsLoggedIn"), kLoggedOut);

@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include "component_fixture.h"
+#include "service/demo_data.h"
+#include "service/gateway_service.h"
+#include "support/temporary_folder.h"
+
+namespace orvalo::test {
+namespace {
+
+service::ServiceOptions InFolder(const std::string& folder) {
+  service::ServiceOptions options;
+  options.folder = folder;
+  options.http.threads = 4;
+  return options;
+}
+
+// The two ends of the protocol, which know each other through its description alone.
+TEST(RealService, UnderstandsTheComponentAndIsUnderstood) {
+  TemporaryFolder folder;
+  FakeClock clock;
+  service::GatewayService gateway(InFolder(folder.path()), clock);
+  service::LayOutDemoData(gateway.accounts(), gateway.vouchers());
+  component::Component component(clock);
+  Caller caller(component);
+  const auto text = [](std::string_view bytes) { return Caller::Text(bytes); };
+  const auto call = [&](std::u16string_view name, std::vector<platform::Variant> arguments = {}) {
+    auto answer = caller.Call(name, std::move(arguments));
+    return std::to_string(caller.Error()) + " " + answer;
+  };
+  call(u"SetBaseURL", {text("http://127.0.0.1:" + std::to_string(gateway.port()))});
+  EXPECT_EQ(call(u"ConfigureProxyEx",
+                 {Caller::Flag(1), std::int32_t{1}, text(""), text(""), text(""), text("")}),
+            "0 OK");
+  EXPECT_EQ(call(u"AuthenticateClient", {text("Orvalo"), text("demo"), text("no")}).substr(0, 9),
+            "110 ERR: ");
+  EXPECT_EQ(call(u"AuthenticateClient", {text("Orvalo"), text("demo"), text("demo")}), "0 OK");
+  EXPECT_EQ(call(u"Ping"), "0 OK");
+  EXPECT_EQ(call(u"QueryBalance"), "0 1000.0");
+
+  const auto sent = caller.Send("Hello", "27821110001");
+  ASSERT_EQ(sent.substr(0, 4), "ID: ");
+  clock.Advance(10'000);
+  const auto charge = call(u"GetMsgCharge", {Caller::Flag(1), text(sent.substr(4))});
+  EXPECT_EQ(charge.substr(0, 23), "0 status: 004 charge: 0") << charge;
+  caller.Put(u"smsUNICODE", Caller::Flag(-1));
+  EXPECT_EQ(caller.Send(caller.Call(u"EncodeToUnicode", {text("Grüße")}), "27821110001").size(),
+            36u);
+  EXPECT_EQ(caller.Send("00ZZ", "27821110001").size(), 36u);
+
+  EXPECT_EQ(call(u"StartBatch", {text("Hello")}), "0 OK");
+  const auto lines = call(u"QuickBatchSend", {text("27821110002,27821119900")});
+  EXPECT_EQ(lines.substr(0, 6), "0 ID: ");
+  EXPECT_NE(lines.find(" To: 27821110002\nERR: 208, "), lines.npos) << lines;
+  EXPECT_EQ(call(u"EndBatch"), "0 OK: 1 accepted");
+  EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}), "0 OK: 50.0");
+  EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}).substr(0, 9), "607 ERR: ");
+  EXPECT_EQ(call(u"RecoverPassword", {text("demo"), text("demo@example.org")}), "0 OK");
+  EXPECT_EQ(call(u"RecoverPassword", {text("demo"), text("other@example.org")}).substr(0, 4),
+            "601 ");
+  clock.Advance(25 * 3600 * 1000);  // the session ends meanwhile
+  EXPECT_EQ(call(u"Ping"), "0 OK");
+}
+
+TEST(RealService, ChargesOnceForAMessageWhoseReplyGotLost) {
+  TemporaryFolder folder;
+  FakeClock clock;
+  auto options = InFolder(folder.path());
+  options.drop_replies = 0.3;
+  service::GatewayService gateway(options, clock);
+  service::LayOutDemoData(gateway.accounts(), gateway.vouchers());
+  component::Component component(clock);
+  Caller caller(component);
+  caller.Call(u"SetBaseURL", {Caller::Text("http://127.0.0.1:" + std::to_string(gateway.port()))});
+  caller.Call(u"AuthenticateClient",
+              {Caller::Text("Orvalo"), Caller::Text("demo"), Caller::Text("demo")});
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(caller.Send("Hello", "27821110001").size(), 36u);
+  EXPECT_EQ(caller.Call(u"QueryBalance"), "984.0");
+}
+
+}  // namespace
+}  // namespace orvalo::test
