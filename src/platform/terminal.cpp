@@ -8,6 +8,16 @@
 
 namespace orvalo::platform {
 
+namespace {
+
+constexpr char kBreakOff = 0x03;  // Ctrl-C
+
+}  // namespace
+
+bool InputIsTerminal() { return isatty(STDIN_FILENO) == 1; }
+bool ErrorOutputIsTerminal() { return isatty(STDERR_FILENO) == 1; }
+
+// Ctrl-C ends the line instead of the program, which could not switch the echo on again.
 std::optional<std::string> AskSecret(const std::string& prompt) {
   std::FILE* terminal = std::fopen("/dev/tty", "r+");
   if (!terminal) return std::nullopt;
@@ -18,18 +28,19 @@ std::optional<std::string> AskSecret(const std::string& prompt) {
   const bool hides = tcgetattr(descriptor, &shown) == 0;
   if (hides) {
     termios hidden = shown;
-    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
+    hidden.c_cc[VEOL] = kBreakOff;
     tcsetattr(descriptor, TCSAFLUSH, &hidden);
   }
   std::string text;
   int character = 0;
-  while ((character = std::fgetc(terminal)) != EOF && character != '\n') {
+  while ((character = std::fgetc(terminal)) != EOF && character != '\n' && character != kBreakOff) {
     text += static_cast<char>(character);
   }
   if (hides) tcsetattr(descriptor, TCSAFLUSH, &shown);
   std::fputs("\n", terminal);
   std::fclose(terminal);
-  if (character == EOF) return std::nullopt;
+  if (character == EOF || character == kBreakOff) return std::nullopt;
   return text;
 }
 

@@ -1,0 +1,106 @@
+#include "cli/content_arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <istream>
+#include <iterator>
+#include <map>
+#include <optional>
+
+#include "app/startup/program.h"
+#include "messages/hex_import.h"
+#include "messages/message_types.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+#include "store/message_type.h"
+
+namespace orvalo::cli {
+
+namespace {
+
+constexpr std::uint64_t kLargestTextFile = 1u << 20;  // bytes; no gateway takes more
+constexpr char kStandardInput[] = "-";
+
+std::map<std::string, std::int32_t> TypesByName() {
+  const auto number = [](MessageType type) { return static_cast<std::int32_t>(type); };
+  return {{"text", number(MessageType::kText)},
+          {"flash", number(MessageType::kFlash)},
+          {"unicode", number(MessageType::kUnicode)},
+          {"vcard", number(MessageType::kVCard)},
+          {"vcal", number(MessageType::kVCal)}};
+}
+
+// The line end that editors put behind the last line is not part of the message.
+void TakeLastLineEnd(std::string* text) {
+  if (text->ends_with('\n')) text->pop_back();
+  if (text->ends_with('\r')) text->pop_back();
+}
+
+void CheckText(const std::string& text, bool may_span) {
+  if (text.empty()) throw CommandError(ExitCode::kFailed, "The message is empty");
+  if (!platform::IsValidUtf8(text) || text.find('\0') != std::string::npos)
+    throw CommandError(ExitCode::kFailed, "The message is not a text in UTF-8");
+  const std::size_t length = platform::CountCharacters(text);
+  if (may_span || length <= kMessageLength) return;
+  throw CommandError(ExitCode::kFailed,
+                     "The message has " + std::to_string(length) + " characters, one takes " +
+                         std::to_string(kMessageLength) +
+                         "; to let it span several: `orvaloctl settings SpanSMS 1`");
+}
+
+}  // namespace
+
+void ContentArguments::Define(CLI::App& app) {
+  text_option_ = app.add_option("--text", text_, "The text")->type_name("T");
+  text_file_option_ =
+      app.add_option("--text-file", text_file_, "File with the text; \"-\": the standard input")
+          ->type_name("F");
+  import_option_ =
+      app.add_option("--file", import_file_, "File of a vcard or vcal message")->type_name("F");
+  app.add_option("--type", type_, "text, flash, unicode, vcard or vcal")
+      ->type_name("TYPE")
+      ->transform(CLI::CheckedTransformer(TypesByName(), CLI::ignore_case).description(""));
+}
+
+void ContentArguments::Check() const {
+  const auto sources = text_option_->count() + text_file_option_->count() + import_option_->count();
+  if (sources != 1) {
+    throw CommandError(ExitCode::kUsage, "The message needs one of --text, --text-file and --file");
+  }
+  const bool imports = import_option_->count() > 0;
+  if (IsFileType(type_) && !imports)
+    throw CommandError(ExitCode::kUsage, "A message of this type needs --file");
+  if (!IsFileType(type_) && imports)
+    throw CommandError(ExitCode::kUsage, "--file goes with the types vcard and vcal");
+}
+
+std::string ContentArguments::Read(Context& context) const {
+  if (import_option_->count() > 0) return ReadImport(context);
+  std::string text = text_file_option_->count() > 0 ? ReadTextFile(context) : text_;
+  CheckText(text, context.program.GetSettings().Flag(FlagSetting::kSpanSms));
+  return text;
+}
+
+std::string ContentArguments::ReadTextFile(Context& context) const {
+  std::optional<std::string> text;
+  if (text_file_ == kStandardInput) {
+    text.emplace(std::istreambuf_iterator<char>(context.in), std::istreambuf_iterator<char>());
+  } else {
+    text = platform::ReadFile(text_file_, kLargestTextFile);
+  }
+  if (!text) throw CommandError(ExitCode::kFailed, "The file " + text_file_ + " cannot be read");
+  TakeLastLineEnd(&*text);
+  return *std::move(text);
+}
+
+std::string ContentArguments::ReadImport(Context& context) const {
+  ImportFailure failure{};
+  auto digits = ImportAsHexadecimal(import_file_, &failure);
+  if (!digits) {
+    throw CommandError(ExitCode::kFailed,
+                       ImportFailureText(context.program.GetTexts(), import_file_, failure));
+  }
+  if (digits->empty()) throw CommandError(ExitCode::kFailed, "The file is empty");
+  return *std::move(digits);
+}
+
+}  // namespace orvalo::cli

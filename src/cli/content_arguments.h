@@ -1,0 +1,38 @@
+#pragma once
+#include <cstdint>
+#include <string>
+
+#include "cli/command.h"
+
+namespace CLI {
+class Option;
+}
+
+namespace orvalo::cli {
+
+// What a new message says: its type and its text, or the file that it carries.
+class ContentArguments {
+ public:
+  void Define(CLI::App& app);
+  // Throws CommandError(kUsage) unless there is exactly one source and it goes with the type.
+  void Check() const;
+
+  std::int32_t type() const { return type_; }
+  // The text, or a file's bytes as hexadecimal. Throws CommandError when it is empty, too long for
+  // one message while messages may not span several, or cannot be read.
+  std::string Read(Context& context) const;
+
+ private:
+  std::string ReadTextFile(Context& context) const;
+  std::string ReadImport(Context& context) const;
+
+  std::int32_t type_ = 0;
+  std::string text_;
+  std::string text_file_;
+  std::string import_file_;
+  CLI::Option* text_option_ = nullptr;
+  CLI::Option* text_file_option_ = nullptr;
+  CLI::Option* import_option_ = nullptr;
+};
+
+}  // namespace orvalo::cli

@@ -1,0 +1,24 @@
+#pragma once
+#include <string_view>
+
+#include "cli/command.h"
+
+namespace orvalo::cli {
+
+// Logs in with this name and password, which also fetches the balance. Throws
+// CommandError(kGateway) when the gateway refuses or cannot be reached.
+void LogIn(Context& context, std::string_view user, std::string_view password);
+
+// Logs in with the stored name and password: every run begins logged out. Throws CommandError, also
+// when none are stored.
+void LogInAsStored(Context& context);
+
+// Throws CommandError for what can only be done online.
+void RequireOnline(const Context& context);
+
+// After the engine has lost the gateway and gone offline: the next run tries again.
+void StayOnline(Context& context);
+
+[[noreturn]] void ThrowUnreachable(Context& context);
+
+}  // namespace orvalo::cli

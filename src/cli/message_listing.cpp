@@ -1,0 +1,54 @@
+#include "cli/message_listing.h"
+
+#include "app/startup/program.h"
+
+namespace orvalo::cli {
+
+namespace {
+
+constexpr std::size_t kIdWidth = 6;
+constexpr std::size_t kTimeWidth = 16;
+constexpr std::size_t kRecipientWidth = 24;
+constexpr std::size_t kStatusWidth = 20;
+constexpr std::size_t kChargeWidth = 7;
+constexpr int kTimeFormatId = 1033;
+
+}  // namespace
+
+MessageListing::MessageListing(const Context& context) : program_(context.program) {
+  if (context.json) {
+    json_.emplace(context.out);
+    return;
+  }
+  const Texts& texts = program_.GetTexts();
+  table_.emplace(context.out, std::vector<Table::Column>{
+                                  {"ID", kIdWidth, true},
+                                  {texts.Load(1408), kTimeWidth},
+                                  {texts.Load(1409), kRecipientWidth},
+                                  {texts.Load(1410), kStatusWidth},
+                                  {texts.Load(1423), kChargeWidth, true},
+                                  {texts.Load(1411), 0},
+                              });
+}
+
+void MessageListing::Add(const MessageRow& row) {
+  if (json_) {
+    json_->Add(MessageJson(program_, row));
+  } else {
+    table_->Add({std::to_string(row.id), MessageTimeText(program_, row.time), row.to_info,
+                 program_.GetStatusNames().Name(row.stat), row.charge, row.msg});
+  }
+}
+
+void MessageListing::End() {
+  if (json_) json_->End();
+}
+
+std::string MessageTimeText(Program& program, std::int32_t time) {
+  const platform::LocalTime local = program.GetClock().ToLocal(time);
+  return program.GetTexts()
+      .Format(kTimeFormatId, {local.day, local.month, local.year, local.hour, local.minute})
+      .value_or(std::to_string(time));
+}
+
+}  // namespace orvalo::cli

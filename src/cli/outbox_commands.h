@@ -1,0 +1,46 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/command.h"
+
+namespace orvalo::cli {
+
+// Lists the messages in order of their ids.
+class OutboxListCommand : public Command {
+ public:
+  OutboxListCommand();
+  void Define(CLI::App& app) override;
+  Access AccessNeeded() const override { return Access::kLook; }
+  ExitCode Execute(Context& context) override;
+
+ private:
+  std::string status_;
+};
+
+// Every column of one message.
+class OutboxShowCommand : public Command {
+ public:
+  OutboxShowCommand();
+  void Define(CLI::App& app) override;
+  Access AccessNeeded() const override { return Access::kLook; }
+  ExitCode Execute(Context& context) override;
+
+ private:
+  std::int32_t id_ = 0;
+};
+
+// Deletes messages; an unknown id leaves all of them as they are.
+class OutboxDeleteCommand : public Command {
+ public:
+  OutboxDeleteCommand();
+  void Define(CLI::App& app) override;
+  Access AccessNeeded() const override { return Access::kChange; }
+  ExitCode Execute(Context& context) override;
+
+ private:
+  std::vector<std::int32_t> ids_;
+};
+
+}  // namespace orvalo::cli
