@@ -82,12 +82,13 @@ TEST(Collation, TellsApartWhatTheOrderDoesNot) {
 }
 
 TEST(Collation, ServesManyThreads) {
-  std::vector<std::thread> threads;
   std::vector<int> orders(4);
-  for (auto& order : orders) {
-    threads.emplace_back([&order] {
-      for (int i = 0; i < 500; ++i)
-        order += CompareTexts("é" + std::to_string(i), "f") + SortKey("É").compare(SortKey("É"));
+  std::vector<std::thread> threads(orders.size());
+  for (std::size_t i = 0; i < orders.size(); ++i) {
+    threads[i] = std::thread([&order = orders[i]] {
+      for (int round = 0; round < 500; ++round)
+        order +=
+            CompareTexts("é" + std::to_string(round), "f") + SortKey("É").compare(SortKey("É"));
     });
   }
   for (auto& thread : threads) thread.join();
