@@ -41,7 +41,8 @@ double Median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-std::string Number(int i) { return std::to_string(27820000000LL + i); }
+// The last digit keeps clear of the numbers that the simulated network refuses.
+std::string Number(int i) { return std::to_string(2782000000LL + i) + "1"; }
 
 nlohmann::json MessageBody(const std::string& text) {
   return {{"text", text},          {"type", 0},   {"unicode", false}, {"concat", 0}, {"sender", ""},
