@@ -116,19 +116,23 @@ void StatusPass::SplitOff(std::int32_t id, const GatewayIdEntry& entry, std::str
   transaction.Commit();
 }
 
+void StatusPass::Write(const Answer& answer) {
+  const std::int32_t interval = answer.next_interval.value_or(0);
+  const std::int32_t due = answer.asked_at + interval;
+  if (answer.answered && answer.status && answer.next_interval) {  // by far the most
+    parts_.database.SetQueryAnswer(answer.id, *answer.status, answer.charge, interval, due);
+    return;
+  }
+  if (answer.answered) parts_.database.SetStatusAndCharge(answer.id, answer.status, answer.charge);
+  if (answer.next_interval) parts_.database.SetQuerySchedule(answer.id, interval, due);
+}
+
 void StatusPass::WriteAnswers() {
   if (answers_.empty()) return;
   const std::vector<Answer> answers = std::move(answers_);
   answers_.clear();
   SmsDatabase::Transaction transaction(parts_.database);
-  for (const Answer& answer : answers) {
-    if (answer.answered)
-      parts_.database.SetStatusAndCharge(answer.id, answer.status, answer.charge);
-    if (answer.next_interval) {
-      const std::int32_t due = answer.asked_at + *answer.next_interval;
-      parts_.database.SetQuerySchedule(answer.id, *answer.next_interval, due);
-    }
-  }
+  for (const Answer& answer : answers) Write(answer);
   transaction.Commit();
 }
 

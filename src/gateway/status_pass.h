@@ -43,6 +43,7 @@ class StatusPass {
   std::int32_t QueryOneMessage(const SmsDatabase::FollowedSms& row, Answer* answer);
   void SplitOff(std::int32_t id, const GatewayIdEntry& entry, std::string* api_msg_id,
                 const Answer& answer);
+  void Write(const Answer& answer);
   void WriteAnswers();
 
   EngineParts parts_;

@@ -28,6 +28,8 @@ constexpr Sql kSetQuerySchedule("UPDATE SMS SET QueryTime = ?2, StatQryTm = ?3 W
 constexpr Sql kSetApiMsgId("UPDATE SMS SET ApiMsgID = ?2 WHERE ID = ?1");
 constexpr Sql kSetCharge("UPDATE SMS SET Charge = ?2 WHERE ID = ?1");
 constexpr Sql kSetStatusAndCharge("UPDATE SMS SET Charge = ?2, Stat = ?3 WHERE ID = ?1");
+constexpr Sql kSetQueryAnswer(
+    "UPDATE SMS SET Stat = ?2, Charge = ?3, QueryTime = ?4, StatQryTm = ?5 WHERE ID = ?1");
 
 std::vector<std::int32_t> ReadIds(Query&& query) {
   std::vector<std::int32_t> ids;
@@ -121,6 +123,13 @@ bool SmsDatabase::SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> s
   if (connection == nullptr) return false;
   if (!status) return Run(*connection, kSetCharge, id, charge) > 0;
   return Run(*connection, kSetStatusAndCharge, id, charge, *status) > 0;
+}
+
+bool SmsDatabase::SetQueryAnswer(std::int32_t id, SmsStatus status, std::string_view charge,
+                                 std::int32_t query_time, std::int32_t stat_qry_tm) {
+  Connection* connection = Here();
+  return connection != nullptr &&
+         Run(*connection, kSetQueryAnswer, id, status, charge, query_time, stat_qry_tm) > 0;
 }
 
 bool SmsDatabase::AddChildren(std::int32_t id, std::span<const ChildSms> children) {

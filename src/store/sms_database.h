@@ -141,6 +141,10 @@ class SmsDatabase {
   bool SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> status,
                           std::string_view charge);
 
+  // Status, charge and schedule in one: what a status query that was due has yielded.
+  bool SetQueryAnswer(std::int32_t id, SmsStatus status, std::string_view charge,
+                      std::int32_t query_time, std::int32_t stat_qry_tm);
+
   // One new row for a recipient of an expanded message, as CopySmsTo makes it plus the gateway's id
   // and query schedule.
   struct ChildSms {
