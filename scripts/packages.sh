@@ -4,8 +4,8 @@
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev libsqlitecpp-dev libsqlite3-dev libcurl4-openssl-dev libicu-dev
-       nlohmann-json3-dev libfmt-dev libcli11-dev libsodium-dev libcivetweb-dev civetweb)
-test=(libgtest-dev libgmock-dev libbenchmark-dev libssl-dev openssl)
+       nlohmann-json3-dev libfmt-dev libcli11-dev libsodium-dev libcivetweb-dev civetweb libssl-dev)
+test=(libgtest-dev libgmock-dev libbenchmark-dev openssl)
 lint=(clang-format clang-tidy clang libclang-rt-14-dev git python3)
 
 wanted=()

@@ -41,9 +41,10 @@ ServedReply Api::Handle(const ServedRequest& request) {
 }
 
 ServedReply Api::Malformed(int status) {
-  auto reply = ReplyOf(Refuse(status >= 500   ? ErrorCode::kServiceFailed
-                              : status == 413 ? ErrorCode::kTooLarge
-                                              : ErrorCode::kMalformed));
+  const auto code = status == 413   ? ErrorCode::kTooLarge
+                    : status == 500 ? ErrorCode::kServiceFailed
+                                    : ErrorCode::kMalformed;
+  auto reply = ReplyOf(Refuse(code));
   reply.status = status;
   return reply;
 }

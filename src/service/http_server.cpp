@@ -110,7 +110,11 @@ struct HttpServer::Impl {
 
 HttpServer::HttpServer(const HttpServerOptions& options, HttpHandler& handler)
     : impl_(new Impl{handler, options.largest_body, nullptr, {}, {}}) {
-  mg_init_library(options.certificate.empty() ? 0 : MG_FEATURES_TLS);
+  const unsigned features = options.certificate.empty() ? MG_FEATURES_DEFAULT : MG_FEATURES_TLS;
+  // Without this check a missing TLS library would show at the first connection, as a crash.
+  if (mg_init_library(features) != features) {
+    throw std::runtime_error("the TLS library cannot be loaded");
+  }
   mg_callbacks callbacks{};
   callbacks.begin_request = &Impl::BeginRequest;
   callbacks.http_error = &Impl::HttpError;

@@ -39,7 +39,8 @@ bool IsShallow(std::string_view body) {
 int NumberMember(const json& object, const char* name, std::int64_t most, int fallback = 0) {
   const auto place = object.find(name);
   if (place == object.end()) return fallback;
-  if (!place->is_number_unsigned()) return -1;
+  if (!place->is_number_integer()) return -1;
+  // Negative numbers become larger than any limit.
   const auto value = place->get<std::uint64_t>();
   return value <= static_cast<std::uint64_t>(most) ? static_cast<int>(value) : -1;
 }

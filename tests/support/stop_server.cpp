@@ -11,7 +11,11 @@
 namespace orvalo::test {
 
 void StopServer(mg_context* context, int port) {
-  const auto stopped = std::async(std::launch::async, [context] { mg_stop(context); });
+  StopServer([context] { mg_stop(context); }, port);
+}
+
+void StopServer(const std::function<void()>& stop, int port) {
+  const auto stopped = std::async(std::launch::async, stop);
   while (stopped.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
     const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     sockaddr_in address{};

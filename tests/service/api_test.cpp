@@ -1,0 +1,141 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "service/running_service.h"
+
+namespace orvalo::test {
+namespace {
+
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr const char* kJson = "application/json";
+
+TEST(Api, AnswersWhateverComes) {
+  RunningService running;
+  auto ann = running.Caller();
+  const auto batch = ann.Post("/v1/batches", {{"text", "Hi"}}).body.value("batch", "");
+  const std::string to_batch = "/v1/batches/" + batch;
+  const std::string good = R"({"to":"27821110001","text":"Hi"})";
+  const std::string none(32, '0');
+  std::string thousand_and_one = R"({"to":["123")";
+  for (int i = 0; i < 1000; ++i) thousand_and_one += R"(,"123")";
+  thousand_and_one += "]}";
+  const std::string megabytes(1'500'000, ' ');
+
+  const struct {
+    std::string method, path, body, key, type;
+    int status, code;
+  } cases[] = {
+      {"GET", "/", "", "", "", 404, 102},
+      {"GET", "/v1/nothing", "", "", "", 404, 102},
+      {"GET", "/v1/messages/", "", "", "", 404, 102},
+      {"GET", "/v1/messages/a/b", "", "", "", 404, 102},
+      {"GET", "/v1/../v1/ping/..", "", "", "", 404, 102},
+      {"GET", "/v1/session", "", "", "", 405, 102},
+      {"DELETE", "/v1/messages/" + none, "", "", "", 405, 102},
+      {"PUT", "/v1/messages", good, NewKey(), kJson, 405, 102},
+      {"GET", "/v1/messages/" + none, "", "", "", 404, 205},
+      {"GET", "/v1/messages/xyz", "", "", "", 404, 205},
+      {"GET", "/v1/messages/%ff%fe", "", "", "", 404, 205},
+      {"POST", "/v1/messages", good, "", kJson, 400, 101},
+      {"POST", "/v1/messages", good, "123", kJson, 400, 101},
+      {"POST", "/v1/messages", good, std::string(32, 'g'), kJson, 400, 101},
+      {"POST", "/v1/messages", good, std::string(64, 'a'), kJson, 400, 101},
+      {"POST", "/v1/messages", good, NewKey(), "text/plain", 415, 104},
+      {"POST", "/v1/messages", good, NewKey(), "application/jsonx", 415, 104},
+      {"POST", "/v1/messages", "", NewKey(), kJson, 400, 101},
+      {"POST", "/v1/messages", "{", NewKey(), kJson, 400, 101},
+      {"POST", "/v1/messages", "[" + good + "]", NewKey(), kJson, 400, 101},
+      {"POST", "/v1/messages", R"({"text":"Hi"})", NewKey(), kJson, 400, 101},
+      {"POST", "/v1/messages", R"({"to":27821110001,"text":"Hi"})", NewKey(), kJson, 400, 101},
+      {"POST", "/v1/messages", R"({"to":"12","text":"Hi"})", NewKey(), kJson, 422, 201},
+      {"POST", "/v1/messages", R"({"to":"123","text":"Hi","type":4})", NewKey(), kJson, 422, 204},
+      {"POST", "/v1/messages", R"({"to":"27829900","text":"Hi"})", NewKey(), kJson, 422, 208},
+      {"POST", "/v1/messages", megabytes, NewKey(), kJson, 413, 103},
+      {"POST", to_batch + "/recipients", R"({"to":"123"})", NewKey(), kJson, 400, 101},
+      {"POST", to_batch + "/recipients", R"({"to":[]})", NewKey(), kJson, 400, 101},
+      {"POST", to_batch + "/recipients", R"({"to":[123]})", NewKey(), kJson, 400, 101},
+      {"POST", to_batch + "/recipients", thousand_and_one, NewKey(), kJson, 413, 103},
+      {"POST", "/v1/batches/" + none + "/recipients", R"({"to":["123"]})", NewKey(), kJson, 404,
+       205},
+      {"POST", "/v1/batches/" + none + "/end", "", NewKey(), kJson, 404, 205},
+      {"POST", "/v1/vouchers", R"({"number":5})", NewKey(), kJson, 400, 101},
+      {"POST", "/v1/vouchers", R"({"number":"' OR 1=1 --"})", NewKey(), kJson, 404, 606},
+      {"POST", "/v1/session", R"({"client_id":"","user":"ann"})", "", kJson, 400, 101},
+      {"POST", "/v1/session", R"({"client_id":"","user":"ann","password":""})", "", kJson, 401,
+       110},
+      {"POST", "/v1/session", R"({"client_id":"","user":"eve","password":"ann"})", "", kJson, 401,
+       110},
+  };
+  for (const auto& one : cases) {
+    const auto reply = ann.Send(one.method, one.path, one.body, one.key, one.type);
+    EXPECT_EQ(reply.status, one.status)
+        << one.method << " " << one.path << " " << one.body.substr(0, 99);
+    EXPECT_EQ(reply.code(), one.code)
+        << one.method << " " << one.path << " " << one.body.substr(0, 99);
+  }
+  EXPECT_TRUE(running.Entries().empty());
+  EXPECT_EQ(ann.Balance(), "100.0");
+  EXPECT_EQ(
+      ann.Send("POST", "/v1/messages", good, NewKey(), "Application/JSON; charset=utf-8").status,
+      200);
+
+  auto nobody = running.Caller("");
+  for (const char* path : {"/v1/ping", "/v1/balance"}) EXPECT_EQ(nobody.Get(path).code(), 111);
+  EXPECT_EQ(nobody.Message("27821110001").code(), 111);
+  nobody.token = std::string(64, 'a');
+  EXPECT_EQ(nobody.Get("/v1/ping").status, 401);
+  EXPECT_EQ(nobody.Get("/v1/version").body.value("protocol", 0), 1);
+}
+
+TEST(Api, SurvivesWhatIsNoHttp) {
+  RunningService running;
+  const int port = running.service().port();
+  const std::string garbage[] = {
+      "",
+      "\r\n\r\n",
+      std::string(100'000, 'A'),
+      std::string("\x16\x03\x01\x02\x00\x01\x00", 7),
+      "GET /v1/health HTTP/9.9\r\n\r\n",
+      "POST /v1/session HTTP/1.1\r\nHost: a\r\nContent-Length: -5\r\n\r\n",
+      "POST /v1/session HTTP/1.1\r\nHost: a\r\nContent-Length: 99999999999999999999\r\n\r\n",
+      "POST /v1/session HTTP/1.1\r\nHost: a\r\nContent-Length: 50\r\n\r\n{\"cut\":",
+      "POST /v1/session HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n",
+  };
+  for (const auto& bytes : garbage) {
+    const auto reply = RawExchange(port, bytes);
+    if (!reply.empty()) {
+      EXPECT_THAT(reply, AnyOf(StartsWith("HTTP/1.1 4"), StartsWith("HTTP/1.1 505")));
+      EXPECT_THAT(reply, HasSubstr("{\"error\":{\"code\":")) << bytes.substr(0, 60);
+    }
+  }
+  std::string many = "GET /v1/health HTTP/1.1\r\nHost: a\r\n";
+  for (int i = 0; i < 5000; ++i) many += "X-" + std::to_string(i) + ": y\r\n";
+  EXPECT_THAT(RawExchange(port, many + "\r\n"), Not(HasSubstr(" 200 ")));
+  EXPECT_THAT(RawExchange(port, "GET /v1/health HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n"),
+              HasSubstr("{\"ok\":true}"));
+}
+
+TEST(Api, TellsAReplayByItsHeader) {
+  RunningService running;
+  auto ann = running.Caller();
+  const std::string body = R"({"to":"27821110001","text":"Hi"})";
+  const auto request = fmt::format(
+      "POST /v1/messages HTTP/1.1\r\nHost: a\r\nConnection: close\r\n"
+      "Authorization: Bearer {}\r\nIdempotency-Key: {}\r\n"
+      "Content-Type: application/json\r\nContent-Length: {}\r\n\r\n{}",
+      ann.token, NewKey(), body.size(), body);
+  const int port = running.service().port();
+  const auto first = RawExchange(port, request), again = RawExchange(port, request);
+  EXPECT_THAT(first, Not(HasSubstr("Idempotent-Replay")));
+  EXPECT_THAT(again, HasSubstr("Idempotent-Replay: true\r\n"));
+  EXPECT_EQ(first.substr(first.find("\r\n\r\n")), again.substr(again.find("\r\n\r\n")));
+  EXPECT_EQ(running.Entries().size(), 1u);
+}
+
+}  // namespace
+}  // namespace orvalo::test

@@ -1,0 +1,208 @@
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <set>
+#include <thread>
+
+#include "service/running_service.h"
+
+namespace orvalo::test {
+namespace {
+
+void OnThreads(int count, const std::function<void(int)>& work) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
+  for (auto& thread : threads) thread.join();
+}
+
+TEST(IdempotencyKeys, MakeARequestHappenOnce) {
+  RunningService running;
+  auto ann = running.Caller(), bob = running.Caller("bob");
+  const auto key = NewKey();
+  const auto first = ann.Message("27821110001", key);
+  ASSERT_EQ(first.status, 200);
+  EXPECT_EQ(ann.Message("27821110001", key).body, first.body);
+  EXPECT_EQ(ann.Message("27821110002", key).code(), 206);
+  EXPECT_EQ(ann.Post("/v1/batches", {{"text", "Hello"}}, key).code(), 206);
+  EXPECT_NE(bob.Message("27821110001", key).body, first.body) << "keys belong to an account";
+  running.Restart();
+  running.clock.Advance(24 * 3600 * 1000 - 1000);
+  auto later = running.Caller();
+  EXPECT_EQ(later.Message("27821110001", key).body, first.body) << "a day and a restart later";
+  EXPECT_EQ(running.Entries().size(), 2u);
+  EXPECT_TRUE(running.LedgerAddsUp());
+}
+
+TEST(IdempotencyKeys, HoldWhenTheSameRequestComesManyTimesAtOnce) {
+  RunningService running;
+  auto ann = running.Caller();
+  constexpr int kThreads = 8, kRounds = 25;
+  std::vector<std::string> keys;
+  for (int i = 0; i < kRounds; ++i) keys.push_back(NewKey());
+  std::vector<std::vector<std::string>> ids(kThreads);
+  OnThreads(kThreads, [&](int thread) {
+    for (const auto& key : keys) {
+      ids[thread].push_back(ann.Message("27821110001", key).body.value("id", "none"));
+    }
+  });
+  for (const auto& other : ids) EXPECT_EQ(other, ids.front());
+  std::set<std::string> entries;
+  for (const auto& entry : running.Entries()) entries.insert(entry.message.id);
+  EXPECT_EQ(entries, std::set<std::string>(ids[0].begin(), ids[0].end()));
+  EXPECT_EQ(running.Entries().size(), std::size_t{kRounds});
+  EXPECT_EQ(ann.Balance(), "80.0");
+}
+
+TEST(Credit, IsNeverOverdrawn) {
+  RunningService running;
+  auto bob = running.Caller("bob");  // 2.0, a part costs 0.8
+  std::atomic<int> accepted = 0, short_of_credit = 0;
+  OnThreads(8, [&](int) {
+    const auto reply = bob.Message("27821110001");
+    if (reply.status == 200) ++accepted;
+    if (reply.code() == 202 && reply.status == 402) ++short_of_credit;
+  });
+  EXPECT_EQ(accepted, 2);
+  EXPECT_EQ(short_of_credit, 6);
+  EXPECT_EQ(bob.Balance(), "0.4");
+
+  const auto key = NewKey();
+  EXPECT_EQ(bob.Message("27821110001", key).code(), 202);
+  running.service().accounts().AddCredit("bob", 10'000);
+  EXPECT_EQ(bob.Message("27821110001", key).code(), 202) << "the same key gets the same reply";
+  EXPECT_EQ(bob.Message("27821110001").status, 200);
+  const auto two_parts = bob.Post(
+      "/v1/messages", {{"to", "27821110001"}, {"text", std::string(200, 'x')}, {"concat", 3}});
+  ASSERT_EQ(two_parts.status, 200);
+  EXPECT_EQ(bob.Get("/v1/messages/" + two_parts.body.value("id", "")).body.value("charge", ""),
+            "1.6");
+  EXPECT_EQ(bob.Balance(), "8.0");
+  EXPECT_TRUE(running.LedgerAddsUp());
+}
+
+TEST(Batches, AcceptEachRecipientOnItsOwn) {
+  RunningService running;
+  running.service().pricing().Set("49", 1'500);
+  running.service().pricing().Set("4930", 100);
+  auto ann = running.Caller(), bob = running.Caller("bob");
+  const auto id = bob.Post("/v1/batches", {{"text", "Hi"}, {"sender", "Shop"}, {"unicode", true}})
+                      .body.value("batch", "");
+  const std::string path = "/v1/batches/" + id;
+  EXPECT_EQ(ann.Post(path + "/recipients", {{"to", {"27821110001"}}}).code(), 205);
+
+  const nlohmann::json numbers{"+4930123456", "4930123456", "27829900",
+                               "x",           "49891234",   "27821110001"};
+  const auto key = NewKey();
+  const auto reply = bob.Post(path + "/recipients", {{"to", numbers}}, key);
+  ASSERT_EQ(reply.status, 200);
+  const auto& results = reply.body["results"];
+  ASSERT_EQ(results.size(), numbers.size());
+  const int codes[] = {0, 0, 208, 201, 0, 202};  // 0.1, 0.1, nothing, nothing, 1.5, no 0.8 is left
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    EXPECT_EQ(results[i]["to"], numbers[i]);
+    EXPECT_EQ(results[i].value("code", 0), codes[i]) << i;
+    EXPECT_EQ(results[i].contains("id"), codes[i] == 0) << i;
+  }
+  EXPECT_EQ(bob.Balance(), "0.3");
+  EXPECT_EQ(bob.Post(path + "/recipients", {{"to", numbers}}, key).body, reply.body);
+  EXPECT_EQ(bob.Post(path + "/recipients", {{"to", {"4930123456"}}}).status, 200);
+  EXPECT_EQ(bob.Post(path + "/end", nlohmann::json::object()).body.value("accepted", 0), 4);
+  EXPECT_EQ(bob.Post(path + "/end", nlohmann::json::object()).code(), 207);
+  EXPECT_EQ(bob.Post(path + "/recipients", {{"to", {"4930123456"}}}).code(), 207);
+
+  const auto entries = running.Entries();
+  ASSERT_EQ(entries.size(), 4u);
+  EXPECT_EQ(entries[0].key, key);
+  EXPECT_EQ(entries[0].user, "bob");
+  EXPECT_EQ(entries[2].message.sender, "Shop");
+  EXPECT_TRUE(entries[2].message.unicode);
+  EXPECT_EQ(entries[2].charge, 1'500);
+  EXPECT_TRUE(running.LedgerAddsUp());
+}
+
+TEST(Prices, ChangeUnderARunningService) {
+  RunningService running;
+  auto ann = running.Caller();
+  ann.Message("27821110001");
+  {
+    service::Database outside(running.options.folder);
+    service::Pricing(outside).Set("2782", 10'000);
+  }
+  ann.Message("27821110001");
+  EXPECT_EQ(ann.Balance(), "89.2");
+}
+
+TEST(Ledger, KeepsTextsAsTheyAre) {
+  RunningService running;
+  auto ann = running.Caller();
+  const std::string text("line\nquote\" back\\ nul\0 end ж 😀", 37);
+  EXPECT_EQ(ann.Post("/v1/messages", {{"to", "123"}, {"text", text}}).status, 200);
+  EXPECT_EQ(
+      ann.Post("/v1/messages",
+               {{"to", "123"}, {"text", "0416D83DDE00"}, {"unicode", true}, {"encoded", true}})
+          .status,
+      200);
+  const auto entries = running.Entries();
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_EQ(entries[0].message.text, text);
+  EXPECT_EQ(entries[1].message.text, "Ж😀");
+}
+
+TEST(Ledger, AcceptsNothingOnAFullDisk) {
+  RunningService running;
+  auto ann = running.Caller();
+  const auto limit_pages = [&](int pages) {
+    running.service().database().Write([&](service::Connection& connection) {
+      connection.database().execAndGet(fmt::format("PRAGMA max_page_count={}", pages));
+    });
+  };
+  limit_pages(1);  // SQLite takes the present size for it
+  const nlohmann::json large{
+      {"to", "27821110001"}, {"text", std::string(5'000, 'x')}, {"concat", 255}};
+  std::string key;
+  JsonReply reply{200, {}};
+  int accepted = 0;
+  for (; accepted < 50 && reply.status == 200; ++accepted) {
+    key = NewKey();
+    reply = ann.Post("/v1/messages", large, key);
+  }
+  EXPECT_EQ(reply.status, 500);
+  EXPECT_EQ(reply.code(), 500);
+  EXPECT_EQ(running.Entries().size(), static_cast<std::size_t>(accepted - 1));
+  EXPECT_TRUE(running.LedgerAddsUp());
+  limit_pages(100'000);
+  EXPECT_EQ(ann.Post("/v1/messages", large, key).status, 200) << "the key may be tried again";
+  EXPECT_TRUE(running.LedgerAddsUp());
+}
+
+TEST(Database, UndoesAFailedWriteAndNoOther) {
+  RunningService running;
+  auto& database = running.service().database();
+  std::atomic<int> failed = 0;
+  OnThreads(8, [&](int thread) {
+    for (int i = 0; i < 50; ++i) {
+      try {
+        database.Write([&](service::Connection& connection) {
+          service::Query(connection, "INSERT INTO setting VALUES(?,?)",
+                         fmt::format("{} {}", thread, i), thread)
+              .Run();
+          if (i % 2 == 0) throw std::runtime_error("changed its mind");
+        });
+      } catch (const std::runtime_error&) {
+        ++failed;
+      }
+    }
+  });
+  EXPECT_EQ(failed, 200);
+  const auto rows = database.Read([](service::Connection& connection) {
+    service::Query row(connection, "SELECT count(*) FROM setting WHERE name LIKE '% %'");
+    row.Step();
+    return row.Int(0);
+  });
+  EXPECT_EQ(rows, 200);
+}
+
+}  // namespace
+}  // namespace orvalo::test

@@ -1,0 +1,180 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <thread>
+
+#include "service/money.h"
+#include "service/running_program.h"
+#include "service/running_service.h"
+
+namespace orvalo::test {
+namespace {
+
+using testing::HasSubstr;
+
+// The objects that a command prints, one a line.
+std::vector<nlohmann::json> JsonLines(const std::string& text) {
+  std::vector<nlohmann::json> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(nlohmann::json::parse(line));
+  return lines;
+}
+
+service::Money Amount(const nlohmann::json& object, const char* name) {
+  return service::ParseMoney(object.value(name, "")).value_or(-1);
+}
+
+struct Submission {
+  std::string key, id;  // the id as it was told; empty while there was no reply
+};
+
+// Sends until the service no longer answers.
+void SendUntilItDies(int port, std::vector<Submission>& sent, std::atomic<int>& accepted) {
+  GatewayCaller demo(port, "demo");
+  for (;;) {
+    sent.push_back({NewKey(), ""});
+    const auto reply = demo.Message("27821110001", sent.back().key);
+    if (reply.status != 200) return;
+    sent.back().id = reply.body.value("id", "");
+    ++accepted;
+  }
+}
+
+TEST(Program, LosesNothingWhenItIsKilled) {
+  const TemporaryFolder folder;
+  std::vector<std::vector<Submission>> sent(4);
+  std::atomic<int> accepted = 0;
+  {
+    RunningProgram program(folder.path(), {"--demo"});
+    ASSERT_NE(program.port(), 0);
+    std::vector<std::thread> threads;
+    for (auto& mine : sent) {
+      threads.emplace_back([&] { SendUntilItDies(program.port(), mine, accepted); });
+    }
+    while (accepted < 100) std::this_thread::yield();
+    EXPECT_EQ(program.Stop(SIGKILL), -1);
+    for (auto& thread : threads) thread.join();
+  }
+  RunningProgram program(folder.path(), {"--demo"});
+  GatewayCaller demo(program.port(), "demo");
+  std::map<std::string, std::string> ids;  // by key
+  for (const auto& mine : sent) {
+    for (const auto& [key, id] : mine) {
+      const auto reply = demo.Message("27821110001", key);
+      EXPECT_EQ(reply.status, 200);
+      ids[key] = reply.body.value("id", "");
+      if (!id.empty()) {
+        EXPECT_EQ(ids[key], id) << "an accepted message was lost";
+      }
+    }
+  }
+  const auto data = folder.File("data");
+  service::Money charged = 0;
+  for (const auto& line : JsonLines(RunGateway({"ledger", "--json", "--data", data}).out)) {
+    charged += Amount(line, "charge");
+    EXPECT_EQ(ids[line.value("key", "")], line.value("id", "none"));
+    ids.erase(line.value("key", ""));
+  }
+  EXPECT_TRUE(ids.empty()) << "an id that is not in the ledger, or a key that is in it twice";
+  const auto accounts = JsonLines(RunGateway({"account", "list", "--json", "--data", data}).out);
+  ASSERT_EQ(accounts.size(), 1u);
+  EXPECT_EQ(charged, Amount(accounts[0], "credits") - Amount(accounts[0], "balance"));
+  EXPECT_EQ(program.Stop(SIGTERM), 0);
+}
+
+TEST(Program, IsAdministeredWhileItRuns) {
+  const TemporaryFolder folder;
+  const auto data = folder.File("data"), password = folder.File("password");
+  Spill(password, "secret\nsecond line");
+  RunningProgram program(folder.path(), {});
+  ASSERT_NE(program.port(), 0);
+  EXPECT_THAT(Slurp(folder.File("out")), HasSubstr("orvalo-gateway listening on http://127.0.0.1:" +
+                                                   std::to_string(program.port()) + "\n"));
+  const struct {
+    std::vector<std::string> arguments;
+    int status;
+    const char* says;
+  } commands[] = {
+      {{"account", "add", "carl", "--credit", "5", "--password-file", password}, 0, ""},
+      {{"account", "add", "carl", "--password-file", password}, 1, "already"},
+      {{"account", "add", "dora", "--credit", "-5", "--password-file", password}, 1, "amount"},
+      {{"account", "add", "dora", "--email", "a\nb@c", "--password-file", password}, 1, "e-mail"},
+      {{"account", "add", "dora", "--password-file", folder.File("none")}, 1, "password"},
+      {{"account", "credit", "carl", "2.5"}, 0, ""},
+      {{"account", "credit", "eve", "2.5"}, 1, "no account"},
+      {{"voucher", "add", "1111222233334444", "10"}, 0, "1111222233334444 10.0"},
+      {{"voucher", "add", "1111222233334444", "10"}, 1, "already"},
+      {{"voucher", "add", "--generate", "3"}, 0, " 3.0"},
+      {{"voucher", "add", "12", "10"}, 1, "16 digits"},
+      {{"voucher", "add", "10"}, 2, "NUMBER AMOUNT"},
+      {{"price", "set", "27", "0.5"}, 0, ""},
+      {{"price", "set", "+27", "0.5"}, 1, "prefix"},
+      {{"price", "list"}, 0, "27               0.5"},
+      {{"frobnicate"}, 2, ""},
+      {{"--listen", "0.0.0.0:0"}, 2, "--tls-key"},
+      {{"--listen", "nowhere"}, 2, "--listen"},
+      {{"--listen", "127.0.0.1:0", "--tls-key", password}, 2, "--tls-cert"},
+      {{"--listen", "127.0.0.1:0"}, 1, "being served already"},
+  };
+  for (const auto& command : commands) {
+    auto arguments = command.arguments;
+    arguments.insert(arguments.end(), {"--data", data});
+    const auto result = RunGateway(arguments);
+    EXPECT_EQ(result.status, command.status) << testing::PrintToString(command.arguments);
+    EXPECT_THAT(result.out + result.err, HasSubstr(command.says));
+  }
+  GatewayCaller carl(program.port(), "");
+  ASSERT_TRUE(carl.LogIn("carl", "secret"));
+  EXPECT_EQ(carl.Message("27821110001").status, 200);
+  EXPECT_EQ(carl.Post("/v1/vouchers", {{"number", "1111222233334444"}}).body.value("balance", ""),
+            "17.0");
+  EXPECT_THAT(RunGateway({"ledger", "--data", data}).out, HasSubstr("27821110001"));
+  using std::filesystem::perms;
+  EXPECT_EQ(std::filesystem::status(data).permissions(), perms::owner_all);
+  for (const auto& entry : std::filesystem::directory_iterator(data)) {
+    EXPECT_EQ(entry.status().permissions(), perms::owner_read | perms::owner_write) << entry.path();
+  }
+  EXPECT_EQ(program.Stop(SIGINT), 0);
+}
+
+TEST(Program, DemonstratesAgainOnTheSameFolder) {
+  const TemporaryFolder folder;
+  for (const char* balance : {"1000.0", "999.2"}) {
+    RunningProgram program(folder.path(), {"--demo"});
+    GatewayCaller demo(program.port(), "demo");
+    EXPECT_EQ(demo.Balance(), balance);
+    EXPECT_EQ(demo.Message("27821110001").status, 200);
+    EXPECT_THAT(Slurp(folder.File("out")), HasSubstr("1234567890123456"));
+    EXPECT_EQ(program.Stop(SIGTERM), 0);
+  }
+}
+
+TEST(Program, SpeaksTls) {
+  const TemporaryFolder folder;
+  const auto key = folder.File("key.pem"), certificate = folder.File("certificate.pem");
+  const auto command =
+      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 -subj /CN=test "
+      "-addext subjectAltName=IP:127.0.0.1 -keyout " +
+      key + " -out " + certificate + " 2>/dev/null";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  RunningProgram program(folder.path(), {"--tls-key", key, "--tls-cert", certificate});
+  ASSERT_NE(program.port(), 0);
+  platform::HttpClient client;
+  platform::HttpRequest request;
+  request.url = "https://127.0.0.1:" + std::to_string(program.port()) + "/v1/health";
+  EXPECT_EQ(client.Perform(request).failure, platform::HttpFailure::kTls)
+      << "nobody vouches for it";
+  client.SetCertificateAuthorities(certificate);
+  EXPECT_EQ(client.Perform(request).body, "{\"ok\":true}");
+  EXPECT_EQ(client.Perform(request).status, 200);
+  EXPECT_EQ(program.Stop(SIGTERM), 0);
+}
+
+}  // namespace
+}  // namespace orvalo::test
