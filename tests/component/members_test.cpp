@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include "component/register_component.h"
@@ -12,33 +13,26 @@ namespace {
 using platform::InvokeKind;
 using platform::VariantFlag;
 
-// T a text, F a flag, I an integer, in the order of the call.
-const std::vector<std::pair<std::u16string, std::string>> kMethods = {
-    {u"SendSimpleSMS", "TT"},
-    {u"SendMsg", "FTT"},
-    {u"Authenticate", ""},
-    {u"AuthenticateClient", "TTT"},
-    {u"Ping", ""},
-    {u"QueryMsg", "T"},
-    {u"QueryBalance", ""},
-    {u"ResetSMS", ""},
-    {u"RecoverPassword", "TT"},
-    {u"TokenPay", "T"},
-    {u"TokenPayWithURL", "TT"},
-    {u"EncodeToUnicode", "T"},
-    {u"StartBatch", "T"},
-    {u"QuickBatchSend", "T"},
-    {u"EndBatch", ""},
-    {u"SetBaseURL", "T"},
-    {u"ConfigureProxy", "ITTTT"},
-    {u"ConfigureProxyEx", "FITTTT"},
-    {u"Version", "F"},
-    {u"GetMsgCharge", "FT"},
-};
-const std::vector<std::pair<std::u16string, char>> kPuttable = {
-    {u"smsUSER", 'T'},         {u"smsPASSWORD", 'T'},     {u"smsTEXT", 'T'},   {u"smsFROM", 'T'},
-    {u"smsTO", 'T'},           {u"smsMSG_TYPE", 'I'},     {u"smsCONCAT", 'I'}, {u"smsUNICODE", 'F'},
-    {u"smsDELIVERY_ACK", 'F'}, {u"smsDELIVERY_TIME", 'I'}};
+// Names and argument kinds: T a text, F a flag, I an integer, in the order of the call.
+constexpr char kMethods[] =
+    "SendSimpleSMS/TT SendMsg/FTT Authenticate/ AuthenticateClient/TTT Ping/ QueryMsg/T "
+    "QueryBalance/ ResetSMS/ RecoverPassword/TT TokenPay/T TokenPayWithURL/TT EncodeToUnicode/T "
+    "StartBatch/T QuickBatchSend/T EndBatch/ SetBaseURL/T ConfigureProxy/ITTTT "
+    "ConfigureProxyEx/FITTTT Version/F GetMsgCharge/FT";
+constexpr char kPuttable[] =
+    "smsUSER/T smsPASSWORD/T smsTEXT/T smsFROM/T smsTO/T smsMSG_TYPE/I smsCONCAT/I smsUNICODE/F "
+    "smsDELIVERY_ACK/F smsDELIVERY_TIME/I";
+constexpr char kReadOnly[] = "smsIsLoggedIn/ smsERROR/ smsSESSION_ID/";
+
+std::vector<std::pair<std::u16string, std::string>> Members(const std::string& list) {
+  std::vector<std::pair<std::u16string, std::string>> members;
+  std::istringstream words(list);
+  for (std::string word; words >> word;) {
+    const auto slash = word.find('/');
+    members.emplace_back(platform::ToWide(word.substr(0, slash)), word.substr(slash + 1));
+  }
+  return members;
+}
 
 platform::Variant Sample(char kind) {
   if (kind == 'T') return Caller::Text("7");
@@ -64,10 +58,8 @@ TEST(ComponentClass, IsCreatedByItsName) {
 
 TEST_F(ComponentTest, ResolvesEveryMemberToAnIdOfItsOwn) {
   std::set<platform::MemberId> ids = {0};  // 0 stands for a name that is not known
-  std::vector<std::u16string> names = {u"smsIsLoggedIn", u"smsERROR", u"smsSESSION_ID"};
-  for (const auto& [name, kinds] : kMethods) names.push_back(name);
-  for (const auto& [name, kind] : kPuttable) names.push_back(name);
-  for (const auto& name : names) {
+  const auto all = std::string(kMethods) + " " + kPuttable + " " + kReadOnly;
+  for (const auto& [name, kinds] : Members(all)) {
     platform::MemberId id = 0;
     EXPECT_EQ(component_.GetIdOfName(name, 0, &id), platform::kOk);
     EXPECT_TRUE(ids.insert(id).second) << platform::FromWide(name);
@@ -81,7 +73,7 @@ TEST_F(ComponentTest, ResolvesEveryMemberToAnIdOfItsOwn) {
 }
 
 TEST_F(ComponentTest, RefusesOtherArgumentsThanAMethodTakes) {
-  for (const auto& [name, kinds] : kMethods) {
+  for (const auto& [name, kinds] : Members(kMethods)) {
     SCOPED_TRACE(platform::FromWide(name));
     platform::Variant result = std::int32_t{77};
     EXPECT_EQ(caller_.Invoke(name, InvokeKind::kMethod, Samples(kinds + "T"), &result),
@@ -105,8 +97,9 @@ TEST_F(ComponentTest, RefusesOtherArgumentsThanAMethodTakes) {
 }
 
 TEST_F(ComponentTest, KeepsWhatIsPutUntilItIsPutAgain) {
-  for (const auto& [name, kind] : kPuttable) {
+  for (const auto& [name, kinds] : Members(kPuttable)) {
     SCOPED_TRACE(platform::FromWide(name));
+    const char kind = kinds.front();
     EXPECT_EQ(caller_.Put(name, Sample(kind)), platform::kOk);
     EXPECT_EQ(caller_.Put(name, Sample(kind == 'T' ? 'I' : 'T')), platform::kTypeMismatch);
     const bool secret = name == u"smsPASSWORD";
@@ -118,7 +111,7 @@ TEST_F(ComponentTest, KeepsWhatIsPutUntilItIsPutAgain) {
   EXPECT_EQ(caller_.Get(u"smsFROM"), Caller::Text(""));
   EXPECT_EQ(caller_.Get(u"smsCONCAT"), platform::Variant(std::int32_t{0}));
   EXPECT_EQ(caller_.Get(u"smsUSER"), Caller::Text("7"));
-  for (const auto* name : {u"smsERROR", u"smsSESSION_ID", u"smsIsLoggedIn"}) {
+  for (const auto& [name, kinds] : Members(kReadOnly)) {
     EXPECT_EQ(caller_.Put(name, Sample('I')), platform::kMemberNotFound);
   }
 }

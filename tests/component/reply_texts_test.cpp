@@ -5,14 +5,6 @@
 namespace orvalo::component {
 namespace {
 
-TEST(ReplyTexts, ReadAsTheClientTakesThemApart) {
-  EXPECT_EQ(StatusText(4), "status: 004");
-  EXPECT_EQ(StatusText(11), "status: 011");
-  EXPECT_EQ(ChargeText(4, "0.8"), "status: 004 charge: 0.8");
-  EXPECT_EQ(ErrorText(202, "Not enough credit"), "ERR: 202, Not enough credit");
-  EXPECT_EQ(ErrorText(202, " \n"), "ERR: 202");
-}
-
 TEST(ReplyTexts, MakeForeignWordsHarmless) {
   const std::pair<std::string, std::string> cases[] = {
       {"", ""},
