@@ -9,10 +9,12 @@ namespace {
 
 // The second condition is the index's own, word for word: with it the partial index may be used.
 constexpr Sql kSelectPending(
-    "SELECT ID FROM SMS WHERE Stat = 0 AND Stat IN (0, 4, 5, 6, 10) ORDER BY ID");
+    "SELECT ID FROM SMS WHERE Stat = 0 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) ORDER "
+    "BY ID");
 constexpr Sql kSelectPendingOne("SELECT ID FROM SMS WHERE ID = ? AND +Stat = 0");
 constexpr Sql kSelectDue(
-    "SELECT ID FROM SMS WHERE Stat = ?1 AND Stat IN (0, 4, 5, 6, 10) AND Delay = ?2 "
+    "SELECT ID FROM SMS WHERE Stat = ?1 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) AND "
+    "Delay = ?2 "
     "AND Time BETWEEN 0 AND ?3 ORDER BY ID");
 constexpr Sql kSelectDueAny(
     "SELECT ID FROM SMS WHERE Stat = ?1 AND Delay = ?2 AND Time BETWEEN 0 AND ?3 ORDER BY ID");

@@ -13,16 +13,19 @@ constexpr Sql kUpdateEdited(
     "UPDATE SMS SET Stat = iif(SavedStat IN (6, 7), 6, 0), Type = ?2, \"To\" = ?3, ToInfo = ?4, "
     "Msg = ?5 WHERE ID = ?1");
 constexpr Sql kRestoreEdited(
-    "UPDATE SMS SET Stat = SavedStat WHERE Stat = 5 AND Stat IN (0, 4, 5, 6, 10)");
+    "UPDATE SMS SET Stat = SavedStat WHERE Stat = 5 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat "
+    "= 10)");
 constexpr Sql kDeleteMessage("DELETE FROM SMS WHERE ID = ?");
 constexpr Sql kCountWaiting(
-    "SELECT count(*) FROM SMS WHERE Stat IN (0, 4, 6) AND Stat IN (0, 4, 5, 6, 10)");
+    "SELECT count(*) FROM SMS WHERE Stat IN (0, 4, 6) AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR "
+    "Stat = 10)");
 constexpr Sql kCountMessages("SELECT count(*) FROM SMS");
 constexpr Sql kSelectMessages(
     "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
     "Delay, QueryTime, StatQryTm, Charge FROM SMS ORDER BY ID");
 constexpr Sql kSelectInterrupted(
-    "SELECT ID FROM SMS WHERE Stat = 10 AND Stat IN (0, 4, 5, 6, 10) ORDER BY ID");
+    "SELECT ID FROM SMS WHERE Stat = 10 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) ORDER "
+    "BY ID");
 
 std::int32_t CountRows(Connection* connection, const Sql& sql) {
   if (connection == nullptr) return 0;

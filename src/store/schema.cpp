@@ -13,7 +13,8 @@ constexpr Sql kReadSchemaNumber("PRAGMA user_version");
 constexpr Sql kCountObjects("SELECT count(*) FROM sqlite_schema");
 
 // The two indices on SMS are partial: what has come to its end, the bulk of an old file, is in
-// none. Membership rows are read in the order of their hidden row number, the order of joining.
+// none. Their conditions are written out because SQLite would build a table for IN at every
+// update. Membership rows are read in the order of their hidden row number, the order of joining.
 constexpr const char* kTables = R"(
 CREATE TABLE SMS(
   ID INTEGER PRIMARY KEY, Time INTEGER NOT NULL, Stat INTEGER NOT NULL, Type INTEGER NOT NULL,
@@ -21,7 +22,7 @@ CREATE TABLE SMS(
   ApiMsgID TEXT NOT NULL, SavedStat INTEGER NOT NULL, SenderID TEXT NOT NULL,
   Delay INTEGER NOT NULL, QueryTime INTEGER NOT NULL, StatQryTm INTEGER NOT NULL,
   Charge TEXT NOT NULL);
-CREATE INDEX SMS_UNFINISHED ON SMS(Stat) WHERE Stat IN (0, 4, 5, 6, 10);
+CREATE INDEX SMS_UNFINISHED ON SMS(Stat) WHERE (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10);
 CREATE INDEX SMS_FOLLOWED ON SMS(Stat, StatQryTm) WHERE QueryTime >= 1;
 CREATE TABLE NextSMSID(ID INTEGER NOT NULL);
 CREATE TABLE "GROUP"(GID INTEGER PRIMARY KEY, Cnt INTEGER NOT NULL, Name TEXT NOT NULL);
@@ -40,7 +41,7 @@ CREATE INDEX MAP_GID ON CONTACT_GROUP_MAP(GID);
 constexpr Sql kTableChecks[] = {
     Sql("SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, "
         "SenderID, Delay, QueryTime, StatQryTm, Charge FROM SMS INDEXED BY SMS_UNFINISHED "
-        "WHERE Stat IN (0, 4, 5, 6, 10) LIMIT 1"),
+        "WHERE (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) LIMIT 1"),
     Sql("SELECT ID FROM SMS INDEXED BY SMS_FOLLOWED WHERE QueryTime >= 1 LIMIT 1"),
     Sql("SELECT GID, Cnt, Name FROM \"GROUP\" LIMIT 1"),
     Sql("SELECT CID, Name, Surname, Title, Custom, Mobile FROM CONTACTS LIMIT 1"),
