@@ -1,15 +1,17 @@
 #include "cli/content_arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <istream>
 #include <iterator>
-#include <map>
 #include <optional>
 
 #include "app/startup/program.h"
 #include "messages/hex_import.h"
 #include "messages/message_types.h"
 #include "platform/code_page.h"
+#include "platform/collation.h"
 #include "platform/file.h"
 #include "store/message_type.h"
 
@@ -20,13 +22,20 @@ namespace {
 constexpr std::uint64_t kLargestTextFile = 1u << 20;  // bytes; no gateway takes more
 constexpr char kStandardInput[] = "-";
 
-std::map<std::string, std::int32_t> TypesByName() {
-  const auto number = [](MessageType type) { return static_cast<std::int32_t>(type); };
-  return {{"text", number(MessageType::kText)},
-          {"flash", number(MessageType::kFlash)},
-          {"unicode", number(MessageType::kUnicode)},
-          {"vcard", number(MessageType::kVCard)},
-          {"vcal", number(MessageType::kVCal)}};
+struct NamedType {
+  const char* name;
+  MessageType type;
+};
+constexpr std::array kTypes{
+    NamedType{"text", MessageType::kText}, NamedType{"flash", MessageType::kFlash},
+    NamedType{"unicode", MessageType::kUnicode}, NamedType{"vcard", MessageType::kVCard},
+    NamedType{"vcal", MessageType::kVCal}};
+
+const NamedType* FindType(const std::string& name) {
+  const auto found = std::find_if(kTypes.begin(), kTypes.end(), [&](const NamedType& known) {
+    return platform::EqualNoCaseAscii(known.name, name);
+  });
+  return found == kTypes.end() ? nullptr : &*found;
 }
 
 // The line end that editors put behind the last line is not part of the message.
@@ -56,20 +65,27 @@ void ContentArguments::Define(CLI::App& app) {
           ->type_name("F");
   import_option_ =
       app.add_option("--file", import_file_, "File of a vcard or vcal message")->type_name("F");
-  app.add_option("--type", type_, "text, flash, unicode, vcard or vcal")
-      ->type_name("TYPE")
-      ->transform(CLI::CheckedTransformer(TypesByName(), CLI::ignore_case).description(""));
+  app.add_option("--type", type_, "text (unless given), flash, unicode, vcard or vcal")
+      ->type_name("TYPE");
+}
+
+std::int32_t ContentArguments::type() const {
+  return static_cast<std::int32_t>(FindType(type_)->type);
 }
 
 void ContentArguments::Check() const {
+  if (FindType(type_) == nullptr) {
+    throw CommandError(ExitCode::kUsage,
+                       "There is no type " + type_ + ": text, flash, unicode, vcard or vcal");
+  }
   const auto sources = text_option_->count() + text_file_option_->count() + import_option_->count();
   if (sources != 1) {
     throw CommandError(ExitCode::kUsage, "The message needs one of --text, --text-file and --file");
   }
   const bool imports = import_option_->count() > 0;
-  if (IsFileType(type_) && !imports)
+  if (IsFileType(type()) && !imports)
     throw CommandError(ExitCode::kUsage, "A message of this type needs --file");
-  if (!IsFileType(type_) && imports)
+  if (!IsFileType(type()) && imports)
     throw CommandError(ExitCode::kUsage, "--file goes with the types vcard and vcal");
 }
 

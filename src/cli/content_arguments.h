@@ -14,10 +14,11 @@ namespace orvalo::cli {
 class ContentArguments {
  public:
   void Define(CLI::App& app);
-  // Throws CommandError(kUsage) unless there is exactly one source and it goes with the type.
+  // Throws CommandError(kUsage) for an unknown type, and unless there is exactly one source and it
+  // goes with the type.
   void Check() const;
 
-  std::int32_t type() const { return type_; }
+  std::int32_t type() const;  // valid once checked
   // The text, or a file's bytes as hexadecimal. Throws CommandError when it is empty, too long for
   // one message while messages may not span several, or cannot be read.
   std::string Read(Context& context) const;
@@ -26,7 +27,7 @@ class ContentArguments {
   std::string ReadTextFile(Context& context) const;
   std::string ReadImport(Context& context) const;
 
-  std::int32_t type_ = 0;
+  std::string type_ = "text";
   std::string text_;
   std::string text_file_;
   std::string import_file_;

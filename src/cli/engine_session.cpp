@@ -12,6 +12,8 @@ namespace {
 // Of this class's own: the engine changes messages. Its other numbers are the engine's.
 constexpr std::uint32_t kMessageInHand = platform::kWmApp + 100;
 
+constexpr std::int64_t kBetweenProgress = 100;  // milliseconds
+
 }  // namespace
 
 EngineSession::EngineSession(Context& context)
@@ -43,6 +45,7 @@ EngineSession::Event EngineSession::Wait(std::int64_t tick) {
       RefreshBalance();
       return Event::kBurstOver;
     }
+    if (context_.program.GetClock().Tick() >= tick) return Event::kTime;
   }
 }
 
@@ -50,7 +53,8 @@ bool EngineSession::TakeChanged() { return std::exchange(changed_, false); }
 
 void EngineSession::Stop() {
   context_.program.GetEngine().RequestStop(nullptr);
-  context_.program.GetEngine().WaitForEnd();
+  while (!context_.program.GetEngine().WaitForEnd())
+    context_.errors.Progress("Finishing the message in hand");
 }
 
 void EngineSession::Post(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
@@ -104,6 +108,9 @@ void EngineSession::Show(const Message& message) {
       context_.errors.Progress("");
       return;
     case kWmProgress: {
+      const std::int64_t now = context_.program.GetClock().Tick();
+      if (now < next_progress_) return;
+      next_progress_ = now + kBetweenProgress;
       std::string text = stage_ + std::string(": ") + std::to_string(message.wparam) + " to go";
       if (message.lparam > 0) text += ", " + std::to_string(message.lparam) + " recipients";
       context_.errors.Progress(text);

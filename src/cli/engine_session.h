@@ -35,7 +35,7 @@ class EngineSession : private platform::Mailbox, private OutboxView {
   Event Wait(std::int64_t tick);
   // Whether the engine has changed messages since the last call.
   bool TakeChanged();
-  // Asks the engine to stop and waits for its end.
+  // Asks the engine to stop and waits for its end: as long as the message in hand takes.
   void Stop();
 
  private:
@@ -51,7 +51,8 @@ class EngineSession : private platform::Mailbox, private OutboxView {
   void RefreshBalance();
 
   Context& context_;
-  const char* stage_ = "";  // of the engine's burst, in words
+  const char* stage_ = "";          // of the engine's burst, in words
+  std::int64_t next_progress_ = 0;  // the clock's tick
   bool changed_ = false;
   bool balance_due_ = false;
 

@@ -1,0 +1,75 @@
+#include "orvaloctl_fixture.h"
+
+namespace orvalo::test {
+namespace {
+
+class AddressBookTest : public OrvaloctlTest {
+ protected:
+  void SetUp() override {
+    Init();
+    ASSERT_THAT(Run({"group", "add", "Friends"}), EndsWith(0));
+    ASSERT_THAT(Run({"group", "add", "Staff"}), EndsWith(0));
+  }
+  nlohmann::json Contact(int cid) { return Json({"contact", "show", std::to_string(cid)}).First(); }
+  void AddAnn() {
+    ASSERT_THAT(Run({"contact", "add", "--name", "Ann", "--surname", "Archer", "--title", "Ms",
+                     "--custom", "VIP", "--mobile", "27821110001", "--group", "friends"}),
+                EndsWith(0));
+  }
+};
+
+TEST_F(AddressBookTest, KeepsGroupNamesApart) {
+  EXPECT_THAT(Run({"group", "add", "FRIENDS"}), FailsWith(1, "Friends already"));
+  EXPECT_THAT(Run({"group", "rename", "staff", "friends"}), FailsWith(1, "Friends already"));
+  EXPECT_THAT(Run({"group", "rename", "staff", "STAFF"}), EndsWith(0));
+  EXPECT_THAT(Run({"group", "rename", "Nobody", "x"}), FailsWith(1, "no group Nobody"));
+  EXPECT_THAT(Run({"group", "delete", "all contacts"}), FailsWith(1, "every contact"));
+  EXPECT_THAT(Run({"group", "rename", "All Contacts", "x"}), FailsWith(1, "every contact"));
+  EXPECT_THAT(Run({"group", "add", "list"}), EndsWith(0)) << "a name may be a command's";
+  AddAnn();
+  EXPECT_EQ(Json({"group", "list"}).All(), nlohmann::json::parse(R"([
+      {"GID": 1, "Name": "All Contacts", "Members": 1}, {"GID": 2, "Name": "Friends", "Members": 1},
+      {"GID": 3, "Name": "STAFF", "Members": 0}, {"GID": 4, "Name": "list", "Members": 0}])"));
+}
+
+TEST_F(AddressBookTest, AddsAndChangesContacts) {
+  AddAnn();
+  EXPECT_EQ(Contact(1), nlohmann::json::parse(R"({"CID": 1, "Name": "Ann", "Surname": "Archer",
+      "Title": "Ms", "Custom": "VIP", "Mobile": "27821110001", "Groups": ["Friends"]})"));
+  EXPECT_THAT(Run({"contact", "edit", "1", "--surname", "", "--mobile", "+27821110009"}),
+              EndsWith(0));
+  EXPECT_THAT(Run({"contact", "edit", "1", "--group", "Staff", "--group", "Friends"}), EndsWith(0));
+  EXPECT_EQ(Contact(1), nlohmann::json::parse(R"({"CID": 1, "Name": "Ann", "Surname": "",
+      "Title": "Ms", "Custom": "VIP", "Mobile": "+27821110009", "Groups": ["Staff", "Friends"]})"));
+
+  EXPECT_THAT(Run({"contact", "edit", "1", "--title", "Professor"}), FailsWith(2, "8 characters"));
+  EXPECT_THAT(Run({"contact", "edit", "1", "--name", " "}), FailsWith(2, "empty"));
+  EXPECT_THAT(Run({"contact", "edit", "1", "--group", "Nobody"}), FailsWith(1, "no group"));
+  EXPECT_THAT(Run({"contact", "edit", "9", "--title", "Dr"}), FailsWith(1, "no contact 9"));
+  EXPECT_THAT(Run({"contact", "add", "--name", "Bob", "--mobile", "27821110002", "--group",
+                   "All Contacts"}),
+              FailsWith(1, "every contact"));
+  EXPECT_EQ(Json({"contact", "list"}).All().size(), 1u);
+}
+
+TEST_F(AddressBookTest, DeletesContactsEverywhereOrFromAGroup) {
+  AddAnn();
+  ASSERT_THAT(Run({"contact", "add", "--name", "Bob", "--mobile", "27821110002", "--group", "Staff",
+                   "--group", "Friends"}),
+              EndsWith(0));
+  EXPECT_EQ(Json({"contact", "list", "--group", "staff"}).All().size(), 1u);
+  EXPECT_THAT(Run({"contact", "delete", "2", "1", "--group", "Staff"}), FailsWith(1, "not in"));
+  EXPECT_THAT(Run({"contact", "delete", "1", "9"}), FailsWith(1, "no contact 9"));
+  EXPECT_EQ(Json({"contact", "list"}).All().size(), 2u) << "all of them or none";
+
+  EXPECT_THAT(Run({"contact", "delete", "2", "--group", "Staff"}), EndsWith(0));
+  EXPECT_EQ(Contact(2).at("Groups"), nlohmann::json::parse(R"(["Friends"])"));
+  EXPECT_THAT(Run({"contact", "edit", "1", "--group", "Staff"}), EndsWith(0));
+  EXPECT_THAT(Run({"group", "delete", "Friends"}), EndsWith(0));
+  EXPECT_THAT(Run({"contact", "show", "2"}), FailsWith(1, "no contact 2"));
+  EXPECT_THAT(Run({"contact", "delete", "1"}), EndsWith(0));
+  EXPECT_EQ(Json({"contact", "list"}).All().size(), 0u);
+}
+
+}  // namespace
+}  // namespace orvalo::test

@@ -1,0 +1,313 @@
+#include "app/data_file.h"
+#include "orvaloctl_fixture.h"
+#include "platform/named_mutex.h"
+
+namespace orvalo::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+using CommandsTest = OrvaloctlTest;
+
+std::string StoredSetting(const std::string& folder, const std::string& key) {
+  std::string value;
+  DataFile(folder + "/SMS.dat", false).GetString(key, &value, "(none)");
+  return value;
+}
+
+TEST_F(CommandsTest, OnlyInitMakesADataFolder) {
+  const std::string mistyped = folder() + "/orvlao";
+  for (const std::vector<std::string>& args :
+       std::vector<std::vector<std::string>>{{"outbox"},
+                                             {"send", "--to", "27820000001", "--text", "x"},
+                                             {"settings", "prefix", "1"},
+                                             {"balance", "--offline"}}) {
+    std::vector<std::string> command = args;
+    command.insert(command.end(), {"--data", mistyped});
+    std::istringstream in;
+    std::ostringstream out, err;
+    EXPECT_EQ(cli::RunOrvaloctl(command, {in, out, err}, registry_, clock_), 1) << args[0];
+    EXPECT_THAT(err.str(), HasSubstr("orvaloctl init"));
+  }
+  EXPECT_EQ(Slurp(mistyped + "/SMS.db"), "");
+
+  EXPECT_THAT(Run({"init", "--gateway", "http://127.0.0.1:1", "--client-id", "Shop"}), EndsWith(0));
+  EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
+  EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://127.0.0.1:1");
+  EXPECT_THAT(Run({"init"}), EndsWith(0)) << "a second time changes nothing";
+  EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
+  EXPECT_THAT(Json({"outbox"}).All(), testing::IsEmpty());
+}
+
+TEST_F(CommandsTest, RefusesWrongUsage) {
+  Init();
+  const std::vector<std::vector<std::string>> wrong{
+      {},
+      {"teleport"},
+      {"group"},
+      {"outbox", "show"},
+      {"outbox", "show", "one"},
+      {"outbox", "--status", "Lost"},
+      {"login", " "},
+      {"voucher", "12345678901234AB"},
+      {"recover", "demo", " "},
+      {"settings", "colour"},
+      {"settings", "Password", "secret"},
+      {"settings", "prefix", "--password-file", "x"},
+      {"group", "add", "a name of twenty-two c"},
+      {"contact", "add", "--name", "Ann", "--mobile", "27820000001"},
+      {"contact", "add", "--name", "Ann", "--mobile", "2782x", "--group", "Friends"},
+      {"send", "--text", "x"},
+      {"send", "--to", " , ,", "--text", "x"},
+      {"send", "--to", "A5", "--text", "x"},
+      {"send", "--to", "27820000001,12345678901234567", "--text", "x"},
+      {"send", "--to", "27820000001"},
+      {"send", "--to", "27820000001", "--text", "x", "--text-file", "y"},
+      {"send", "--to", "27820000001", "--text", "x", "--type", "vcard"},
+      {"send", "--to", "27820000001", "--file", "x"},
+      {"send", "--to", "27820000001", "--text", "x", "--type", "fax"},
+      {"send", "--to", "27820000001", "--text", "x", "--wait", "0"},
+  };
+  for (const auto& args : wrong) {
+    const Outcome outcome = Run(args);
+    EXPECT_THAT(outcome, EndsWith(2)) << testing::PrintToString(args);
+    EXPECT_NE(outcome.err, "") << testing::PrintToString(args);
+    EXPECT_THAT(outcome.err, Not(HasSubstr("secret")));
+  }
+  EXPECT_THAT(Run({"send", "--help"}), EndsWith(0));
+  EXPECT_TRUE(StoredMessages().empty());
+}
+
+TEST_F(CommandsTest, LeavesAFolderInUseAloneButLooksAtIt) {
+  Init();
+  ASSERT_THAT(Run({"send", "--to", "27820000001", "--text", "first"}), EndsWith(0));
+  const auto holder = platform::NamedMutex::Create(folder(), "Orvalo3Mutex");
+  ASSERT_NE(holder, nullptr);
+  for (const std::vector<std::string>& args :
+       std::vector<std::vector<std::string>>{{"init"},
+                                             {"send", "--to", "27820000001", "--text", "x"},
+                                             {"outbox", "delete", "1"},
+                                             {"group", "add", "Friends"},
+                                             {"settings", "prefix", "27"},
+                                             {"run"},
+                                             {"query"},
+                                             {"balance"},
+                                             {"login", "demo"}}) {
+    EXPECT_THAT(Run(args), FailsWith(3, "using this data folder")) << args[0];
+  }
+  for (const std::vector<std::string>& args :
+       std::vector<std::vector<std::string>>{{"outbox"},
+                                             {"outbox", "show", "1"},
+                                             {"group", "list"},
+                                             {"contact", "list"},
+                                             {"settings"},
+                                             {"settings", "prefix"},
+                                             {"balance", "--offline"}}) {
+    EXPECT_THAT(Run(args), EndsWith(0)) << args[0];
+  }
+  EXPECT_EQ(StoredMessages().size(), 1u);
+}
+
+TEST_F(CommandsTest, QueuesAMessageForItsRecipients) {
+  Init();
+  ASSERT_THAT(Run({"group", "add", "Friends"}), EndsWith(0));
+  ASSERT_THAT(Run({"group", "add", "Staff"}), EndsWith(0));
+  for (const char* name : {"Ann", "Bob", "Cleo"}) {
+    ASSERT_THAT(Run({"contact", "add", "--name", name, "--mobile", "0821110001", "--group",
+                     std::string(name) == "Ann" ? "Staff" : "Friends"}),
+                EndsWith(0));
+  }
+  Spill(folder() + "/card", std::string("\x01\xAB", 2));
+  Spill(folder() + "/text", "Good\nmorning\r\n");
+
+  struct Case {
+    std::vector<std::string> args;
+    std::string to, text;
+    int type;
+  };
+  const std::vector<Case> cases{
+      {{"--to", "222,+111 ,,", "--to", "083", "--text", "x"}, ",222,+111,083", "x", 0},
+      {{"--contact", "3", "--group", "FRIENDS", "--contact", "1", "--to", "999", "--text", "x"},
+       ",999,A1,A2,A3",
+       "x",
+       0},
+      {{"--group", "All Contacts", "--text", "Grüße", "--type", "Unicode"},
+       ",A1,A2,A3",
+       "Grüße",
+       2},
+      {{"--to", "111", "--text-file", folder() + "/text", "--type", "flash"},
+       ",111",
+       "Good\nmorning",
+       1},
+      {{"--to", "111", "--file", folder() + "/card", "--type", "vcal"}, ",111", "01AB", 7},
+  };
+  for (const Case& queued : cases) {
+    std::vector<std::string> args{"send"};
+    args.insert(args.end(), queued.args.begin(), queued.args.end());
+    const Outcome outcome = Json(args);
+    ASSERT_THAT(outcome, EndsWith(0));
+    const auto row = StoredMessages().back();
+    EXPECT_EQ(outcome.First().at("ID"), row.id);
+    EXPECT_EQ(row.to, queued.to);
+    EXPECT_EQ(row.msg, queued.text);
+    EXPECT_EQ(row.type, queued.type);
+    EXPECT_EQ(row.stat, static_cast<int>(SmsStatus::kPending));
+    EXPECT_EQ(row.charge, "?");
+  }
+}
+
+TEST_F(CommandsTest, QueuesNothingThatCannotBeSent) {
+  Init();
+  const std::string long_text(161, 'x');
+  Spill(folder() + "/latin1", "Gr\xFC\xDF");
+  Spill(folder() + "/empty", "");
+  ASSERT_THAT(Run({"group", "add", "Nobody"}), EndsWith(0));
+  const std::vector<std::pair<std::vector<std::string>, std::string>> refused{
+      {{"--to", "111", "--text", ""}, "empty"},
+      {{"--to", "111", "--text", long_text}, "161 characters"},
+      {{"--to", "111", "--text-file", folder() + "/latin1"}, "UTF-8"},
+      {{"--to", "111", "--text-file", folder() + "/missing"}, "cannot be read"},
+      {{"--to", "111", "--file", folder() + "/empty", "--type", "vcard"}, "empty"},
+      {{"--to", "111", "--file", folder() + "/missing", "--type", "vcard"}, "missing"},
+      {{"--group", "Friends", "--text", "x"}, "no group Friends"},
+      {{"--contact", "7", "--text", "x"}, "no contact 7"},
+  };
+  for (const auto& [args, reason] : refused) {
+    std::vector<std::string> command{"send"};
+    command.insert(command.end(), args.begin(), args.end());
+    EXPECT_THAT(Run(command), FailsWith(1, reason));
+  }
+  EXPECT_THAT(Run({"send", "--group", "Nobody", "--text", "x"}), FailsWith(2, "no recipient"));
+  EXPECT_TRUE(StoredMessages().empty());
+
+  ASSERT_THAT(Run({"settings", "SpanSMS", "1"}), EndsWith(0));
+  EXPECT_THAT(RunWith(long_text + "\n", {"send", "--to", "111", "--text-file", "-"}, clock_),
+              EndsWith(0));
+  EXPECT_EQ(StoredMessages().at(0).msg, long_text);
+}
+
+TEST_F(CommandsTest, ListsShowsAndDeletesMessages) {
+  Init();
+  for (const char* text : {"one", "two\x1B[2J\nlines", "three"}) {
+    ASSERT_THAT(Run({"send", "--to", "27820000001", "--text", text}), EndsWith(0));
+  }
+  const Outcome table = Run({"outbox"});
+  EXPECT_THAT(table.out, HasSubstr("    ID  Sent              Recipient                 Status"));
+  EXPECT_THAT(table.out,
+              HasSubstr("     2  09/09/2001 01:46  27820000001               Pending     "));
+  EXPECT_THAT(table.out, HasSubstr("two [2J lines\n")) << "nothing steers the terminal";
+  EXPECT_EQ(Json({"outbox", "--status", "pENDING"}).All().size(), 3u);
+  EXPECT_EQ(Json({"outbox", "--status", "Sent"}).All().size(), 0u);
+
+  const auto shown = Json({"outbox", "show", "2"}).First();
+  const std::vector<std::string> names{
+      "ID",       "Time",  "Stat",      "StatName",  "Type",     "TypeName",
+      "RefID",    "To",    "ToInfo",    "Msg",       "ApiMsgID", "SavedStat",
+      "SenderID", "Delay", "QueryTime", "StatQryTm", "Charge"};
+  EXPECT_EQ(shown.size(), names.size());
+  for (const std::string& name : names) EXPECT_TRUE(shown.contains(name)) << name;
+  EXPECT_EQ(shown.at("StatName"), "Pending");
+  EXPECT_EQ(shown.at("TypeName"), "Text");
+  EXPECT_EQ(shown.at("Msg"), "two\x1B[2J\nlines");
+  EXPECT_THAT(Run({"outbox", "show", "2"}).out, HasSubstr("To: ,27820000001\n"));
+
+  EXPECT_THAT(Run({"outbox", "show", "9"}), FailsWith(1, "no message 9"));
+  EXPECT_THAT(Run({"outbox", "delete", "1", "9"}), FailsWith(1, "no message 9"));
+  EXPECT_EQ(StoredMessages().size(), 3u);
+  EXPECT_THAT(Run({"outbox", "delete", "1", "3"}), EndsWith(0));
+  ASSERT_EQ(StoredMessages().size(), 1u);
+  EXPECT_EQ(StoredMessages().at(0).id, 2);
+}
+
+TEST_F(CommandsTest, ReadsAndWritesSettings) {
+  Init();
+  struct Case {
+    std::string key, value, stored, why;
+  };
+  for (const Case& setting :
+       std::vector<Case>{{"prefix", "0027", "27", "the country code has no zeros of its own"},
+                         {"SENDER_ID", "Shop", "Shop", "keys are known in any case"},
+                         {"i18n", "0", "0", "what the program only reads is written, too"},
+                         {"COMBaseURL", "http://127.0.0.1:2", "http://127.0.0.1:2", "the same"},
+                         {"WorkingOnLine", "0", "0", "a login value"},
+                         {"ProxyType", "9", "4", "limited"}}) {
+    EXPECT_THAT(Run({"settings", setting.key, setting.value}), EndsWith(0)) << setting.why;
+    EXPECT_EQ(Run({"settings", setting.key}).out, setting.stored + "\n") << setting.why;
+    EXPECT_EQ(StoredSetting(folder(), setting.key), setting.stored) << setting.why;
+  }
+  EXPECT_THAT(Run({"settings", "prefix", ""}), EndsWith(0));
+  EXPECT_EQ(Run({"settings", "prefix"}).out, "\n");
+  EXPECT_THAT(Run({"settings", "SpanSMS", "yes"}), FailsWith(1, "SpanSMS"));
+}
+
+TEST_F(CommandsTest, TakesSecretsFromElsewhereAndNeverShowsThem) {
+  Init();
+  Spill(folder() + "/secret", "from file\r\nsecond line\n");
+  EXPECT_THAT(Run({"settings", "ProxyPassword", "--password-file", folder() + "/secret"}),
+              EndsWith(0));
+  EXPECT_EQ(StoredSetting(folder(), "ProxyPassword"), "from file");
+  {
+    const ScopedVariable variable("ORVALO_PASSWORD", "from variable");
+    EXPECT_THAT(Run({"settings", "Password"}), EndsWith(0)) << "only looks";
+    EXPECT_EQ(StoredSetting(folder(), "Password"), "(none)");
+    EXPECT_THAT(Run({"settings", "Password", "-"}), EndsWith(0));
+    EXPECT_EQ(StoredSetting(folder(), "Password"), "from variable");
+  }
+  EXPECT_THAT(RunWith("from input\n", {"settings", "Outlook_Password", "-"}, clock_), EndsWith(0));
+  EXPECT_EQ(StoredSetting(folder(), "Outlook_Password"), "from input");
+  EXPECT_THAT(Run({"settings", "Password", "-"}), FailsWith(1, "No password"));
+  EXPECT_THAT(Run({"settings", "Password", "--password-file", folder() + "/none"}), EndsWith(1));
+
+  for (const Outcome& listed : {Run({"settings"}), Json({"settings"})}) {
+    EXPECT_THAT(listed.out, HasSubstr("********"));
+    EXPECT_THAT(listed.out + listed.err, Not(HasSubstr("from ")));
+  }
+}
+
+TEST_F(CommandsTest, ComparesAnOfflineLoginWithTheStoredOne) {
+  Init();
+  ASSERT_THAT(Run({"settings", "Login", "demo"}), EndsWith(0));
+  ASSERT_THAT(RunWith("right\n", {"settings", "Password", "-"}, clock_), EndsWith(0));
+  const auto log_in = [&](const char* user, const char* password) {
+    return RunWith(password, {"login", user, "--offline"}, clock_);
+  };
+  EXPECT_THAT(log_in("demo", "wrong"), FailsWith(1, "Unknown username or password!"));
+  EXPECT_THAT(log_in("Demo", "right"), FailsWith(1, "Unknown username or password!"));
+  EXPECT_EQ(StoredSetting(folder(), "WorkingOnLine"), "1");
+  EXPECT_THAT(log_in("demo", "right"), EndsWith(0));
+  EXPECT_EQ(StoredSetting(folder(), "WorkingOnLine"), "0");
+  EXPECT_EQ(Run({"balance"}).out, "Balance: 0.0?\n");
+  EXPECT_THAT(Run({"voucher", "1234567890123456"}), FailsWith(1, "You need to be online"));
+  EXPECT_THAT(Run({"query"}), FailsWith(1, "offline"));
+  EXPECT_THAT(Run({"send", "--to", "111", "--text", "x", "--wait", "5"}), FailsWith(1, "offline"));
+  EXPECT_TRUE(StoredMessages().empty());
+}
+
+TEST_F(CommandsTest, SaysThatTheGatewayCannotBeReached) {
+  Init();
+  EXPECT_THAT(Run({"balance"}), FailsWith(1, "orvaloctl login")) << "nobody to log in as";
+  const Outcome login = RunWith("demo\n", {"login", "demo"}, clock_);
+  EXPECT_THAT(login, FailsWith(4, "cannot be reached"));
+  EXPECT_THAT(login.err, HasSubstr("Login failed ...: Failed to communicate"));
+  EXPECT_EQ(StoredSetting(folder(), "Login"), "(none)");
+
+  ASSERT_THAT(Run({"settings", "Login", "demo"}), EndsWith(0));
+  ASSERT_THAT(Run({"send", "--to", "111", "--text", "kept"}), EndsWith(0));
+  for (const std::vector<std::string>& args :
+       std::vector<std::vector<std::string>>{{"balance"},
+                                             {"query"},
+                                             {"run"},
+                                             {"voucher", "1234567890123456"},
+                                             {"send", "--to", "111", "--text", "x", "--wait", "5"},
+                                             {"recover", "demo", "a@b"}}) {
+    EXPECT_THAT(Run(args), EndsWith(4)) << args[0];
+  }
+  const auto rows = StoredMessages();
+  ASSERT_EQ(rows.size(), 1u) << "nothing is left behind by a send that was refused";
+  EXPECT_EQ(rows[0].stat, static_cast<int>(SmsStatus::kPending));
+  EXPECT_EQ(StoredSetting(folder(), "WorkingOnLine"), "1");
+}
+
+}  // namespace
+}  // namespace orvalo::test

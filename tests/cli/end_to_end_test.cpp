@@ -1,0 +1,149 @@
+#include <cmath>
+#include <condition_variable>
+
+#include "gateway_process.h"
+#include "orvaloctl_fixture.h"
+
+namespace orvalo::test {
+namespace {
+
+using testing::HasSubstr;
+
+// A clock on which a short wait takes only as long as the others need to get something done: the
+// seconds between a command's questions pass at once, the engine's minute does not.
+class HurryingClock : public FakeClock {
+ public:
+  bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition,
+                 std::int64_t tick, const std::function<bool()>& ready) override {
+    constexpr std::int64_t kShort = 2000;
+    if (tick - Tick() > kShort) return FakeClock::WaitUntil(lock, condition, tick, ready);
+    condition.wait_for(lock, std::chrono::milliseconds(20), ready);
+    if (!ready() && tick > Tick()) Advance(tick - Tick());
+    return ready();
+  }
+};
+
+// Money in tenths, exactly.
+std::int64_t Tenths(const std::string& amount) { return std::lround(std::stod(amount) * 10); }
+
+class EndToEndTest : public OrvaloctlTest {
+ protected:
+  void SetUp() override {
+    ASSERT_NE(gateway_.address(), "");
+    Init(gateway_.address());
+    ASSERT_THAT(RunWith("demo\n", {"login", "demo", "--remember"}, hurrying_clock_), EndsWith(0));
+  }
+  Outcome Hurry(std::vector<std::string> args) {
+    args.insert(args.begin(), "--json");
+    return RunWith("", std::move(args), hurrying_clock_);
+  }
+  std::int64_t Balance() {
+    return nlohmann::json::parse(Hurry({"balance"}).out).at("tenths").get<std::int64_t>();
+  }
+  std::int64_t Charged() {
+    std::int64_t sum = 0;
+    for (const MessageRow& row : StoredMessages()) {
+      if (row.charge != "?" && !row.charge.empty()) sum += Tenths(row.charge);
+    }
+    return sum;
+  }
+
+  GatewayProcess gateway_;
+  HurryingClock hurrying_clock_;
+};
+
+std::vector<std::string> StatusNames(const Outcome& outcome) {
+  std::vector<std::string> names;
+  for (const auto& row : outcome.All()) names.push_back(row.at("StatName"));
+  return names;
+}
+
+TEST_F(EndToEndTest, ChargesShownAddUpToTheDebit) {
+  const std::int64_t before = Balance();
+  ASSERT_THAT(Run({"group", "add", "Friends"}), EndsWith(0));
+  for (const char* contact : {"Ann", "Bob"}) {
+    ASSERT_THAT(
+        Run({"contact", "add", "--name", contact, "--mobile", "27821110001", "--group", "Friends"}),
+        EndsWith(0));
+  }
+  const Outcome batch = Hurry({"send", "--to", "27830000001,27830000002,27830009909", "--text",
+                               "The shop opens at nine.", "--wait", "500"});
+  EXPECT_THAT(batch, EndsWith(0));
+  EXPECT_THAT(StatusNames(batch),
+              testing::ElementsAre("Expanded", "Delivered", "Delivered", "Routing error"));
+  const Outcome personalised =
+      Hurry({"send", "--group", "Friends", "--text", "Dear <<FIRSTNAME>>", "--wait", "500"});
+  EXPECT_THAT(StatusNames(personalised),
+              testing::ElementsAre("Expanded", "Delivered", "Delivered"));
+  const Outcome flash =
+      Hurry({"send", "--to", "27840000001", "--type", "flash", "--text", "Hi", "--wait", "500"});
+  EXPECT_THAT(StatusNames(flash), testing::ElementsAre("Delivered"));
+  EXPECT_EQ(flash.First().at("TypeName"), "Flash");
+
+  std::int64_t debited = 0;
+  std::string texts;
+  for (const std::string& line : gateway_.Ledger()) {
+    const auto entry = nlohmann::json::parse(line);
+    debited += Tenths(entry.at("charge"));
+    texts += entry.at("text").get<std::string>() + "|";
+  }
+  EXPECT_THAT(texts, HasSubstr("Dear Ann|"));
+  EXPECT_GT(debited, 0);
+  EXPECT_EQ(Charged(), debited);
+  EXPECT_EQ(before - Balance(), debited);
+  EXPECT_EQ(Run({"balance", "--offline"}).out,
+            "Balance: " + std::to_string((before - debited) / 10) + "." +
+                std::to_string((before - debited) % 10) + "?\n");
+}
+
+TEST_F(EndToEndTest, TellsHowFarTheRecipientsCame) {
+  const Outcome waiting = Hurry({"send", "--to", "27830009902", "--text", "x", "--wait", "20"});
+  EXPECT_THAT(waiting, FailsWith(0, "No final status yet: 1 message"));
+  EXPECT_THAT(StatusNames(waiting), testing::ElementsAre("Queued"));
+  const Outcome partly =
+      Hurry({"send", "--to", "27830000001,27830009900", "--text", "x", "--wait", "500"});
+  EXPECT_THAT(partly, FailsWith(1, "Not accepted by the gateway: 1 message"));
+  EXPECT_THAT(StatusNames(partly),
+              testing::UnorderedElementsAre("Expanded", "Delivered", "Failed"));
+  const Outcome refused = Hurry({"send", "--to", "27830009900", "--text", "x", "--wait", "500"});
+  EXPECT_THAT(refused, FailsWith(4, "Not accepted"));
+}
+
+TEST_F(EndToEndTest, QueuesNowAndSendsAndAsksLater) {
+  ASSERT_THAT(Hurry({"send", "--to", "27830000001", "--text", "later"}), EndsWith(0));
+  EXPECT_TRUE(gateway_.Ledger().empty()) << "queueing sends nothing";
+  EXPECT_THAT(Hurry({"query"}), EndsWith(0));
+  EXPECT_TRUE(gateway_.Ledger().empty()) << "nor does asking";
+
+  const Outcome run = Hurry({"run", "--for", "2"});
+  EXPECT_THAT(run, FailsWith(0, "Message 1 to 27830000001: Unknown"));
+  EXPECT_EQ(gateway_.Ledger().size(), 1u);
+  const MessageRow sent = StoredMessages().at(0);
+  EXPECT_GT(sent.stat_qry_tm, 0);
+
+  EXPECT_THAT(StatusNames(Hurry({"query"})), testing::ElementsAre("Delivered"));
+  EXPECT_EQ(StoredMessages().at(0).stat_qry_tm, sent.stat_qry_tm) << "the schedule stays";
+  EXPECT_THAT(StatusNames(Hurry({"query"})), testing::IsEmpty());
+  EXPECT_THAT(StatusNames(Hurry({"query", "1"})), testing::ElementsAre("Delivered"));
+  EXPECT_THAT(Hurry({"query", "1", "9"}), FailsWith(1, "no message 9"));
+}
+
+TEST_F(EndToEndTest, ServesTheAccount) {
+  const std::int64_t before = Balance();
+  EXPECT_THAT(Hurry({"voucher", "1234567890123456"}), EndsWith(0));
+  EXPECT_EQ(Balance() - before, 500);
+  EXPECT_THAT(Hurry({"voucher", "1234567890123456"}), FailsWith(4, "already been redeemed"));
+  EXPECT_THAT(Hurry({"voucher", "123"}), FailsWith(1, "not long enough"));
+  EXPECT_THAT(RunWith("wrong\n", {"login", "demo"}, hurrying_clock_),
+              FailsWith(4, "Unknown username or password!"));
+  EXPECT_EQ(Balance() - before, 500) << "a refused login leaves the stored one";
+  EXPECT_THAT(Hurry({"recover", "demo", "demo@example.org"}), EndsWith(0));
+  EXPECT_THAT(Hurry({"recover", "demo", "other@example.org"}), FailsWith(4, "Failed to notify"));
+
+  gateway_.End();
+  EXPECT_THAT(Hurry({"balance"}), FailsWith(4, "cannot be reached"));
+  EXPECT_THAT(Hurry({"balance", "--offline"}), EndsWith(0));
+}
+
+}  // namespace
+}  // namespace orvalo::test
