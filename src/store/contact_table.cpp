@@ -1,7 +1,7 @@
 #include "platform/code_page.h"
+#include "store/connection.h"
 #include "store/id_counters.h"
 #include "store/sms_database.h"
-#include "store/storage.h"
 
 namespace orvalo {
 namespace {

@@ -1,6 +1,6 @@
 #include "store/id_counters.h"
 
-#include "store/storage.h"
+#include "store/connection.h"
 
 namespace orvalo {
 

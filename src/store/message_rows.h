@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "platform/clock.h"
+#include "store/connection.h"
 #include "store/records.h"
-#include "store/storage.h"
 
 namespace orvalo {
 

@@ -1,8 +1,8 @@
 // What the send engine selects and stores.
+#include "store/connection.h"
 #include "store/id_counters.h"
 #include "store/message_rows.h"
 #include "store/sms_database.h"
-#include "store/storage.h"
 
 namespace orvalo {
 namespace {

@@ -1,8 +1,8 @@
 #include "app/log_file.h"
+#include "store/connection.h"
 #include "store/id_counters.h"
 #include "store/message_rows.h"
 #include "store/sms_database.h"
-#include "store/storage.h"
 
 namespace orvalo {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "store/storage.h"
+#include "store/connection.h"
 #include "store/store_error.h"
 
 namespace orvalo {

@@ -78,10 +78,10 @@ void SmsDatabase::Commit() {
     }
     transaction.Commit();
   } catch (const StoreError&) {
-    storage_->Checkpoint();  // on a full disk, the journal's end is what makes room
+    connection->Checkpoint();  // on a full disk, the journal's end is what makes room
     throw;
   }
-  storage_->Checkpoint();
+  connection->Checkpoint();
 }
 
 Log* SmsDatabase::EnabledLog() const {
