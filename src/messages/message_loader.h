@@ -1,0 +1,17 @@
+#pragma once
+#include <cstdint>
+
+namespace orvalo {
+
+// Whoever takes a stored message back into the compose page; implemented by the compose logic, used
+// by the outbox. Main thread.
+class MessageLoader {
+ public:
+  virtual ~MessageLoader() = default;
+  // Fills the page from the row; what the page held is gone. With `edit` the row is put into the
+  // status Editing and the page's "Update >>" will change it; without, the row is left alone and
+  // the page holds a copy to be queued anew. An id without a row leaves an empty page.
+  virtual void LoadMessage(std::int32_t id, bool edit) = 0;
+};
+
+}  // namespace orvalo
