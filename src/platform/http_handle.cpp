@@ -1,6 +1,9 @@
 #include "platform/http_handle.h"
 
+#include <signal.h>
+
 #include <algorithm>
+#include <csignal>
 #include <mutex>
 #include <string_view>
 
@@ -50,7 +53,15 @@ std::string_view HostOf(std::string_view url) {
 
 CURL* OpenEasyHandle() {
   static std::once_flag initialized;
-  std::call_once(initialized, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+  std::call_once(initialized, [] {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    // A TLS connection that the other side has closed would end the process at the next write:
+    // libcurl, told to use no signals, leaves this one to its user.
+    struct sigaction present {};
+    if (sigaction(SIGPIPE, nullptr, &present) == 0 && present.sa_handler == SIG_DFL) {
+      std::signal(SIGPIPE, SIG_IGN);
+    }
+  });
   return curl_easy_init();
 }
 
