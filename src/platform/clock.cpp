@@ -12,6 +12,19 @@ namespace {
 // overflows the clock's nanoseconds.
 constexpr std::int64_t kLongestWaitMs = 3'600'000;
 
+constexpr std::int64_t kDay = 86'400;
+
+// Seconds since 1970 of a calendar time in a zone without an offset; parts may exceed their range.
+std::int64_t AsUtc(const LocalTime& time) {
+  const int months = time.month - 1;
+  const int year = time.year + months / 12 - (months % 12 < 0 ? 1 : 0);
+  const auto month = static_cast<unsigned>((months % 12 + 12) % 12 + 1);
+  const std::chrono::sys_days first =
+      std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(1);
+  const std::int64_t days = first.time_since_epoch().count() + std::int64_t{time.day} - 1;
+  return ((days * 24 + time.hour) * 60 + time.minute) * 60 + time.second;
+}
+
 class MachineClock : public Clock {
  public:
   std::int64_t Now() const override {
@@ -52,6 +65,19 @@ class MachineClock : public Clock {
 };
 
 }  // namespace
+
+// A change of the zone's offset that matters lies within a day of the time asked for, so the
+// offsets of the day before and the day after are the only candidates.
+std::int64_t Clock::FromLocal(const LocalTime& local) const {
+  const std::int64_t wanted = AsUtc(local);
+  const auto with_offset_of = [&](std::int64_t moment) {
+    return wanted - (AsUtc(ToLocal(moment)) - moment);
+  };
+  const std::int64_t before = with_offset_of(wanted - kDay);
+  if (AsUtc(ToLocal(before)) == wanted) return before;
+  const std::int64_t after = with_offset_of(wanted + kDay);
+  return AsUtc(ToLocal(after)) == wanted ? after : before;
+}
 
 Clock& SystemClock() {
   static Clock& clock = *new MachineClock;

@@ -26,6 +26,11 @@ class Clock {
   virtual std::int64_t Tick() const = 0;  // monotonic milliseconds, from an arbitrary start
   // In the machine's time zone; a time beyond the calendar is the default LocalTime.
   virtual LocalTime ToLocal(std::int64_t seconds) const = 0;
+  // The inverse of ToLocal, as mktime reads a calendar time: months, days, hours, minutes and
+  // seconds beyond their range carry over (day 31 of April is the first of May; day 0 the last of
+  // March), the weekday is ignored. A time that the change to summer time skips is moved forward by
+  // what is skipped; of a time that comes twice the first is taken. Years 1 to 9999.
+  std::int64_t FromLocal(const LocalTime& local) const;
   virtual void Sleep(std::int64_t milliseconds) = 0;
 
   // Waits on `condition` (with `lock` held, as std::condition_variable wants it) until ready() is
