@@ -55,6 +55,7 @@ void EngineSession::Stop() {
   context_.program.GetEngine().RequestStop(nullptr);
   while (!context_.program.GetEngine().WaitForEnd())
     context_.errors.Progress("Finishing the message in hand");
+  context_.errors.Progress("");
 }
 
 void EngineSession::Post(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
@@ -111,8 +112,8 @@ void EngineSession::Show(const Message& message) {
       const std::int64_t now = context_.program.GetClock().Tick();
       if (now < next_progress_) return;
       next_progress_ = now + kBetweenProgress;
-      std::string text = stage_ + std::string(": ") + std::to_string(message.wparam) + " to go";
-      if (message.lparam > 0) text += ", " + std::to_string(message.lparam) + " recipients";
+      std::string text = std::string(stage_) + ": messages left " + std::to_string(message.wparam);
+      if (message.lparam > 0) text += ", recipients left " + std::to_string(message.lparam);
       context_.errors.Progress(text);
       return;
     }

@@ -24,7 +24,9 @@ void ErrorOutput::Line(std::string_view text) {
 void ErrorOutput::Progress(std::string_view text) {
   if (!terminal_) return;
   const std::lock_guard lock(mutex_);
-  stream_ << kEraseLine << OneLine(text) << std::flush;
+  TakeProgressAway();
+  if (text.empty()) return;
+  stream_ << OneLine(text) << std::flush;
   in_progress_ = true;
 }
 

@@ -15,8 +15,10 @@ class ErrorOutput {
   ErrorOutput(const ErrorOutput&) = delete;
   ErrorOutput& operator=(const ErrorOutput&) = delete;
 
-  void Line(std::string_view text);      // control characters are shown as blanks
-  void Progress(std::string_view text);  // nothing unless on a terminal
+  void Line(std::string_view text);  // control characters are shown as blanks
+  // Nothing unless on a terminal. An empty text takes the progress line away, as is due before
+  // results are printed.
+  void Progress(std::string_view text);
 
  private:
   void TakeProgressAway();

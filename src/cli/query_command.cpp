@@ -27,7 +27,7 @@ bool AskAbout(Context& context, const std::vector<std::int32_t>& ids) {
   auto left = ids.size();
   for (const std::int32_t id : ids) {
     if (program.GetNotices().Stopping()) break;
-    context.errors.Progress("Asking for news: " + std::to_string(left--) + " to go");
+    context.errors.Progress("Asking for news: messages left " + std::to_string(left--));
     pass.QueryMessageStatus(id);
     if (program.GetGateway()->LastError() == kGatewayUnreachable) return false;
   }
@@ -48,6 +48,7 @@ ExitCode QueryCommand::Execute(Context& context) {
   const std::vector<std::int32_t> ids = Chosen(context);
   LogInAsStored(context);
   const bool reachable = AskAbout(context, ids);
+  context.errors.Progress("");
   MessageListing listing(context);
   for (const std::int32_t id : ids) {
     if (const auto row = database.GetSms(id)) listing.Add(*row);

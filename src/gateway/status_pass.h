@@ -12,8 +12,8 @@
 namespace orvalo {
 
 // The status pass: asks the gateway for status and charge of the sent messages that are due and
-// enters the answers. Runs on the engine's worker thread only, under the pass lock from start to
-// end.
+// enters the answers. Runs on the engine's worker thread, or, where no engine runs, on the thread
+// of whoever wants a single pass; under the pass lock from start to end.
 //
 // Answers are written in groups, one transaction for each, at the latest after a second: what a
 // killed run had not yet written, the next pass asks for again.

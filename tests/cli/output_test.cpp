@@ -37,10 +37,13 @@ TEST(ErrorOutput, ShowsProgressOnlyOnATerminalAndTakesItAway) {
       errors.Progress("half");
       errors.Line("done");
       errors.Progress("more");
+      errors.Progress("yet more");
+      errors.Progress("");
     }
     const std::string erase = "\r\033[K";
-    EXPECT_EQ(stream.str(),
-              terminal ? erase + "half" + erase + "done\n" + erase + "more" + erase : "done\n");
+    EXPECT_EQ(stream.str(), terminal
+                                ? "half" + erase + "done\n" + "more" + erase + "yet more" + erase
+                                : "done\n");
   }
 }
 
