@@ -137,7 +137,8 @@ TEST(Prices, ChangeUnderARunningService) {
 TEST(Ledger, KeepsTextsAsTheyAre) {
   RunningService running;
   auto ann = running.Caller();
-  const std::string text("line\nquote\" back\\ nul\0 end ж 😀", 37);
+  using namespace std::string_literals;
+  const auto text = "line\nquote\" back\\ nul\0 end ж 😀"s;
   EXPECT_EQ(ann.Post("/v1/messages", {{"to", "123"}, {"text", text}}).status, 200);
   EXPECT_EQ(
       ann.Post("/v1/messages",
