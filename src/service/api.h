@@ -5,6 +5,7 @@
 
 #include "service/attempts.h"
 #include "service/http_message.h"
+#include "service/refusal.h"
 #include "service/router.h"
 #include "service/sessions.h"
 
