@@ -19,7 +19,8 @@
 
 #include "client_stack.h"
 #include "floor_client.h"
-#include "gateway_process.h"
+#include "support/gateway_program.h"
+#include "support/scoped_variable.h"
 #include "support/temporary_folder.h"
 
 namespace orvalo::bench {
@@ -69,7 +70,7 @@ class RoadBench {
   RoadBench(int size, int rounds)
       : size_(size),
         rounds_(rounds),
-        gateway_(Made(folder_.File("gateway")),
+        gateway_(WithAccount(folder_.File("gateway")),
                  {"--rate-limit", "100000000", "--sim-delivery-seconds", "1000000"}),
         floor_(gateway_.url()),
         ours_(Made(folder_.File("client")), gateway_.url()) {}
@@ -95,6 +96,18 @@ class RoadBench {
   }
 
  private:
+  // A folder for the service, with an account that has more credit than any benchmark can spend.
+  static std::string WithAccount(const std::string& folder) {
+    const test::ScopedVariable password("ORVALO_PASSWORD", "bench");
+    Made(folder);
+    if (test::RunGateway(
+            {"account", "add", "bench", "--credit", "100000000", "--data", folder + "/data"})
+            .status != 0) {
+      throw std::runtime_error("the gateway service took no account");
+    }
+    return folder;
+  }
+
   static std::string Made(const std::string& folder) {
     std::filesystem::create_directories(folder);
     return folder;
@@ -230,7 +243,7 @@ class RoadBench {
   int size_;
   int rounds_;
   test::TemporaryFolder folder_;
-  GatewayProcess gateway_;
+  test::GatewayProgram gateway_;
   FloorClient floor_;
   ClientStack ours_;
   std::string contacts_;  // recipient strings

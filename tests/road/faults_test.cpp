@@ -1,0 +1,174 @@
+// Programs that are killed, stopped and cut off in the middle of sending: nobody gets a message
+// twice, nothing that was reported is lost, and no recipient vanishes.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <thread>
+
+#include "app/texts.h"
+#include "store/sms_database.h"
+#include "support/fake_clock.h"
+#include "support/gateway_program.h"
+#include "support/scoped_variable.h"
+#include "support/temporary_folder.h"
+
+namespace orvalo::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+class FaultsTest : public ::testing::Test {
+ protected:
+  void Serve(const std::vector<std::string>& options) {
+    std::vector<std::string> all{"--demo", "--sim-delivery-seconds", "0"};
+    all.insert(all.end(), options.begin(), options.end());
+    service_ = std::make_unique<GatewayProgram>(service_folder_.path(), all);
+    ASSERT_NE(service_->port(), 0);
+  }
+  void LogIn() {
+    ASSERT_EQ(Ctl({"init", "--gateway", service_->url()}).status, 0);
+    ASSERT_EQ(Ctl({"login", "demo", "--remember"}).status, 0);
+    ASSERT_EQ(Ctl({"settings", "WriteLog", "1"}).status, 0);
+  }
+  ProgramResult Ctl(const std::vector<std::string>& arguments) {
+    return RunProgram(Words(arguments));
+  }
+  std::unique_ptr<ChildProcess> StartCtl(const std::vector<std::string>& arguments) {
+    return std::make_unique<ChildProcess>(Words(arguments), "/dev/null", "/dev/null");
+  }
+  std::vector<std::string> Words(const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{ORVALOCTL, "--data", client_.path()};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return words;
+  }
+
+  static std::string Numbers(int count) {
+    std::string numbers;
+    for (int i = 0; i < count; ++i)
+      numbers += (i == 0 ? "" : ",") + std::to_string(27820000000LL + 10LL * i);
+    return numbers;
+  }
+  // How often each number stands in the ledger, and the ids that it was given.
+  void ReadLedger() {
+    times_.clear();
+    ids_.clear();
+    for (const std::string& line : service_->Ledger()) {
+      const auto entry = nlohmann::json::parse(line);
+      ++times_[entry.at("number").get<std::string>()];
+      ids_.insert(entry.at("id").get<std::string>());
+    }
+  }
+  bool AwaitAccepted(std::size_t count) {
+    for (int tries = 0; tries < 200; ++tries) {
+      if (service_->Ledger().size() >= count) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+  }
+  void ExpectNobodyTwice() {
+    for (const auto& [number, times] : times_) EXPECT_EQ(times, 1) << number;
+  }
+  std::vector<MessageRow> Rows() {
+    return SmsDatabase(client_.path(), texts_, clock_, /*read_only=*/true).AllSms();
+  }
+  std::map<int, int> Statuses() {
+    std::map<int, int> count;
+    for (const MessageRow& row : Rows()) ++count[row.stat];
+    return count;
+  }
+
+  ScopedVariable password_{"ORVALO_PASSWORD", "demo"};
+  TemporaryFolder client_, service_folder_;
+  std::unique_ptr<GatewayProgram> service_;
+  std::map<std::string, int> times_;
+  std::set<std::string> ids_;
+  Texts texts_;
+  FakeClock clock_;
+};
+
+TEST_F(FaultsTest, AKilledClientNeverSendsAgain) {
+  Serve({"--sim-latency-ms", "20"});
+  LogIn();
+  ASSERT_EQ(Ctl({"send", "--to", "27830000001", "--text", "reported"}).status, 0);
+  auto sending =
+      StartCtl({"send", "--to", Numbers(100), "--type", "flash", "--text", "x", "--wait", "100"});
+  ASSERT_TRUE(AwaitAccepted(5));
+  sending->Signal(SIGKILL);
+  EXPECT_EQ(sending->Wait(), -1);
+  ReadLedger();
+  const auto accepted = times_.size();
+  EXPECT_LT(accepted, 100u);
+  ASSERT_EQ(Rows().size(), 2u) << "what was queued is still there";
+  EXPECT_EQ(Rows()[1].stat, static_cast<int>(SmsStatus::kProcessing));
+
+  EXPECT_EQ(Ctl({"run", "--for", "2"}).status, 0);
+  EXPECT_EQ(Rows()[1].stat, static_cast<int>(SmsStatus::kFailed));
+  EXPECT_THAT(Slurp(client_.File("SMS.log")),
+              HasSubstr("Sending was interrupted, not sent again: SMS_ID (2)"));
+  ReadLedger();
+  ExpectNobodyTwice();
+  EXPECT_LE(times_.size(), accepted + 1) << "only the other message went out";
+}
+
+TEST_F(FaultsTest, AStopInTheMiddleOfABatchLeavesTheRestPending) {
+  Serve({"--sim-latency-ms", "100"});
+  LogIn();
+  auto sending = StartCtl({"send", "--to", Numbers(400), "--text", "x", "--wait", "100"});
+  ASSERT_TRUE(AwaitAccepted(40));
+  sending->Signal(SIGTERM);
+  sending->Wait();
+  auto statuses = Statuses();
+  EXPECT_EQ(statuses[static_cast<int>(SmsStatus::kExpanded)], 1);
+  EXPECT_GT(statuses[static_cast<int>(SmsStatus::kPending)], 0);
+  EXPECT_EQ(Rows().size(), 401u);
+
+  service_->Stop(SIGTERM);
+  Serve({});
+  ASSERT_EQ(Ctl({"settings", "COMBaseURL", service_->url()}).status, 0);
+  EXPECT_EQ(Ctl({"run", "--for", "4"}).status, 0);
+  ReadLedger();
+  ExpectNobodyTwice();
+  EXPECT_EQ(times_.size(), 400u);
+}
+
+TEST_F(FaultsTest, LostRepliesSendNothingTwice) {
+  Serve({"--sim-drop-reply", "0.1"});
+  LogIn();
+  Ctl({"send", "--to", Numbers(60), "--text", "batch", "--wait", "60"});
+  ReadLedger();
+  ExpectNobodyTwice();
+  EXPECT_EQ(times_.size(), 60u);
+  auto statuses = Statuses();
+  EXPECT_EQ(statuses[static_cast<int>(SmsStatus::kDelivered)], 60);
+}
+
+TEST_F(FaultsTest, AKilledServiceHasWhatItReported) {
+  Serve({"--sim-latency-ms", "20"});
+  LogIn();
+  auto sending =
+      StartCtl({"send", "--to", Numbers(40), "--type", "flash", "--text", "x", "--wait", "5"});
+  ASSERT_TRUE(AwaitAccepted(10));
+  EXPECT_EQ(service_->Stop(SIGKILL), -1);
+  sending->Wait();
+  const auto rows = Rows();
+  EXPECT_EQ(rows.size(), 41u) << "a recipient has vanished";
+  ReadLedger();
+  ExpectNobodyTwice();
+  int reported = 0;
+  for (const MessageRow& row : rows) {
+    if (row.api_msg_id.empty()) continue;
+    ++reported;
+    EXPECT_EQ(ids_.count(row.api_msg_id.substr(5)), 1u)
+        << "reported, but not in the ledger: " << row.to;
+  }
+  EXPECT_GE(reported, 10);
+}
+
+}  // namespace
+}  // namespace orvalo::test
