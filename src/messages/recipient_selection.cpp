@@ -187,6 +187,7 @@ void RecipientSelection::AppendExternal(RecipientString& to, std::vector<Named>&
 }
 
 void RecipientSelection::LoadRecipients(std::string_view to) {
+  tree_.RebuildGroupsIfChanged();
   contacts_.Resize(parts_.database.PeekNextContactId());
   std::optional<std::int32_t> first;
   for (const RecipientItem& item : SplitRecipients(to)) {

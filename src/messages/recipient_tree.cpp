@@ -267,7 +267,6 @@ RecipientNode* RecipientTree::FindGroup(std::int32_t gid) {
 }
 
 bool RecipientTree::RevealContact(std::int32_t cid) {
-  Fill(AddressBook());
   for (const std::int32_t gid : database_.GroupsOf(cid)) {
     RecipientNode* group = FindGroup(gid);
     if (group == nullptr) continue;
