@@ -46,6 +46,7 @@ int FieldTextIdOf(ComposeInput button) {
 
 void ComposePage::SetUp() {
   std::vector<std::string> names;
+  names.reserve(kComposeTypes.size());
   for (const std::int32_t type : kComposeTypes) names.push_back(parts_.type_names.Name(type));
   parts_.view.SetTypes(names);
   parts_.view.LimitTextTo(kFirstTextLimit);

@@ -231,12 +231,8 @@ void RecipientSelection::SelectContactRecipients(std::span<const std::int32_t> c
 
 void RecipientSelection::SelectGroupRecipients(std::span<const std::int32_t> gids) {
   BeginHandOver();
-  for (const std::int32_t gid : gids) {
-    for (const ContactRow& member : parts_.database.MembersOf(gid)) {
-      contacts_.Select(member.cid, true);
-    }
-  }
   parts_.view.TicksChanged();
+  for (const std::int32_t gid : gids) tree_.TickGroup(gid, true);
   RefreshCounter();
 }
 

@@ -198,15 +198,8 @@ void RecipientTree::CollapseAll() {
 
 void RecipientTree::SetTick(const RecipientNode& node, bool ticked) {
   switch (node.kind) {
-    case Kind::kGroup: {
-      contacts_.Resize(database_.PeekNextContactId());
-      Group& group = groups_[node.key] = Group{};
-      for (const ContactRow& row : database_.MembersOf(node.key)) {
-        group.members.push_back(row.cid);
-        contacts_.Select(row.cid, ticked);
-      }
-      break;
-    }
+    case Kind::kGroup:
+      return TickGroup(node.key, ticked);
     case Kind::kContact:
       contacts_.Select(node.key, ticked);
       break;
@@ -219,6 +212,16 @@ void RecipientTree::SetTick(const RecipientNode& node, bool ticked) {
       break;
     default:
       return;
+  }
+  view_.TicksChanged();
+}
+
+void RecipientTree::TickGroup(std::int32_t gid, bool ticked) {
+  contacts_.Resize(database_.PeekNextContactId());
+  Group& group = groups_[gid] = Group{};
+  for (const ContactRow& row : database_.MembersOf(gid)) {
+    group.members.push_back(row.cid);
+    contacts_.Select(row.cid, ticked);
   }
   view_.TicksChanged();
 }

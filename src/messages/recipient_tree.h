@@ -71,6 +71,8 @@ class RecipientTree {
 
   // Ticks or clears the node's box, for a group, a folder: everything below it, shown or not.
   void SetTick(const RecipientNode& node, bool ticked);
+  // The same by group id, whether the tree shows the group or not.
+  void TickGroup(std::int32_t gid, bool ticked);
   // A group's box is derived from its members once they have been read; until then it is clear.
   TickState StateOf(const RecipientNode& node);
 

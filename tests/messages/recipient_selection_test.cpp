@@ -95,6 +95,7 @@ TEST_F(SelectionTest, TicksOfAContactAreSharedByItsGroups) {
   selection_.SetTick(staff, true);
   EXPECT_EQ(view_.count, 2u);
   selection_.SetTick(friends, false);
+  EXPECT_EQ(view_.count, 1u);
   EXPECT_EQ(Labels(tree().AddressBook()), "Staff~;Friends;");
   const auto to = selection_.BuildRecipientString();
   EXPECT_EQ(to.text(), ",A" + std::to_string(bob_));
@@ -155,12 +156,13 @@ TEST_F(SelectionTest, ContactsPageHandsOver) {
   EXPECT_EQ(selection_.BuildRecipientString().text(), ",111,A" + std::to_string(cid));
   selection_.SelectGroupRecipients(std::vector{staff_, friends_, 77});
   EXPECT_EQ(view_.count, 4u);
+  EXPECT_EQ(Labels(tree().AddressBook()), "Staff*;Friends*;");
   selection_.SelectContactRecipients({});
   EXPECT_EQ(view_.count, 1u);
 }
 
 TEST_F(SelectionTest, TreeMenuRebuildsAndClears) {
-  const auto menu = [this](const RecipientNode& node) {
+  const auto menu = [](const RecipientNode& node) {
     const auto offered = RecipientSelection::MenuOf(node);
     return offered ? (offered->rebuild ? "rebuild" : offered->clear ? "clear" : "?") : "none";
   };
