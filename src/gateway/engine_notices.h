@@ -19,6 +19,7 @@ inline constexpr std::uint32_t kWmSending = platform::kWmApp + 13;
 inline constexpr std::uint32_t kWmQuerying = platform::kWmApp + 14;
 inline constexpr std::uint32_t kWmProgress =
     platform::kWmApp + 15;  // rows still to do, recipients still to go
+inline constexpr std::uint32_t kWmOnline = platform::kWmApp + 30;
 inline constexpr std::uint32_t kWmOffline = platform::kWmApp + 31;
 
 // Whoever shows the outbox. Called on the worker thread: store the id, ask your own thread to

@@ -14,6 +14,16 @@ struct IdList {
   std::vector<std::int32_t> ids;
 };
 
+// The commands by which a page hands messages to the engine; implemented by SendEngine. Main
+// thread.
+class EngineCommands {
+ public:
+  virtual ~EngineCommands() = default;
+  // Hand ids to the worker: messages to send, messages to ask about. Offline both do nothing.
+  virtual void RequestSend(IdList list) = 0;
+  virtual void RequestQuery(IdList list) = 0;
+};
+
 // Kinds of work; the values never change.
 enum class RequestKind : std::int32_t {
   kSendOne = 1,

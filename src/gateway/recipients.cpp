@@ -11,13 +11,13 @@ namespace {
 
 constexpr std::size_t kMobileWidth = 16;
 
+}  // namespace
+
 std::string WithCountryPrefix(std::string_view number, std::string_view prefix) {
   if (prefix.empty() || !number.starts_with('0')) return std::string(number);
   const std::size_t digits = std::min(number.find_first_not_of('0'), number.size());
   return std::string(prefix).append(number.substr(digits));
 }
-
-}  // namespace
 
 std::vector<RecipientRecord> ExpandRecipients(std::string_view to, std::string_view prefix,
                                               SmsDatabase& database) {

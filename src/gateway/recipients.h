@@ -50,4 +50,8 @@ struct RecipientRecord {
 std::vector<RecipientRecord> ExpandRecipients(std::string_view to, std::string_view prefix,
                                               SmsDatabase& database);
 
+// The number as it goes to the gateway: when it begins with "0" and there is a prefix, the prefix
+// in place of its leading zeros.
+std::string WithCountryPrefix(std::string_view number, std::string_view prefix);
+
 }  // namespace orvalo

@@ -38,10 +38,10 @@ struct QueuedMessage {
 // reaches the worker only as queued procedure calls; the worker answers only through EngineNotices.
 // Everything in EngineParts, the account included, must outlive this object; its destructor waits
 // for the message in hand.
-class SendEngine {
+class SendEngine : public EngineCommands {
  public:
   SendEngine(const EngineParts& parts, AppSettings& settings, Account& account);
-  ~SendEngine();
+  ~SendEngine() override;
   SendEngine(const SendEngine&) = delete;
   SendEngine& operator=(const SendEngine&) = delete;
 
@@ -53,9 +53,8 @@ class SendEngine {
   // Throws StoreError when the row cannot be written: nothing is then queued.
   std::int32_t QueueMessage(const QueuedMessage& message);
 
-  // Hand ids to the worker: messages to send, messages to ask about. Offline both do nothing.
-  void RequestSend(IdList list);
-  void RequestQuery(IdList list);
+  void RequestSend(IdList list) override;
+  void RequestQuery(IdList list) override;
 
   // Asks the worker to end after the row in hand; `notify` (may be null) gets kWmQuit as the
   // worker's last act.

@@ -23,6 +23,13 @@ constexpr Sql kCountMessages("SELECT count(*) FROM SMS");
 constexpr Sql kSelectMessages(
     "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
     "Delay, QueryTime, StatQryTm, Charge FROM SMS ORDER BY ID");
+// In the order of SmsDatabase::KeyText.
+constexpr Sql kSelectKeys[] = {
+    Sql("SELECT ID, Time, Stat, '' FROM SMS ORDER BY ID"),
+    Sql("SELECT ID, Time, Stat, ToInfo FROM SMS ORDER BY ID"),
+    Sql("SELECT ID, Time, Stat, Msg FROM SMS ORDER BY ID"),
+    Sql("SELECT ID, Time, Stat, Charge FROM SMS ORDER BY ID"),
+};
 constexpr Sql kSelectInterrupted(
     "SELECT ID FROM SMS WHERE Stat = 10 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) ORDER "
     "BY ID");
@@ -156,6 +163,13 @@ void SmsDatabase::ForEachSms(const std::function<bool(const MessageRow&)>& visit
     ReadMessage(query, row);
     if (!visit(row)) return;
   }
+}
+
+void SmsDatabase::ForEachSmsKey(KeyText text, const std::function<void(const SmsKey&)>& visit) {
+  Connection* connection = Here();
+  if (connection == nullptr) return;
+  Query query(*connection, kSelectKeys[static_cast<std::size_t>(text)]);
+  while (query.Step()) visit({query.Int(0), query.Int(1), query.Int(2), query.Text(3)});
 }
 
 std::string SmsDatabase::RecipientDisplayText(std::string_view to) {

@@ -106,6 +106,18 @@ class SmsDatabase {
   // The rows are those of the moment of the call. `visit` must not change the database.
   void ForEachSms(const std::function<bool(const MessageRow&)>& visit);
 
+  // What lists of messages are sorted by: the numbers of a row and, where asked for, one of its
+  // texts (valid during the visit only).
+  enum class KeyText { kNone, kToInfo, kMsg, kCharge };
+  struct SmsKey {
+    std::int32_t id = 0;
+    std::int32_t time = 0;
+    std::int32_t stat = 0;
+    std::string_view text;
+  };
+  // As ForEachSms, for every row; reads only those columns.
+  void ForEachSmsKey(KeyText text, const std::function<void(const SmsKey&)>& visit);
+
   // Display text of a recipient string: at most three items, contacts by their names, " ..." when
   // there are more; at most 127 characters, cut at a character.
   std::string RecipientDisplayText(std::string_view to);

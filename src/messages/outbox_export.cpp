@@ -1,0 +1,125 @@
+#include "messages/outbox_export.h"
+
+#include <cstdio>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "app/texts.h"
+#include "messages/message_texts.h"
+#include "platform/code_page.h"
+#include "platform/message_box.h"
+#include "store/sms_database.h"
+#include "store/store_error.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr int kDefaultPatternId = 1280;
+constexpr int kDefaultNameId = 1281;
+constexpr int kFilterId = 1282;
+constexpr int kNotOpenedTextId = 1283;
+constexpr int kFailedCaptionId = 1284;
+constexpr int kNoteTextId = 1285;
+constexpr std::string_view kHeaderLine = "ID\tTime\tStatus\tType\tCharge\tTo\tMsg\r\n";
+
+struct CloseExportFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+void WriteBytes(std::FILE* file, std::string_view bytes) {
+  std::fwrite(bytes.data(), 1, bytes.size(), file);  // what fails shows in ferror
+}
+
+}  // namespace
+
+std::string ExportLine(const MessageRow& row, const MessageTexts& fields) {
+  std::string line = std::to_string(row.id);
+  line.append("\t").append(fields.Time(row.time));
+  line.append("\t").append(fields.Status(row.stat));
+  line.append("\t").append(fields.Type(row.type));
+  line.append("\t").append(row.charge);
+  line.append("\t").append(fields.Numbers(row.to));
+  line.append("\t").append(row.msg);
+  return line.append("\r\n");
+}
+
+bool OutboxExport::WriteMessages(const std::string& path, std::span<const std::int32_t> ids) {
+  return Write(path, [&](std::FILE* file) {
+    for (const std::int32_t id : ids) {
+      const auto row = database_.GetSms(id);
+      if (row) WriteBytes(file, ExportLine(*row, fields_));
+      if (std::ferror(file) != 0) return;
+    }
+  });
+}
+
+bool OutboxExport::WriteAll(const std::string& path) {
+  return Write(path, [&](std::FILE* file) {
+    database_.ForEachSms([&](const MessageRow& row) {
+      WriteBytes(file, ExportLine(row, fields_));
+      return std::ferror(file) == 0;
+    });
+  });
+}
+
+template <typename WriteRows>
+bool OutboxExport::Write(const std::string& path, const WriteRows& write_rows) {
+  const std::string not_opened = texts_.Format(kNotOpenedTextId, {path}).value_or(std::string());
+  std::unique_ptr<std::FILE, CloseExportFile> file(std::fopen(path.c_str(), "wb"));
+  if (file == nullptr) return Fail(not_opened);
+  WriteBytes(file.get(), kHeaderLine);
+  try {
+    write_rows(file.get());
+  } catch (const StoreError& error) {
+    return Fail(error.what());
+  }
+  WriteBytes(file.get(), texts_.LoadOrEmpty(kNoteTextId));
+  const bool written = std::ferror(file.get()) == 0;
+  const bool closed = std::fclose(file.release()) == 0;
+  return (written && closed) || Fail(not_opened);
+}
+
+bool OutboxExport::Fail(const std::string& text) {
+  boxes_.Show(text, texts_.Load(kFailedCaptionId), platform::BoxIcon::kNone);
+  return false;
+}
+
+OutboxExportDialog::OutboxExportDialog(std::vector<std::int32_t> selected, OutboxExport& writer,
+                                       const Texts& texts, OutboxExportWindow& window)
+    : selected_(std::move(selected)),
+      writer_(writer),
+      texts_(texts),
+      window_(window),
+      selected_chosen_(!selected_.empty()) {}
+
+void OutboxExportDialog::ChooseSelected(bool selected) {
+  selected_chosen_ = selected && SelectedOffered();
+}
+
+void OutboxExportDialog::EditPath(const std::string& path) {
+  path_ = platform::FirstCharacters(path, kPathWidth);
+  window_.EnableOk(OkEnabled());
+}
+
+void OutboxExportDialog::Browse() {
+  const auto path =
+      window_.PickFileToSave(texts_.Load(kDefaultNameId), texts_.LoadOrEmpty(kFilterId),
+                             texts_.LoadOrEmpty(kDefaultPatternId));
+  if (!path || platform::CountCharacters(*path) > kPathWidth) return;
+  EditPath(*path);
+  window_.ShowPath(path_);
+}
+
+void OutboxExportDialog::Ok() {
+  if (!OkEnabled()) return;
+  if (selected_chosen_) {
+    writer_.WriteMessages(path_, selected_);
+  } else {
+    writer_.WriteAll(path_);
+  }
+  window_.Close();
+}
+
+}  // namespace orvalo
