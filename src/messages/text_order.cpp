@@ -49,7 +49,7 @@ class TextOrder::Keys {
     std::vector<Item> items(rows_.size());
     for (std::size_t i = 0; i < items.size(); ++i) items[i].index = static_cast<std::uint32_t>(i);
     std::vector<Range> ranges;
-    ranges.push_back({0, items.size(), 0});
+    if (items.size() > 1) ranges.push_back({0, items.size(), 0});
     while (!ranges.empty()) {
       const Range range = ranges.back();
       ranges.pop_back();
