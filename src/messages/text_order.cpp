@@ -1,6 +1,8 @@
 #include "messages/text_order.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <utility>
 
@@ -14,12 +16,10 @@ namespace {
 // Placing a row among a million others reads twenty of them; past this share sorting all is faster.
 constexpr std::size_t kRowsForOneChange = 512;
 constexpr std::size_t kFewRows = 256;  // so few are always placed
-constexpr std::size_t kMemoryOfKeys = 1024;
 
-std::string KeyOf(std::string_view text) {
-  if (text.size() > TextOrder::kComparedCharacters)
-    text = platform::FirstCharacters(text, TextOrder::kComparedCharacters);
-  return platform::SortKey(text);
+std::string_view Compared(std::string_view text) {
+  if (text.size() <= TextOrder::kComparedCharacters) return text;
+  return platform::FirstCharacters(text, TextOrder::kComparedCharacters);
 }
 
 }  // namespace
@@ -27,102 +27,94 @@ std::string KeyOf(std::string_view text) {
 // Sort keys of many rows in one piece of memory.
 class TextOrder::Keys {
  public:
-  std::size_t Count() const { return rows_.size(); }
+  std::size_t Count() const { return items_.size(); }
 
   // Texts repeat in bulk mail, so a few keys made last are looked up by the text's hash.
   void Add(std::uint32_t row, std::uint64_t hash, std::string_view text) {
-    Span& known = known_[hash % kMemoryOfKeys];
-    std::uint64_t& known_hash = known_hashes_[hash % kMemoryOfKeys];
-    if (known.size == 0 || known_hash != hash) {
-      const std::string key = KeyOf(text);
-      known = {bytes_.size(), key.size()};
-      known_hash = hash;
-      bytes_ += key;
+    Known& known = known_[hash % known_.size()];
+    if (known.hash != hash || known.size == 0) {
+      known = {hash, bytes_.size(), 0};
+      platform::AppendSortKey(Compared(text), &bytes_);
+      known.size = static_cast<std::uint32_t>(bytes_.size() - known.start);
     }
-    rows_.push_back({row, known});
+    items_.push_back({0, known.start, known.size, row});
   }
 
-  std::uint32_t RowAt(std::size_t i) const { return rows_[i].row; }
-  std::string_view KeyAt(std::size_t i) const { return Bytes(rows_[i].key); }
+  std::uint32_t RowAt(std::size_t i) const { return items_[i].row; }
+  std::string_view KeyAt(std::size_t i) const {
+    return std::string_view(bytes_).substr(items_[i].start, items_[i].size);
+  }
 
   void Sort() {
-    std::vector<Item> items(rows_.size());
-    for (std::size_t i = 0; i < items.size(); ++i) items[i].index = static_cast<std::uint32_t>(i);
     std::vector<Range> ranges;
-    if (items.size() > 1) ranges.push_back({0, items.size(), 0});
+    if (items_.size() > 1) ranges.push_back({0, items_.size(), 0});
     while (!ranges.empty()) {
       const Range range = ranges.back();
       ranges.pop_back();
-      SortRange(items, range, ranges);
+      SortRange(range, ranges);
     }
-    std::vector<Row> sorted(rows_.size());
-    for (std::size_t i = 0; i < items.size(); ++i) sorted[i] = rows_[items[i].index];
-    rows_ = std::move(sorted);
   }
 
  private:
-  struct Span {
+  struct Known {
+    std::uint64_t hash = 0;
     std::size_t start = 0;
-    std::size_t size = 0;
+    std::uint32_t size = 0;  // 0: none yet
   };
-  struct Row {
-    std::uint32_t row = 0;
-    Span key;
-  };
-  // A row with eight bytes of its key.
+  // A row, where its key lies, and the eight bytes of it that are sorted by just now.
   struct Item {
-    std::uint64_t bytes = 0;
-    std::uint32_t index = 0;
+    std::uint64_t bytes;
+    std::size_t start;
+    std::uint32_t size;
+    std::uint32_t row;
   };
   // Items whose keys agree in their first `depth` bytes.
   struct Range {
     std::size_t begin, end, depth;
   };
-
-  std::string_view Bytes(const Span& key) const {
-    return std::string_view(bytes_).substr(key.start, key.size);
-  }
+  static constexpr std::size_t kStep = sizeof(Item::bytes);
 
   // Sorts by the next eight bytes and leaves the items that these do not tell apart in `ranges`.
-  void SortRange(std::vector<Item>& items, const Range& range, std::vector<Range>& ranges) const {
-    const auto begin = items.begin() + static_cast<std::ptrdiff_t>(range.begin);
-    const auto end = items.begin() + static_cast<std::ptrdiff_t>(range.end);
+  void SortRange(const Range& range, std::vector<Range>& ranges) {
+    const auto begin = items_.begin() + static_cast<std::ptrdiff_t>(range.begin);
+    const auto end = items_.begin() + static_cast<std::ptrdiff_t>(range.end);
     bool longer = false;
-    const Span& first = rows_[begin->index].key;
-    bool alike = true;
+    bool one_key = true;
+    bool agree = true;
     for (auto item = begin; item != end; ++item) {
-      const Span& key = rows_[item->index].key;
-      alike = alike && key.start == first.start;
-      longer = longer || key.size > range.depth + sizeof item->bytes;
-      item->bytes = NextBytes(key, range.depth);
+      item->bytes = BytesOf(*item, range.depth);
+      longer = longer || item->size > range.depth + kStep;
+      one_key = one_key && item->start == begin->start;
+      agree = agree && item->bytes == begin->bytes;
     }
-    if (alike) return;
-    std::sort(begin, end, [](const Item& a, const Item& b) { return a.bytes < b.bytes; });
+    if (one_key) return;
+    if (!agree)
+      std::sort(begin, end, [](const Item& a, const Item& b) { return a.bytes < b.bytes; });
     if (!longer) return;
     for (auto item = begin; item != end;) {
       const auto next =
           std::find_if(item, end, [&](const Item& other) { return other.bytes != item->bytes; });
       if (next - item > 1) {
-        ranges.push_back({static_cast<std::size_t>(item - items.begin()),
-                          static_cast<std::size_t>(next - items.begin()),
-                          range.depth + sizeof item->bytes});
+        ranges.push_back({static_cast<std::size_t>(item - items_.begin()),
+                          static_cast<std::size_t>(next - items_.begin()), range.depth + kStep});
       }
       item = next;
     }
   }
 
-  std::uint64_t NextBytes(const Span& key, std::size_t depth) const {
+  // Zeros follow the end of a key: no key has any within.
+  std::uint64_t BytesOf(const Item& item, std::size_t depth) const {
     std::uint64_t value = 0;
-    for (std::size_t i = depth; i < depth + sizeof value; ++i) {
-      value = value << 8 | (i < key.size ? static_cast<unsigned char>(bytes_[key.start + i]) : 0u);
-    }
+    const std::size_t here = item.size > depth ? std::min(kStep, item.size - depth) : 0;
+    const char* const bytes = bytes_.data() + item.start + depth;
+    for (std::size_t i = 0; i < kStep; ++i)
+      value = value << 8 | (i < here ? static_cast<unsigned char>(bytes[i]) : 0u);
     return value;
   }
 
   std::string bytes_;
-  std::vector<Row> rows_;
-  Span known_[kMemoryOfKeys];
-  std::uint64_t known_hashes_[kMemoryOfKeys] = {};
+  std::vector<Item> items_;
+  std::array<Known, 1024> known_{};
 };
 
 TextOrder::TextOrder() = default;
@@ -183,10 +175,10 @@ std::vector<std::uint32_t> TextOrder::PlaceChanged(
   order.reserve(ids_.size());
   auto from = unchanged.begin();
   for (std::size_t i = 0; i < changed_->Count(); ++i) {
-    const auto to = std::upper_bound(from, unchanged.end(), changed_->KeyAt(i),
-                                     [&](std::string_view key, std::uint32_t place) {
-                                       return key < KeyOf(text_of(ids_[place]));
-                                     });
+    const auto to = std::upper_bound(
+        from, unchanged.end(), changed_->KeyAt(i), [&](std::string_view key, std::uint32_t place) {
+          return key < platform::SortKey(Compared(text_of(ids_[place])));
+        });
     order.insert(order.end(), from, to);
     order.push_back(changed_->RowAt(i));
     from = to;

@@ -4,6 +4,7 @@
 #include <unicode/ucol.h>
 #include <unicode/uloc.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <limits>
@@ -97,6 +98,34 @@ UCollator* ThreadCollator() {
   return collator.get();
 }
 
+// A text in UTF-16 for the library; a short one in ASCII, the common case, needs no memory.
+class WideText {
+ public:
+  explicit WideText(std::string_view text) : size_(text.size()) {
+    const bool in_place =
+        text.size() <= short_.size() &&
+        std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+    if (in_place) {
+      std::copy(text.begin(), text.end(), short_.begin());
+    } else {
+      long_ = ToWide(text);
+      size_ = long_.size();
+      data_ = long_.data();
+    }
+  }
+  WideText(const WideText&) = delete;
+  WideText& operator=(const WideText&) = delete;
+
+  const char16_t* data() const { return data_; }
+  std::int32_t size() const { return static_cast<std::int32_t>(size_); }
+
+ private:
+  std::array<char16_t, 256> short_;
+  std::u16string long_;
+  std::size_t size_;
+  const char16_t* data_ = short_.data();
+};
+
 bool FitsCollator(std::string_view text) {
   return text.size() <= std::numeric_limits<std::int32_t>::max() / 8;
 }
@@ -138,21 +167,34 @@ int CompareTexts(std::string_view a, std::string_view b) {
 }
 
 std::string SortKey(std::string_view text) {
+  std::string key;
+  AppendSortKey(text, &key);
+  return key;
+}
+
+void AppendSortKey(std::string_view text, std::string* keys) {
   UCollator* const collator = ThreadCollator();
-  if (collator == nullptr || !FitsCollator(text)) return std::string(text);
-  const std::u16string wide = ToWide(text);
-  const auto length = static_cast<std::int32_t>(wide.size());
-  std::string key(text.size() * 2 + 16, '\0');
+  const std::size_t start = keys->size();
+  if (collator == nullptr || !FitsCollator(text)) {
+    keys->append(text);
+    return;
+  }
+  const WideText wide(text);
+  std::size_t room = text.size() * 2 + 16;
   for (;;) {
-    const std::int32_t needed =
-        ucol_getSortKey(collator, wide.data(), length, reinterpret_cast<std::uint8_t*>(key.data()),
-                        static_cast<std::int32_t>(key.size()));
-    if (needed <= 0) return std::string(text);
-    const bool complete = static_cast<std::size_t>(needed) <= key.size();
-    key.resize(static_cast<std::size_t>(needed));
+    keys->resize(start + room);
+    const std::int32_t needed = ucol_getSortKey(
+        collator, wide.data(), wide.size(), reinterpret_cast<std::uint8_t*>(keys->data() + start),
+        static_cast<std::int32_t>(room));
+    if (needed <= 0) {
+      keys->replace(start, room, text);
+      return;
+    }
+    const bool complete = static_cast<std::size_t>(needed) <= room;
+    room = static_cast<std::size_t>(needed);
     if (!complete) continue;
-    key.pop_back();  // the closing zero
-    return key;
+    keys->resize(start + room - 1);  // without the closing zero
+    return;
   }
 }
 

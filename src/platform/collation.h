@@ -27,5 +27,6 @@ int CompareTexts(std::string_view a, std::string_view b);
 // A key whose byte order is the order of CompareTexts but for its tie-break; for sorting long
 // lists. Kept in memory only: keys differ between machines.
 std::string SortKey(std::string_view text);
+void AppendSortKey(std::string_view text, std::string* keys);  // for many keys in one place
 
 }  // namespace orvalo::platform
