@@ -131,7 +131,9 @@ std::string FromWide(std::u16string_view text) {
   out.reserve(text.size());
   for (std::size_t at = 0; at < text.size(); ++at) {
     const char16_t unit = text[at];
-    if (IsHighSurrogate(unit) && at + 1 < text.size() && IsLowSurrogate(text[at + 1])) {
+    if (unit < 0x80) {
+      out += static_cast<char>(unit);
+    } else if (IsHighSurrogate(unit) && at + 1 < text.size() && IsLowSurrogate(text[at + 1])) {
       const char32_t high = unit - 0xD800u;
       const char32_t low = text[++at] - 0xDC00u;
       AppendUtf8(out, 0x10000 + (high << 10) + low);

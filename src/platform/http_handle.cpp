@@ -188,7 +188,9 @@ void CurlHandle::SetMethod(const HttpRequest& request) {
 }
 
 void CurlHandle::SetHeaders(const HttpRequest& request) {
-  if (has_headers_ && headers_ == request.headers) return;
+  const bool same_kind = method_for_headers_ == request.method;
+  if (has_headers_ && same_kind && headers_ == request.headers) return;
+  method_for_headers_ = request.method;
   headers_ = request.headers;
   has_headers_ = true;
   decltype(header_list_) list;
@@ -198,12 +200,14 @@ void CurlHandle::SetHeaders(const HttpRequest& request) {
     (void)list.release();
     list.reset(longer);
   };
-  // Neither a wait for the server's consent nor a content type that nobody asked for.
-  append("Expect:");
+  // Neither a wait for the server's consent nor a content type that nobody asked for; without a
+  // body libcurl sends neither by itself.
+  const bool has_body = !request.body.empty() || request.method != "GET";
   const bool typed = std::any_of(headers_.begin(), headers_.end(), [](const auto& header) {
     return EqualNoCaseAscii(header.first, "Content-Type");
   });
-  if (!typed) append("Content-Type:");
+  if (has_body) append("Expect:");
+  if (has_body && !typed) append("Content-Type:");
   for (const auto& [name, value] : headers_)
     append(value.empty() ? name + ";" : name + ": " + value);
   curl_easy_setopt(easy_, CURLOPT_HTTPHEADER, list.get());

@@ -55,6 +55,7 @@ class CurlHandle {
   std::string method_;
   std::vector<std::pair<std::string, std::string>> headers_;
   bool has_headers_ = false;
+  std::string method_for_headers_;
 
   HttpReply* reply_ = nullptr;
   bool is_head_complete_ = false;
