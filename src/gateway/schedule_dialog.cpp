@@ -22,6 +22,7 @@ constexpr std::int32_t kMostUploadDays = 7;
 
 std::vector<std::string> LoadRange(const Texts& texts, int first_id, int count) {
   std::vector<std::string> items;
+  items.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) items.push_back(texts.Load(first_id + i));
   return items;
 }

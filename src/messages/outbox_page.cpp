@@ -293,6 +293,7 @@ std::vector<std::int32_t> OutboxPage::SelectedIds() const {
 
 std::vector<std::string> OutboxPage::StatusDescriptions() const {
   std::vector<std::string> descriptions;
+  descriptions.reserve(kSmsStatusCount);
   for (int status = 0; status < kSmsStatusCount; ++status)
     descriptions.push_back(parts_.texts.Load(kFirstStatusDescriptionId + status));
   return descriptions;
