@@ -1,6 +1,7 @@
 #include "cli/message_listing.h"
 
 #include "app/startup/program.h"
+#include "platform/code_page.h"
 
 namespace orvalo::cli {
 
@@ -9,9 +10,16 @@ namespace {
 constexpr std::size_t kIdWidth = 6;
 constexpr std::size_t kTimeWidth = 16;
 constexpr std::size_t kRecipientWidth = 24;
-constexpr std::size_t kStatusWidth = 20;
+constexpr std::size_t kStatusWidth = 26;
 constexpr std::size_t kChargeWidth = 7;
+constexpr std::size_t kMessageWidth = 60;
 constexpr int kTimeFormatId = 1033;
+
+// One line of a list shows the beginning; the details of a message show all of it.
+std::string Shortened(std::string_view text, std::size_t width) {
+  if (platform::CountCharacters(text) <= width) return std::string(text);
+  return std::string(platform::FirstCharacters(text, width - 1)) + "…";
+}
 
 }  // namespace
 
@@ -35,8 +43,9 @@ void MessageListing::Add(const MessageRow& row) {
   if (json_) {
     json_->Add(MessageJson(program_, row));
   } else {
-    table_->Add({std::to_string(row.id), MessageTimeText(program_, row.time), row.to_info,
-                 program_.GetStatusNames().Name(row.stat), row.charge, row.msg});
+    table_->Add({std::to_string(row.id), MessageTimeText(program_, row.time),
+                 Shortened(row.to_info, kRecipientWidth), program_.GetStatusNames().Name(row.stat),
+                 row.charge, Shortened(row.msg, kMessageWidth)});
   }
 }
 
