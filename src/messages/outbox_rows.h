@@ -20,7 +20,7 @@ enum class OutboxColumn : std::int32_t {
 inline constexpr int kOutboxColumnCount = 5;
 
 // Which message stands where in the outbox: the rows of the message table in display order. It
-// holds numbers only, at most 28 bytes a row, so that a list of a million rows is sorted in
+// holds numbers only, at most 32 bytes a row, so that a list of a million rows is sorted in
 // milliseconds by a number, and by a text without keeping the texts. The rows are those of the last
 // Reload; what the engine adds or deletes meanwhile comes with the next one. Main thread. A damaged
 // file makes Reload and SortBy throw StoreError, and the rows and their order then stay.

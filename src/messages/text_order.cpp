@@ -155,6 +155,7 @@ std::optional<std::vector<std::uint32_t>> TextOrder::EndRows(
     if (new_places_[old_place] != kGone) unchanged.push_back(new_places_[old_place]);
   }
   const std::size_t few = std::max(kFewRows, new_ids_.size() / kRowsForOneChange);
+  new_places_ = {};
   if (!unchanged.empty() && changed_->Count() > few) {
     changed_.reset();
     return std::nullopt;

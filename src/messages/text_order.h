@@ -12,7 +12,7 @@ namespace orvalo {
 
 // The order of a long list by one of its texts, in the user's language. It is told all rows, with
 // their texts, in ascending order of their ids, and gives the order back; told them again later, it
-// only places the rows that are new or changed. Between the two it keeps 12 bytes a row and no
+// only places the rows that are new or changed. Between the two it keeps 16 bytes a row and no
 // text. Texts that are alike in their first kComparedCharacters count as equal. One thread.
 class TextOrder {
  public:

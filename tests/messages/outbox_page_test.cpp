@@ -329,7 +329,7 @@ TEST(OutboxPageTest, RefreshesOnItsOwnThread) {
   EXPECT_EQ(bench.Statuses(), "Pending Processing Processing ");
   EXPECT_EQ(bench.Selected(), ".x.");
 
-  bench.database.SetSmsStatus(1, kSent);  // the outcome of the one before
+  bench.database.SetSmsStatus(2, kSent);  // the outcome of the one before
   bench.database.SetSmsStatus(3, SmsStatus::kProcessing);
   bench.page.MessageInHand(3);
   EXPECT_EQ(bench.own.messages().size(), 2u);

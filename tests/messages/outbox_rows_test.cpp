@@ -75,7 +75,7 @@ TEST(OutboxRowsTest, KeepTheOrderOfTextsThroughChanges) {
   std::mt19937 random(7);
   const auto text = [&] {
     const char* const starts[] = {"", "Dear customer, your order number ", "a", "A", "\u00e9", "-"};
-    return starts[random() % 6] + std::to_string(random() % 50);
+    return starts[random() % 6] + std::string(random() % 12, 'x') + std::to_string(random() % 50);
   };
   const auto add = [&](int count) {
     for (int i = 0; i < count; ++i) bench.Add(1, ",1", text());
