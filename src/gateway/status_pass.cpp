@@ -52,20 +52,21 @@ std::int32_t StatusPass::WalkFollowed(std::int32_t id) {
     for (std::size_t position = rows.size(); position > 0 && !parts_.notices.Stopping();
          --position) {
       parts_.notices.ToMainWindow(kWmProgress, static_cast<std::int32_t>(position), 0);
-      replies += QueryRow(rows[position - 1], id == kEveryMessage, now);
+      replies += QueryRow(rows[position - 1], status, id == kEveryMessage, now);
     }
     WriteAnswers();  // the next status must see rows that have moved on to it
   }
   return replies;
 }
 
-std::int32_t StatusPass::QueryRow(const SmsDatabase::FollowedSms& row, bool move_schedule,
-                                  std::int64_t now) {
+std::int32_t StatusPass::QueryRow(const SmsDatabase::FollowedSms& row, SmsStatus status,
+                                  bool move_schedule, std::int64_t now) {
   Answer answer;
   answer.id = row.id;
   answer.asked_at = static_cast<std::int32_t>(now);
   if (move_schedule) answer.next_interval = NextQueryInterval(row.query_time);
   const std::int32_t replies = QueryOneMessage(row, &answer);
+  if (answer.status == status) answer.status.reset();  // nothing to write
 
   if (answers_.empty()) oldest_answer_tick_ = parts_.clock.Tick();
   answers_.push_back(std::move(answer));
@@ -119,8 +120,8 @@ void StatusPass::SplitOff(std::int32_t id, const GatewayIdEntry& entry, std::str
 void StatusPass::Write(const Answer& answer) {
   const std::int32_t interval = answer.next_interval.value_or(0);
   const std::int32_t due = answer.asked_at + interval;
-  if (answer.answered && answer.status && answer.next_interval) {  // by far the most
-    parts_.database.SetQueryAnswer(answer.id, *answer.status, answer.charge, interval, due);
+  if (answer.answered && answer.next_interval) {  // by far the most
+    parts_.database.SetQueryAnswer(answer.id, answer.status, answer.charge, interval, due);
     return;
   }
   if (answer.answered) parts_.database.SetStatusAndCharge(answer.id, answer.status, answer.charge);

@@ -30,15 +30,16 @@ class StatusPass {
   // What a row is to be given at the next write.
   struct Answer {
     std::int32_t id = 0;
-    bool answered = false;  // status and charge are to be stored
-    std::optional<SmsStatus> status;
+    bool answered = false;            // status and charge are to be stored
+    std::optional<SmsStatus> status;  // when it changes
     std::string charge;
     std::optional<std::int32_t> next_interval;
     std::int32_t asked_at = 0;
   };
 
   std::int32_t WalkFollowed(std::int32_t id);  // how many replies carried a status
-  std::int32_t QueryRow(const SmsDatabase::FollowedSms& row, bool move_schedule, std::int64_t now);
+  std::int32_t QueryRow(const SmsDatabase::FollowedSms& row, SmsStatus status, bool move_schedule,
+                        std::int64_t now);
   // Asks about every gateway id of the row in order. Further ids of one row move to a copy of it.
   std::int32_t QueryOneMessage(const SmsDatabase::FollowedSms& row, Answer* answer);
   void SplitOff(std::int32_t id, const GatewayIdEntry& entry, std::string* api_msg_id,

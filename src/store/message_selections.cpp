@@ -20,7 +20,8 @@ constexpr Sql kSelectDueAny(
     "SELECT ID FROM SMS WHERE Stat = ?1 AND Delay = ?2 AND Time BETWEEN 0 AND ?3 ORDER BY ID");
 constexpr Sql kSelectFollowed(
     "SELECT ID, QueryTime, ApiMsgID FROM SMS WHERE Stat = ? AND QueryTime >= 1 "
-    "AND StatQryTm BETWEEN 0 AND ? ORDER BY ID");
+    "AND (Stat = 1 OR Stat = 3 OR Stat = 7 OR Stat = 8 OR Stat = 11) "
+    "AND StatQryTm BETWEEN 0 AND ?");
 constexpr Sql kSelectFollowedOne(
     "SELECT ID, QueryTime, ApiMsgID FROM SMS WHERE +Stat = ? AND +QueryTime >= 1 AND ID = ?");
 
@@ -31,7 +32,9 @@ constexpr Sql kSetApiMsgId("UPDATE SMS SET ApiMsgID = ?2 WHERE ID = ?1");
 constexpr Sql kSetCharge("UPDATE SMS SET Charge = ?2 WHERE ID = ?1");
 constexpr Sql kSetStatusAndCharge("UPDATE SMS SET Charge = ?2, Stat = ?3 WHERE ID = ?1");
 constexpr Sql kSetQueryAnswer(
-    "UPDATE SMS SET Stat = ?2, Charge = ?3, QueryTime = ?4, StatQryTm = ?5 WHERE ID = ?1");
+    "UPDATE SMS SET Charge = ?2, QueryTime = ?3, StatQryTm = ?4 WHERE ID = ?1");
+constexpr Sql kSetQueryAnswerAndStatus(
+    "UPDATE SMS SET Charge = ?2, QueryTime = ?3, StatQryTm = ?4, Stat = ?5 WHERE ID = ?1");
 
 std::vector<std::int32_t> ReadIds(Query&& query) {
   std::vector<std::int32_t> ids;
@@ -97,6 +100,8 @@ std::vector<SmsDatabase::FollowedSms> SmsDatabase::FollowedRows(SmsStatus status
   Query query(*connection, one ? kSelectFollowedOne : kSelectFollowed, status,
               one ? std::int64_t{id} : now);
   while (query.Step()) rows.push_back({query.Int(0), query.Int(1), std::string(query.Text(2))});
+  std::sort(rows.begin(), rows.end(),
+            [](const FollowedSms& a, const FollowedSms& b) { return a.id < b.id; });
   return rows;
 }
 
@@ -127,11 +132,14 @@ bool SmsDatabase::SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> s
   return Run(*connection, kSetStatusAndCharge, id, charge, *status) > 0;
 }
 
-bool SmsDatabase::SetQueryAnswer(std::int32_t id, SmsStatus status, std::string_view charge,
-                                 std::int32_t query_time, std::int32_t stat_qry_tm) {
+bool SmsDatabase::SetQueryAnswer(std::int32_t id, std::optional<SmsStatus> status,
+                                 std::string_view charge, std::int32_t query_time,
+                                 std::int32_t stat_qry_tm) {
   Connection* connection = Here();
-  return connection != nullptr &&
-         Run(*connection, kSetQueryAnswer, id, status, charge, query_time, stat_qry_tm) > 0;
+  if (connection == nullptr) return false;
+  if (!status) return Run(*connection, kSetQueryAnswer, id, charge, query_time, stat_qry_tm) > 0;
+  return Run(*connection, kSetQueryAnswerAndStatus, id, charge, query_time, stat_qry_tm, *status) >
+         0;
 }
 
 bool SmsDatabase::AddChildren(std::int32_t id, std::span<const ChildSms> children) {

@@ -23,7 +23,8 @@ CREATE TABLE SMS(
   Delay INTEGER NOT NULL, QueryTime INTEGER NOT NULL, StatQryTm INTEGER NOT NULL,
   Charge TEXT NOT NULL);
 CREATE INDEX SMS_UNFINISHED ON SMS(Stat) WHERE (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10);
-CREATE INDEX SMS_FOLLOWED ON SMS(Stat, StatQryTm) WHERE QueryTime >= 1;
+CREATE INDEX SMS_FOLLOWED ON SMS(Stat, StatQryTm) WHERE QueryTime >= 1 AND
+  (Stat = 1 OR Stat = 3 OR Stat = 7 OR Stat = 8 OR Stat = 11);
 CREATE TABLE NextSMSID(ID INTEGER NOT NULL);
 CREATE TABLE "GROUP"(GID INTEGER PRIMARY KEY, Cnt INTEGER NOT NULL, Name TEXT NOT NULL);
 CREATE TABLE NextGroupID(ID INTEGER NOT NULL);
@@ -42,7 +43,8 @@ constexpr Sql kTableChecks[] = {
     Sql("SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, "
         "SenderID, Delay, QueryTime, StatQryTm, Charge FROM SMS INDEXED BY SMS_UNFINISHED "
         "WHERE (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) LIMIT 1"),
-    Sql("SELECT ID FROM SMS INDEXED BY SMS_FOLLOWED WHERE QueryTime >= 1 LIMIT 1"),
+    Sql("SELECT ID FROM SMS INDEXED BY SMS_FOLLOWED WHERE QueryTime >= 1 AND "
+        "(Stat = 1 OR Stat = 3 OR Stat = 7 OR Stat = 8 OR Stat = 11) LIMIT 1"),
     Sql("SELECT GID, Cnt, Name FROM \"GROUP\" LIMIT 1"),
     Sql("SELECT CID, Name, Surname, Title, Custom, Mobile FROM CONTACTS LIMIT 1"),
     Sql("SELECT CID, GID, rowid FROM CONTACT_GROUP_MAP LIMIT 1"),

@@ -141,7 +141,8 @@ class SmsDatabase {
     std::string api_msg_id;
   };
   // Rows of one status with QueryTime 1 or more, in order of id: those due (StatQryTm from 0 to
-  // `now`) when id is -1, else only that row.
+  // `now`) when id is -1, else only that row. When id is -1 only the statuses that the gateway may
+  // still change have rows: Queued, Sent, Scheduled on Server, Delivered to Gateway, Unknown.
   std::vector<FollowedSms> FollowedRows(SmsStatus status, std::int32_t id, std::int64_t now);
 
   // Each is false when there is no such row.
@@ -153,8 +154,8 @@ class SmsDatabase {
   bool SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> status,
                           std::string_view charge);
 
-  // Status, charge and schedule in one: what a status query that was due has yielded.
-  bool SetQueryAnswer(std::int32_t id, SmsStatus status, std::string_view charge,
+  // Charge and schedule in one, and the status when it changes: what a query that was due yielded.
+  bool SetQueryAnswer(std::int32_t id, std::optional<SmsStatus> status, std::string_view charge,
                       std::int32_t query_time, std::int32_t stat_qry_tm);
 
   // One new row for a recipient of an expanded message, as CopySmsTo makes it plus the gateway's id

@@ -178,7 +178,9 @@ TEST_F(MessageTest, SelectionsOfTheSendEngine) {
   EXPECT_EQ(StatusOf(pending2), SmsStatus::kUnknown);
   db().SetStatusAndCharge(pending2, SmsStatus::kDelivered, "1");
   db().SetApiMsgId(pending2, "");
-  EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kDelivered, -1, 99)), "7/60 ");
+  EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kDelivered, -1, 99)), "");  // at its end
+  db().SetStatusAndCharge(pending2, SmsStatus::kScheduledOnServer, "1");
+  EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kScheduledOnServer, -1, 99)), "7/60 ");
 }
 
 TEST(StatusAndTypeNames, AreBuiltInAndTakenFromTheTexts) {
