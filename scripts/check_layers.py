@@ -16,9 +16,10 @@ BELOW = {
     "service": ["platform"],
 }
 CORE = ["platform", "app", "store", "gateway", "contacts", "messages", "net"]
+BELOW["shell"] = CORE
 BELOW["startup"] = CORE
 BELOW["cli"] = ["startup", "component"] + CORE
-BELOW["ui"] = ["startup", "component"] + CORE
+BELOW["ui"] = ["shell", "startup", "component"] + CORE
 
 
 def room(parts):

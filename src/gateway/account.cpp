@@ -120,10 +120,11 @@ std::string Account::AccountPageAddress() {
   return address;
 }
 
-std::string Account::BalanceText() const {
+std::string Account::BalanceText(int text_id) const {
   const std::int32_t tenths = settings_.Number(NumberSetting::kLastBalance);
   const char* stale = settings_.Flag(FlagSetting::kWorkingOnLine) ? "" : "?";
-  return texts_.Format(1333, {tenths / 10, std::abs(tenths % 10), stale}).value_or(std::string());
+  return texts_.Format(text_id, {tenths / 10, std::abs(tenths % 10), stale})
+      .value_or(std::string());
 }
 
 BalanceValue ParseBalance(std::string_view text) {

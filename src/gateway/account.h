@@ -45,8 +45,10 @@ class Account {
   // The address of the account's web page, with the login token where the page can use it.
   std::string AccountPageAddress();
 
-  // "Balance: 87.2", with "?" behind it while offline; from string 1333.
-  std::string BalanceText() const;
+  // "Balance: 87.2", with "?" behind it while offline; from the string of the page that shows it.
+  static constexpr int kComposeBalanceTextId = 1333;
+  static constexpr int kOptionsBalanceTextId = 1398;
+  std::string BalanceText(int text_id = kComposeBalanceTextId) const;
 
  private:
   AppSettings& settings_;

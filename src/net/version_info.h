@@ -1,0 +1,46 @@
+#pragma once
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <string>
+
+namespace orvalo {
+
+class AppSettings;
+class GatewayClient;
+class Texts;
+
+// A version of four parts ("3.2.1.16") as two words; later versions compare greater.
+struct FileVersion {
+  std::uint32_t high = 0;  // first part << 16 | second part
+  std::uint32_t low = 0;   // third part << 16 | fourth part
+
+  static constexpr FileVersion FromParts(const std::array<std::int32_t, 4>& parts) {
+    const auto word = [](std::int32_t upper, std::int32_t lower) {
+      return static_cast<std::uint32_t>(upper) << 16 | (static_cast<std::uint32_t>(lower) & 0xFFFF);
+    };
+    return {word(parts[0], parts[1]), word(parts[2], parts[3])};
+  }
+  constexpr std::array<std::int32_t, 4> Parts() const {
+    return {static_cast<std::int32_t>(high >> 16), static_cast<std::int32_t>(high & 0xFFFF),
+            static_cast<std::int32_t>(low >> 16), static_cast<std::int32_t>(low & 0xFFFF)};
+  }
+  constexpr auto operator<=>(const FileVersion&) const = default;
+};
+
+// This program's own version.
+FileVersion ProgramVersion();
+
+// Whether this installation is the product's own, by its client id.
+bool IsOwnInstallation(const AppSettings& settings);
+
+// The product's name where the installation is the product's own, else the plain "SMS": the title
+// of the main window and the first line of the version window.
+std::string ProgramTitle(const AppSettings& settings, const Texts& texts);
+
+// The lines of the "Version information" window: the program's name, its version, and the version
+// of the gateway component (empty behind its title when the component gives none, or is null).
+std::array<std::string, 3> VersionLines(const AppSettings& settings, const Texts& texts,
+                                        GatewayClient* gateway);
+
+}  // namespace orvalo

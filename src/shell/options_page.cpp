@@ -1,0 +1,130 @@
+#include "shell/options_page.h"
+
+#include "app/settings.h"
+#include "gateway/account.h"
+#include "gateway/engine_notices.h"
+#include "net/proxy_form.h"
+#include "platform/code_page.h"
+#include "platform/shell.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr std::size_t kVoucherFieldRead = 15;  // characters taken of each field
+
+std::string FirstOf(std::string_view text, std::size_t length) {
+  return std::string(platform::FirstCharacters(text, length));
+}
+
+// A prefix as it is stored: "0027" means "27".
+std::string WithoutLeadingZeros(const std::string& prefix) {
+  const std::size_t first = prefix.find_first_not_of('0');
+  return first == std::string::npos ? std::string() : prefix.substr(first);
+}
+
+}  // namespace
+
+void OptionsPage::SetUp() {
+  std::vector<std::string> days;
+  days.reserve(kLongestUpload);
+  for (std::int32_t day = 1; day <= kLongestUpload; ++day) days.push_back(std::to_string(day));
+  parts_.view.ListUploadDays(days);
+
+  const AppSettings& settings = parts_.settings;
+  OptionsValues values;
+  values.prefix = settings.Text(TextSetting::kPrefix);
+  values.signature = settings.Text(TextSetting::kSignature);
+  values.sender_id = settings.Text(TextSetting::kSenderId);
+  values.outlook_name = settings.Text(TextSetting::kOutlookName);
+  values.outlook_password = settings.Text(TextSetting::kOutlookPassword);
+  values.write_log = settings.Flag(FlagSetting::kWriteLog);
+  values.delivery_acks = settings.Flag(FlagSetting::kDeliveryAcks);
+  values.track_failed = settings.Flag(FlagSetting::kIndividualSmsTracking);
+  values.span_sms = settings.Flag(FlagSetting::kSpanSms);
+  values.online = settings.Flag(FlagSetting::kWorkingOnLine);
+  values.start_minimised = settings.Flag(FlagSetting::kStartMinimized);
+  values.mapi = settings.Flag(FlagSetting::kMapiAddressBook);
+  values.schedule_to_server = settings.Flag(FlagSetting::kScheduleToServer);
+  const std::int32_t upload = settings.Number(NumberSetting::kUploadToServerDaysBefore);
+  if (upload >= 1 && upload <= kLongestUpload)
+    values.upload_entry = static_cast<std::size_t>(upload - 1);
+
+  parts_.view.ShowValues(values);
+  parts_.view.EnableProfileFields(values.mapi);
+  parts_.view.EnableUploadDays(values.schedule_to_server);
+  ClearVoucher();
+  parts_.proxy.SetUp();
+  ShowBalance();
+}
+
+void OptionsPage::Apply() {
+  AppSettings& settings = parts_.settings;
+  const OptionsValues values = parts_.view.Values();
+  settings.SetText(TextSetting::kPrefix,
+                   WithoutLeadingZeros(FirstOf(values.prefix, kPrefixLength)));
+  settings.SetText(TextSetting::kSignature, FirstOf(values.signature, kSignatureLength));
+  StoreSwitches(values);
+  parts_.main_window.Post(values.online ? kWmOnline : kWmOffline, 0, 0);
+  parts_.proxy.Apply();  // asks whether the program works on-line
+  settings.SetText(TextSetting::kOutlookName, FirstOf(values.outlook_name, kTextLength));
+  settings.SetText(TextSetting::kOutlookPassword, FirstOf(values.outlook_password, kTextLength));
+  settings.SetText(TextSetting::kSenderId, FirstOf(values.sender_id, kSenderLength));
+  StoreUpload(values);
+  settings.Save(parts_.data_file);
+}
+
+void OptionsPage::StoreSwitches(const OptionsValues& values) {
+  AppSettings& settings = parts_.settings;
+  settings.SetFlag(FlagSetting::kWriteLog, values.write_log);
+  settings.SetFlag(FlagSetting::kDeliveryAcks, values.delivery_acks);
+  settings.SetFlag(FlagSetting::kIndividualSmsTracking, values.track_failed);
+  settings.SetFlag(FlagSetting::kSpanSms, values.span_sms);
+  settings.SetFlag(FlagSetting::kWorkingOnLine, values.online);
+  settings.SetFlag(FlagSetting::kStartMinimized, values.start_minimised);
+}
+
+void OptionsPage::StoreUpload(const OptionsValues& values) {
+  parts_.settings.SetFlag(FlagSetting::kScheduleToServer, values.schedule_to_server);
+  if (!values.upload_entry) return;
+  parts_.settings.SetNumber(NumberSetting::kUploadToServerDaysBefore,
+                            static_cast<std::int32_t>(*values.upload_entry) + 1);
+}
+
+void OptionsPage::OnlineChosen() {
+  Apply();
+  if (parts_.settings.Flag(FlagSetting::kWorkingOnLine)) parts_.mode.GoOnline();
+}
+
+void OptionsPage::OfflineChosen() { parts_.mode.GoOffline(); }
+
+void OptionsPage::DataSourceChosen(bool mapi) {
+  parts_.settings.SetFlag(FlagSetting::kMapiAddressBook, mapi);
+  parts_.view.EnableProfileFields(mapi);
+}
+
+void OptionsPage::UploadChosen(bool to_server) { parts_.view.EnableUploadDays(to_server); }
+
+bool OptionsPage::AcceptsVoucher(std::string_view text) {
+  return text.size() <= kVoucherFieldLength &&
+         text.find_first_not_of("1234567890") == std::string_view::npos;
+}
+
+void OptionsPage::RedeemVoucher() {
+  std::string number;
+  for (const std::string& field : parts_.view.Voucher())
+    number += platform::FirstCharacters(field, kVoucherFieldRead);
+  if (!parts_.account.RedeemVoucher(number)) return;
+  ClearVoucher();
+  parts_.balance.Show();
+}
+
+void OptionsPage::ClearVoucher() { parts_.view.ShowVoucher({}); }
+
+void OptionsPage::BuyCredits() { parts_.shell.OpenAddress(parts_.account.AccountPageAddress()); }
+
+void OptionsPage::ShowBalance() {
+  parts_.view.ShowBalance(parts_.account.BalanceText(Account::kOptionsBalanceTextId));
+}
+
+}  // namespace orvalo
