@@ -12,11 +12,10 @@ namespace {
 class FakeRecovery : public RecoveryView {
  public:
   void EnableOk(bool enabled) override { ok = enabled; }
-  void FocusEmail() override { focus = "email"; }
-  void FocusOk() override { focus = "ok"; }
+  void FocusEmail() override {}
+  void FocusOk() override {}
   void Close() override { closed = true; }
   bool ok = true, closed = false;
-  std::string focus;
 };
 
 class FakeLogin : public LoginView {
@@ -30,14 +29,13 @@ class FakeLogin : public LoginView {
   void FocusPassword() override { ++focused; }
   void ShowMessage(const std::string& text) override { message = text; }
   void OpenRecovery(RecoveryDialog& dialog) override {
-    ++recoveries;
     FakeRecovery window;
     dialog.SetView(&window);
     operator_does(dialog, window);
   }
   LoginValues shown;
   bool ok = true;
-  int focused = 0, recoveries = 0;
+  int focused = 0;
   std::string message;
   std::function<void(RecoveryDialog&, FakeRecovery&)> operator_does;
 };
@@ -142,47 +140,38 @@ TEST(LoginPageTest, OkLogsInOnlineOrComparesOffline) {
 
 TEST(LoginPageTest, ForgottenPasswordsAreSentOrExplained) {
   const struct {
-    const char* client;
     const char* email;
     int error;
     const char* message;
     std::size_t calls;
   } cases[] = {
-      {"Other", "a@b", 0, "", 0},
-      {"Orvalo", "  ", 0, "", 0},
-      {"Orvalo", "a@b", 0, "Your password has been sent to you via e-mail.", 1},
-      {"Orvalo", "a@b", 99, "Failed to notify", 1},
+      {"  ", 0, "", 0},
+      {"a@b", 0, "Your password has been sent", 1},
+      {"a@b", 99, "Failed to notify", 1},
   };
   for (const auto& c : cases) {
     LoginBench bench;
-    const bool own = std::string(c.client) == "Orvalo";
-    bench.settings.SetText(TextSetting::kClientId, c.client);
-    bench.settings.SetText(TextSetting::kHelpUrl, "https://help.example");
+    bench.settings.SetText(TextSetting::kClientId, "Orvalo");
     bench.fake.On("RecoverPassword", "", c.error);
     bench.view.operator_does = [&](RecoveryDialog& dialog, FakeRecovery& window) {
       EXPECT_FALSE(window.ok);
       dialog.UserTyped(std::string(40, 'u'));
-      dialog.EnterInUser();
-      EXPECT_EQ(window.focus, "email");
       dialog.EmailTyped(c.email);
-      dialog.EnterInEmail();
-      EXPECT_EQ(window.focus, "ok");
       dialog.Ok();
       EXPECT_EQ(window.ok, c.calls == 1);
       EXPECT_EQ(window.closed, c.calls == 1);
     };
     bench.page.ForgotPassword();
-    EXPECT_EQ(bench.view.recoveries, own ? 1 : 0);
-    EXPECT_EQ(bench.shell.opened,
-              own ? std::vector<std::string>{} : std::vector<std::string>{"https://help.example"});
-    EXPECT_EQ(bench.view.message.rfind(c.message, 0), 0u) << bench.view.message;
-    EXPECT_EQ(bench.view.message.empty(), std::string(c.message).empty());
+    EXPECT_EQ(bench.view.message.substr(0, std::string(c.message).size()), c.message);
+    EXPECT_EQ(bench.view.message.empty(), c.calls == 0);
     const auto calls = bench.fake.Calls("RecoverPassword");
     ASSERT_EQ(calls.size(), c.calls);
-    if (c.calls == 1) {
-      EXPECT_EQ(calls[0].Argument(0), std::string(31, 'u'));
-    }
+    for (const auto& call : calls) EXPECT_EQ(call.Argument(0), std::string(31, 'u'));
   }
+  LoginBench elsewhere;
+  elsewhere.settings.SetText(TextSetting::kHelpUrl, "https://help.example");
+  elsewhere.page.ForgotPassword();
+  EXPECT_EQ(elsewhere.shell.opened, std::vector<std::string>{"https://help.example"});
 }
 
 }  // namespace

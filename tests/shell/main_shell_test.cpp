@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <set>
+#include <utility>
 
 #include "shell/shell_bench.h"
 #include "shell/shell_messages.h"
@@ -12,163 +11,135 @@
 namespace orvalo {
 namespace {
 
-class FakeWindow : public MainShellView {
+// The window and all that it sets off, as a transcript of words.
+class Scene : public MainShellView, public MainShellActions {
  public:
-  void StartTimer(ShellTimer timer, std::int64_t period) override { timers[timer] = period; }
-  void StopTimer(ShellTimer timer) override { timers.erase(timer); }
-  void SetTitle(const std::string& text) override { title = text; }
-  void AddTrayIcon(TrayIcon shown, const std::string& text) override {
-    ++icons;
-    icon = shown;
-    tip = text;
-  }
-  void SetTrayIcon(TrayIcon shown) override { icon = shown; }
-  void OpenTrayMenu(std::uint32_t enabled, std::size_t item) override {
-    mask = enabled;
-    default_item = item;
-  }
-  void ShowTabs() override { tabs = true; }
-  void DrawTab(ShellTab tab, bool selected) override {
-    if (selected) {
-      drawn.insert(tab);
-    } else {
-      drawn.erase(tab);
-    }
-  }
-  void ShowPage(ShellPage shown) override { pages.push_back(shown); }
-  void ShowBusy(bool shown, bool lit) override { busy = Look(shown, lit); }
-  void SetBusyTip(const std::string& text) override { busy_tip = text; }
-  void ShowOffline(bool shown, bool lit) override { offline = Look(shown, lit); }
-  void LightBalance(bool lit) override { balance_lit = lit; }
-  void BringToFront() override { ++fronts; }
-  void Hide() override { ++hidden; }
-  void ReloadBanner() override { ++banners; }
-  void Close() override { ++closed; }
+  void StartTimer(ShellTimer timer, std::int64_t ms) override { Note("start", Id(timer), ms); }
+  void StopTimer(ShellTimer timer) override { Note("stop", Id(timer)); }
+  void SetTitle(const std::string& text) override { Note("title", text); }
+  void AddTrayIcon(TrayIcon icon, const std::string& tip) override { Note("add", Id(icon), tip); }
+  void SetTrayIcon(TrayIcon icon) override { Note("icon", Id(icon)); }
+  void OpenTrayMenu(std::uint32_t mask, std::size_t item) override { Note("menu", mask, item); }
+  void ShowTabs() override { Note("tabs"); }
+  void DrawTab(ShellTab tab, bool selected) override { Note(selected ? "on" : "off", Id(tab)); }
+  void ShowPage(ShellPage page) override { Note("page", Id(page)); }
+  void ShowBusy(bool shown, bool lit) override { Note("busy", shown, lit); }
+  void SetBusyTip(const std::string& text) override { Note("tip", text); }
+  void ShowOffline(bool shown, bool lit) override { Note("offline", shown, lit); }
+  void LightBalance(bool lit) override { Note("balance", lit); }
+  void BringToFront() override { Note("front"); }
+  void Hide() override { Note("hide"); }
+  void ReloadBanner() override { Note("banner"); }
+  void Close() override { Note("close"); }
 
-  std::map<ShellTimer, std::int64_t> timers;
-  std::string title, tip, busy_tip;
-  std::string busy = "hidden", offline = "hidden";
-  TrayIcon icon = TrayIcon::kOffline;
-  std::set<ShellTab> drawn;
-  std::vector<ShellPage> pages;
-  std::uint32_t mask = 0;
-  std::size_t default_item = 0;
-  bool tabs = false, balance_lit = true;
-  int icons = 0, fronts = 0, hidden = 0, banners = 0, closed = 0;
-
- private:
-  static std::string Look(bool shown, bool lit) { return !shown ? "hidden" : lit ? "lit" : "dark"; }
-};
-
-// Notes what was set off.
-class FakeActions : public MainShellActions {
- public:
-  void StartEngine() override { done += "engine "; }
+  void StartEngine() override { Note("engine"); }
   void CommitStore() override {
-    done += "commit ";
+    Note("commit");
     if (store_refuses) throw StoreError("disk full");
   }
-  void ShowVersion() override { Dialog("version "); }
-  void CheckForUpdates() override { Dialog("updates "); }
-  void OpenProxySettings() override { Dialog("proxy "); }
-  void RunComposeCommand(ShellCommand command) override {
-    done += "compose:" + std::to_string(static_cast<std::int32_t>(command)) + " ";
+  void ShowVersion() override { Note("version"); }
+  void CheckForUpdates() override { Note("updates"); }
+  void OpenProxySettings() override {
+    Note("proxy");
+    if (while_open) while_open();
   }
-  void ApplyOptions() override { done += "apply "; }
-  void ShowWorkingMode() override { done += "mode "; }
-  void SetOutboxActivity(const std::string& text) override { activity = text; }
+  void RunComposeCommand(ShellCommand command) override { Note("compose", Id(command)); }
+  void ApplyOptions() override { Note("apply"); }
+  void ShowWorkingMode() override { Note("mode"); }
+  void SetOutboxActivity(const std::string& text) override { Note("outbox", text); }
 
-  std::string Take() { return std::exchange(done, {}); }
-  std::string done, activity = "?";
+  std::string Take() { return std::exchange(words_, {}); }
   bool store_refuses = false;
-  std::function<void()> meanwhile;  // while a dialog is open
+  std::function<void()> while_open;
 
  private:
-  void Dialog(const char* name) {
-    done += name;
-    if (meanwhile) meanwhile();
+  template <typename Enumeration>
+  static int Id(Enumeration value) {
+    return static_cast<int>(value);
   }
+  static std::string Word(const std::string& text) { return text; }
+  template <typename Number>
+  static std::string Word(Number number) {
+    return std::to_string(number);
+  }
+  template <typename... Details>
+  void Note(const char* what, const Details&... details) {
+    if (!words_.empty()) words_ += ' ';
+    words_ += what;
+    ((words_ += ':' + Word(details)), ...);
+  }
+
+  std::string words_;
 };
 
 struct MainBench : test::ShellBench {
-  FakeWindow view;
-  FakeActions actions;
+  Scene scene;
   test::RecordingMailbox posts, compose;
-  MainShell main{{settings, texts, clock, boxes, posts, compose, actions, view}};
+  MainShell main{{settings, texts, clock, boxes, posts, compose, scene, scene}};
 
-  // As the window does with what was posted to it.
-  void Deliver() {
-    const auto messages = posts.messages();
-    posts.Clear();
-    for (const auto& [message, wparam, lparam] : messages) main.Handle(message, wparam, lparam);
-  }
-  void Send(std::uint32_t message, std::int32_t wparam = 0, std::int32_t lparam = 0) {
-    main.Handle(message, wparam, lparam);
-  }
-  void LogIn(bool online = true) {
-    settings.SetFlag(FlagSetting::kWorkingOnLine, online);
+  // Logged in and working off-line, so that nothing but what a test does asks for the balance.
+  explicit MainBench(bool logged_in = false) {
+    if (!logged_in) return;
+    settings.SetFlag(FlagSetting::kWorkingOnLine, false);
     main.SetUp();
     main.LoggedIn();
-    Deliver();
-    actions.Take();
+    posts.Clear();
+    scene.Take();
+  }
+  std::string After(std::uint32_t message, std::int32_t wparam = 0, std::int32_t lparam = 0) {
+    main.Handle(message, wparam, lparam);
+    return scene.Take();
+  }
+  std::string AfterTimer(ShellTimer timer) {
+    main.OnTimer(timer);
+    return scene.Take();
   }
 };
 
-TEST(MainShellTest, BeginsWithTheLoginPage) {
+TEST(MainShellTest, BeginsWithTheLoginPageAndGoesOnToTheFirstTab) {
   const struct {
     const char* client;
-    const char* title;
-  } cases[] = {{"Orvalo", "Orvalo"}, {"Other", "SMS"}};
+    bool online;
+    const char* created;
+    const char* mode;
+  } cases[] = {
+      {"Orvalo", true, "title:Orvalo add:221:Orvalo banner page:1 engine", "icon:221 mode"},
+      {"Other", false, "title:SMS add:221:SMS banner page:1 engine",
+       "icon:258 offline:1:1 start:4:1000 mode"},
+  };
   for (const auto& c : cases) {
     MainBench bench;
     bench.settings.SetText(TextSetting::kClientId, c.client);
+    bench.settings.SetFlag(FlagSetting::kWorkingOnLine, c.online);
     bench.main.SetUp();
-    EXPECT_EQ(bench.view.title, c.title);
-    EXPECT_EQ(bench.view.tip, c.title);
-    EXPECT_EQ(bench.view.icon, TrayIcon::kNormal);
-    EXPECT_EQ(bench.view.pages, std::vector{ShellPage::kLogin});
-    EXPECT_FALSE(bench.view.tabs);
-    EXPECT_EQ(bench.view.banners, 1);
-    EXPECT_EQ(bench.actions.done, "engine ");
+    EXPECT_EQ(bench.scene.Take(), c.created);
+    bench.main.LoggedIn();
+    EXPECT_EQ(bench.scene.Take(), "tabs on:1044 page:3");
+    const auto posted = bench.posts.messages();
+    ASSERT_EQ(posted.size(), c.online ? 2u : 1u);
+    EXPECT_EQ(bench.After(std::get<0>(posted[0])), c.mode);
+    if (c.online) {
+      EXPECT_EQ(std::get<0>(posted[1]), kWmBalance);
+    }
   }
 }
 
 TEST(MainShellTest, SwitchesPagesByTheirTabs) {
-  MainBench bench;
-  bench.LogIn();
-  EXPECT_TRUE(bench.view.tabs);
-  const struct {
-    std::int32_t tab;
-    ShellPage page;  // in front afterwards
-    const char* done;
-  } cases[] = {
-      {1044, ShellPage::kCompose, ""},
-      {1047, ShellPage::kOptions, ""},
-      {1047, ShellPage::kOptions, ""},
-      {9999, ShellPage::kOptions, ""},
-      {1045, ShellPage::kContacts, "apply "},
-      {1046, ShellPage::kOutbox, ""},
-      {0, ShellPage::kOutbox, ""},
+  const std::pair<std::int32_t, const char*> cases[] = {
+      {1044, ""}, {1047, "off:1044 on:1047 page:6"},       {1047, ""},
+      {9999, ""}, {1045, "apply off:1047 on:1045 page:4"}, {1046, "off:1045 on:1046 page:5"},
+      {0, ""},    {1044, "off:1046 on:1044 page:3"},
   };
-  for (const auto& c : cases) {
-    const std::size_t shown = bench.view.pages.size();
-    const bool change = bench.main.Page() != c.page;
-    bench.Send(kWmSwitchPage, 0, c.tab);
-    EXPECT_EQ(bench.main.Page(), c.page) << c.tab;
-    EXPECT_EQ(bench.view.pages.size() - shown, change ? 1u : 0u);
-    EXPECT_EQ(bench.view.pages.back(), c.page);
-    EXPECT_EQ(bench.view.drawn, std::set{bench.main.Tab()});
-    EXPECT_EQ(bench.actions.Take(), c.done) << c.tab;
-  }
+  MainBench bench(true);
+  for (const auto& [tab, done] : cases) EXPECT_EQ(bench.After(kWmSwitchPage, 0, tab), done) << tab;
 }
 
 TEST(MainShellTest, TellsWhatTheEngineIsDoing) {
   const struct {
     std::uint32_t message;
     std::int32_t wparam, lparam;
-    const char* text;
+    std::string text;
   } cases[] = {
-      {kWmProgress, 1, 2, "?"},  // of no phase
       {kWmBusy, 0, 0, "Communicating to server ..."},
       {kWmPromoting, 0, 0, "Performing escalation"},
       {kWmProgress, 2, 5, "Performing escalation: 2 of 5"},
@@ -178,147 +149,106 @@ TEST(MainShellTest, TellsWhatTheEngineIsDoing) {
       {kWmProgress, 2, 39, "Sending SMS:2 SMS to go. Expanding(39)"},
       {kWmQuerying, 0, 0, "Querying status"},
       {kWmProgress, 7, 0, "Querying status: 7 SMS still to check!"},
-      {kWmIdle, 0, 0, ""},
-      {kWmProgress, 6, 0, ""},
   };
   MainBench bench;
+  std::string begin = " busy:1:1 start:3:200";
+  EXPECT_EQ(bench.After(kWmProgress, 1, 2), "") << "of no phase";
   for (const auto& c : cases) {
-    bench.Send(c.message, c.wparam, c.lparam);
-    EXPECT_EQ(bench.actions.activity, c.text);
-    const bool busy = std::string(c.text).size() > 1;
-    EXPECT_EQ(bench.view.busy, busy ? "lit" : "hidden") << c.text;
-    if (busy) {
-      EXPECT_EQ(bench.view.busy_tip, c.text);
-    }
-    EXPECT_EQ(bench.view.timers.count(ShellTimer::kBusyBlink), busy ? 1u : 0u);
+    EXPECT_EQ(bench.After(c.message, c.wparam, c.lparam),
+              "outbox:" + c.text + " tip:" + c.text + std::exchange(begin, ""));
   }
-  bench.Send(kWmBusy);
-  EXPECT_EQ(bench.view.timers[ShellTimer::kBusyBlink], 200);
-  bench.main.OnTimer(ShellTimer::kBusyBlink);
-  EXPECT_EQ(bench.view.busy, "dark");
-  bench.Send(kWmSending);
-  EXPECT_EQ(bench.view.busy, "dark") << "keeps its rhythm";
-  bench.main.OnTimer(ShellTimer::kBusyBlink);
-  EXPECT_EQ(bench.view.busy, "lit");
-  bench.Send(kWmIdle);
-  bench.main.OnTimer(ShellTimer::kBusyBlink);  // was on its way
-  EXPECT_EQ(bench.view.busy, "hidden");
+  EXPECT_EQ(bench.AfterTimer(ShellTimer::kBusyBlink), "busy:1:0");
+  EXPECT_EQ(bench.AfterTimer(ShellTimer::kBusyBlink), "busy:1:1");
+  EXPECT_EQ(bench.After(kWmIdle), "outbox: stop:3 busy:0:1");
+  EXPECT_EQ(bench.AfterTimer(ShellTimer::kBusyBlink), "") << "was on its way";
+  EXPECT_EQ(bench.After(kWmProgress, 6, 0), "");
 }
 
 TEST(MainShellTest, ShowsHowTheProgramWorks) {
-  for (const bool online : {true, false}) {
-    MainBench bench;
-    bench.settings.SetFlag(FlagSetting::kWorkingOnLine, online);
-    bench.main.SetUp();
-    bench.main.LoggedIn();
-    EXPECT_EQ(bench.main.Page(), ShellPage::kCompose);
-    bench.Deliver();
-    EXPECT_EQ(bench.view.offline, online ? "hidden" : "lit");
-    EXPECT_EQ(bench.view.icon, online ? TrayIcon::kNormal : TrayIcon::kOffline);
-    EXPECT_EQ(bench.actions.done, "engine mode ");
-    EXPECT_EQ(bench.view.timers.count(ShellTimer::kBalance), online ? 1u : 0u);
-  }
   MainBench bench;
-  bench.LogIn(false);
-  EXPECT_EQ(bench.view.timers[ShellTimer::kOfflineBlink], 1000);
-  bench.main.OnTimer(ShellTimer::kOfflineBlink);
-  EXPECT_EQ(bench.view.offline, "dark");
+  EXPECT_EQ(bench.After(kWmOffline), "icon:258 offline:1:1 start:4:1000 mode");
+  EXPECT_EQ(bench.AfterTimer(ShellTimer::kOfflineBlink), "offline:1:0");
   bench.main.TaskbarCreated();
-  EXPECT_EQ(bench.view.icons, 2);
-  EXPECT_EQ(bench.view.icon, TrayIcon::kOffline) << "added again as it was";
-  bench.Send(kWmOnline);
-  EXPECT_EQ(bench.view.offline, "hidden");
-  EXPECT_EQ(bench.view.icon, TrayIcon::kNormal);
-  EXPECT_TRUE(bench.view.timers.empty());
+  EXPECT_EQ(bench.scene.Take(), "add:258:SMS") << "added again as it was";
+  EXPECT_EQ(bench.After(kWmOffline), "icon:258 mode") << "keeps its rhythm";
+  EXPECT_EQ(bench.After(kWmOnline), "icon:221 stop:4 offline:0:1 mode");
+  EXPECT_EQ(bench.After(kWmBanner), "banner");
 }
 
 TEST(MainShellTest, AsksForTheBalanceAtMostEveryTenSeconds) {
   MainBench bench;
-  const auto fire = [&](std::int64_t after) {
-    bench.clock.Advance(after);
-    bench.main.OnTimer(ShellTimer::kBalance);
-    bench.Deliver();
-    return bench.compose.messages().size();
-  };
-  for (int i = 0; i < 5; ++i) {
-    bench.Send(kWmBalance);
+  EXPECT_EQ(bench.After(kWmBalance), "balance:1 start:2:500 start:1:10000");
+  for (int i = 0; i < 4; ++i) {
     bench.clock.Advance(200);
+    EXPECT_EQ(bench.After(kWmBalance), "");
   }
-  EXPECT_EQ(bench.view.timers[ShellTimer::kBalance], 10'000);
-  EXPECT_EQ(bench.view.timers[ShellTimer::kBalanceBlink], 500);
-  bench.main.OnTimer(ShellTimer::kBalanceBlink);
-  EXPECT_FALSE(bench.view.balance_lit);
-
-  EXPECT_EQ(fire(8'500), 0u) << "early";
-  EXPECT_EQ(bench.view.timers[ShellTimer::kBalance], 500);
-  EXPECT_EQ(fire(500), 1u);
-  EXPECT_EQ(bench.compose.messages()[0], (test::RecordingMailbox::Message{kWmQueryBalance, 0, 0}));
-  EXPECT_FALSE(bench.view.balance_lit) << "still waits for the second";
-  EXPECT_EQ(bench.view.timers[ShellTimer::kBalance], 10'000);
-  EXPECT_EQ(fire(10'000), 2u);
-  EXPECT_TRUE(bench.view.balance_lit);
-  EXPECT_TRUE(bench.view.timers.empty());
-  EXPECT_EQ(fire(10'000), 2u) << "was on its way";
-  bench.Send(kWmBalance);
-  EXPECT_EQ(fire(10'000), 3u);
+  EXPECT_EQ(bench.AfterTimer(ShellTimer::kBalanceBlink), "balance:0");
+  const struct {
+    std::int64_t after;
+    const char* done;
+    std::size_t queries;
+  } cases[] = {
+      {8'700, "start:1:500", 0},  // early
+      {500, "stop:1 start:1:10000", 1},
+      {10'000, "stop:1 stop:2 balance:1", 2},
+      {10'000, "", 2},  // was on its way
+  };
+  for (const auto& c : cases) {
+    bench.clock.Advance(c.after);
+    bench.main.OnTimer(ShellTimer::kBalance);
+    for (const auto& message : bench.posts.messages())
+      bench.main.Handle(std::get<0>(message), 0, 0);
+    bench.posts.Clear();
+    EXPECT_EQ(bench.scene.Take(), c.done);
+    ASSERT_EQ(bench.compose.messages().size(), c.queries);
+  }
+  EXPECT_EQ(std::get<0>(bench.compose.messages()[0]), kWmQueryBalance);
 }
 
 TEST(MainShellTest, RunsItsCommands) {
   const struct {
-    ShellCommand command;
     std::int32_t tab;
+    ShellCommand command;
     const char* done;
   } cases[] = {
-      {ShellCommand::kShowVersion, 1045, "version "},
-      {ShellCommand::kCheckForUpdates, 1045, "updates "},
-      {ShellCommand::kProxySettings, 1045, "proxy "},
-      {ShellCommand::kCloseApp, 1047, "commit "},
-      {ShellCommand::kCopy, 1044, "compose:57634 "},
-      {ShellCommand::kCut, 1044, "compose:57635 "},
-      {ShellCommand::kPaste, 1044, "compose:57637 "},
-      {ShellCommand::kSelectAll, 1044, "compose:57642 "},
-      {ShellCommand::kComposeKey, 1044, "compose:32804 "},
-      {ShellCommand::kCopy, 1046, ""},
-      {ShellCommand::kExit, 1047, "apply "},
-      {ShellCommand::kExit, 1046, ""},
+      {1045, ShellCommand::kShowVersion, "version"},
+      {1045, ShellCommand::kCheckForUpdates, "updates"},
+      {1045, ShellCommand::kProxySettings, "proxy"},
+      {1047, ShellCommand::kCloseApp, "hide commit"},
+      {1044, ShellCommand{0xE122}, "compose:57634"},
+      {1044, ShellCommand{32804}, "compose:32804"},
+      {1046, ShellCommand::kCopy, ""},
+      {1047, ShellCommand::kExit, "apply close"},
+      {1046, ShellCommand::kExit, "close"},
   };
   for (const auto& c : cases) {
-    MainBench bench;
-    bench.LogIn();
-    bench.Send(kWmSwitchPage, 0, c.tab);
+    MainBench bench(true);
+    bench.After(kWmSwitchPage, 0, c.tab);
     bench.main.Run(c.command);
-    EXPECT_EQ(bench.actions.Take(), c.done);
-    EXPECT_EQ(bench.view.hidden, c.command == ShellCommand::kCloseApp ? 1 : 0);
-    EXPECT_EQ(bench.view.closed, c.command == ShellCommand::kExit ? 1 : 0);
+    EXPECT_EQ(bench.scene.Take(), c.done);
     bench.main.End();
+    bench.scene.Take();
     bench.main.End();
-    EXPECT_EQ(bench.view.closed, 1);
-    bench.Send(kWmSwitchPage, 0, 1045);
-    EXPECT_EQ(static_cast<std::int32_t>(bench.main.Tab()), c.tab) << "nothing moves after the end";
+    EXPECT_EQ(bench.After(kWmSwitchPage, 0, 1045), "") << "nothing moves after the end";
   }
   MainBench bench;
-  bench.actions.store_refuses = true;
+  bench.scene.store_refuses = true;
   bench.main.Run(ShellCommand::kCloseApp);
   EXPECT_EQ(bench.boxes.shown().at(0).text, "disk full");
 }
 
 TEST(MainShellTest, TheMenuOpensEachOfItsWindowsOnce) {
   MainBench bench;
-  EXPECT_EQ(bench.main.Handle(kWmTrayMask, 0, 0), 31);
-  bench.actions.meanwhile = [&bench] {
+  bench.scene.while_open = [&bench] {
     bench.main.TrayRightClick();
     bench.main.Run(ShellCommand::kProxySettings);
+    bench.main.Run(ShellCommand::kShowVersion);
   };
   bench.main.Run(ShellCommand::kProxySettings);
-  EXPECT_EQ(bench.actions.done, "proxy ");
-  EXPECT_EQ(bench.view.mask, 31u - 4u);
-  EXPECT_EQ(bench.view.default_item, 4u);
-  EXPECT_EQ(bench.view.fronts, 1);
+  EXPECT_EQ(bench.scene.Take(), "proxy front menu:27:4 version");
   EXPECT_EQ(bench.main.Handle(kWmTrayMask, 0, 0), 31);
   bench.main.TrayLeftClick();
-  EXPECT_EQ(bench.view.fronts, 2);
-  bench.Send(kWmBanner);
-  EXPECT_EQ(bench.view.banners, 1);
+  EXPECT_EQ(bench.scene.Take(), "front");
 }
 
 }  // namespace

@@ -74,8 +74,7 @@ TEST(OptionsPageTest, ShowsTheSettings) {
   bench.page.SetUp();
   EXPECT_EQ(bench.view.values.prefix, "27");
   EXPECT_TRUE(bench.view.values.span_sms && bench.view.values.online && bench.view.profile);
-  EXPECT_FALSE(bench.view.values.write_log || bench.view.values.start_minimised);
-  EXPECT_FALSE(bench.view.upload);
+  EXPECT_FALSE(bench.view.values.write_log || bench.view.upload);
   ASSERT_EQ(bench.view.days.size(), 7u);
   EXPECT_EQ(bench.view.days.at(bench.view.values.upload_entry.value()), "3");
   EXPECT_EQ(bench.view.balance, "Balance: 12.5");
@@ -137,8 +136,10 @@ TEST(OptionsPageTest, TheChoiceGoesOnlineAndOffline) {
 
   bench.view.values.online = true;
   bench.view.values.prefix = "027";
+  bench.proxy_view.values.entry = 1;
   bench.page.OnlineChosen();
-  EXPECT_EQ(bench.Saved("prefix"), "27") << "applied first";
+  EXPECT_EQ(bench.Saved("prefix") + bench.Saved("ProxyType"), "272") << "applied first";
+  EXPECT_NE(bench.fake.Calls("ConfigureProxyEx").at(0).Argument(0), "0") << "on-line by then";
   EXPECT_EQ(bench.fake.Calls("AuthenticateClient").at(0).Argument(1), "demo");
   EXPECT_EQ(bench.Posted().back(), kWmOnline);
   EXPECT_EQ(bench.view.balance, "Balance: 20.0");
@@ -177,100 +178,78 @@ TEST(OptionsPageTest, RedeemsVouchersOfFourFields) {
   EXPECT_EQ(bench.view.voucher, VoucherTexts{});
   EXPECT_EQ(bench.view.balance, "Balance: 20.0");
   EXPECT_EQ(bench.balances, 1) << "the other pages show it too";
-  bench.view.voucher = {"9", "9", "9", "9"};
-  bench.page.ClearVoucher();
-  EXPECT_EQ(bench.view.voucher, VoucherTexts{});
   bench.settings.SetText(TextSetting::kVoucherUrl, "https://pay.example");
   bench.page.BuyCredits();
   EXPECT_EQ(bench.shell.opened, std::vector<std::string>{"https://pay.example"});
 }
 
+constexpr auto kDialog = ProxyForm::Place::kDialog;
+constexpr auto kOptions = ProxyForm::Place::kOptionsPage;
+
 TEST(ProxyFormTest, StoresAppliesAndTests) {
-  using Place = ProxyForm::Place;
-  enum class Act { kChoose, kApply, kTest };
-  const ProxyValues stored{3, "proxy.example", "8080", "me", "pw"};
-  const auto host = [&](const char* name) {
-    ProxyValues values = stored;
-    values.host = name;
-    return values;
-  };
-  const auto entry = [&](std::optional<std::size_t> chosen) {
-    ProxyValues values = host("other");
-    values.entry = chosen;
-    return values;
-  };
+  const std::optional<std::size_t> none;
   const struct {
     const char* what;
-    Place place;
+    ProxyForm::Place place;
     bool online;
-    Act act;
-    ProxyValues values;
-    const char* test;  // the component's test flag; "" when it is not called
-    int type;
-    const char* stored_host;
+    int stored_mode;
+    std::optional<std::size_t> entry;
+    const char* host;
+    bool test;
+    std::string flag;  // that the component gets; "" when it is not called
+    int mode;          // stored afterwards
   } cases[] = {
-      {"OK, nothing changed", Place::kDialog, true, Act::kApply, stored, "", 4, "proxy.example"},
-      {"other letter case", Place::kDialog, true, Act::kApply, host("PROXY.example"), "", 4,
-       "proxy.example"},
-      {"another mode", Place::kDialog, false, Act::kChoose, entry(0), "1", 1, "other"},
-      {"another host", Place::kDialog, false, Act::kApply, host("other"), "1", 4, "other"},
-      {"test, unchanged", Place::kDialog, false, Act::kTest, stored, "1", 4, "proxy.example"},
-      {"options, offline", Place::kOptionsPage, false, Act::kChoose, entry(1), "0", 2, "other"},
-      {"options, online", Place::kOptionsPage, true, Act::kChoose, entry(1), "1", 2, "other"},
-      {"options, test", Place::kOptionsPage, false, Act::kTest, stored, "1", 4, "proxy.example"},
-      {"no mode", Place::kDialog, true, Act::kTest, entry(std::nullopt), "1", 4, "other"},
+      {"OK, nothing changed", kDialog, true, 4, 3, "proxy", false, "", 4},
+      {"other letter case", kDialog, true, 4, 3, "PROXY", false, "", 4},
+      {"another mode", kDialog, false, 4, 0, "other", false, "1", 1},
+      {"another host", kDialog, false, 4, 3, "other", false, "1", 4},
+      {"a host without use", kDialog, false, 2, 1, "other", false, "", 2},
+      {"test, unchanged", kDialog, false, 4, 3, "proxy", true, "1", 4},
+      {"options, offline", kOptions, false, 4, 1, "other", false, "0", 2},
+      {"options, online", kOptions, true, 4, 1, "other", false, "1", 2},
+      {"options, test", kOptions, false, 4, 3, "proxy", true, "1", 4},
+      {"no mode", kDialog, true, 0, none, "other", true, "1", 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     OptionsBench bench;
-    bench.settings.SetNumber(NumberSetting::kProxyType, 4);
-    bench.settings.SetText(TextSetting::kProxyHost, stored.host);
-    bench.settings.SetText(TextSetting::kProxyPort, stored.port);
-    bench.settings.SetText(TextSetting::kProxyUsername, stored.user);
-    bench.settings.SetText(TextSetting::kProxyPassword, stored.password);
+    bench.settings.SetNumber(NumberSetting::kProxyType, c.stored_mode);
+    bench.settings.SetText(TextSetting::kProxyHost, "proxy");
+    bench.settings.SetText(TextSetting::kProxyPassword, "pw");
     bench.settings.SetFlag(FlagSetting::kWorkingOnLine, c.online);
     ProxyForm form({bench.settings, bench.proxy, bench.texts, bench.boxes, bench.proxy_view},
                    c.place);
     form.SetUp();
-    EXPECT_EQ(bench.proxy_view.values.entry, stored.entry);
-    EXPECT_EQ(bench.proxy_view.values.password, "pw");
-    EXPECT_TRUE(bench.proxy_view.enabled);
-    EXPECT_EQ(form.AcceptsPort("http"), c.place == Place::kOptionsPage);
-    bench.proxy_view.values = c.values;
-    if (c.act == Act::kChoose) form.ModeChosen();
-    if (c.act == Act::kApply) form.Apply();
-    if (c.act == Act::kTest) form.Test();
+    ProxyValues& shown = bench.proxy_view.values;
+    EXPECT_EQ(shown.entry ? *shown.entry + 1 : 0, static_cast<std::size_t>(c.stored_mode));
+    EXPECT_EQ(shown.password, "pw");
+    EXPECT_EQ(form.AcceptsPort("http"), c.place == kOptions);
+    shown.entry = c.entry;
+    shown.host = c.host;
+    c.test ? form.Test() : form.ModeChosen();
     const auto calls = bench.fake.Calls("ConfigureProxyEx");
-    ASSERT_EQ(calls.size(), std::string(c.test).empty() ? 0u : 1u);
+    ASSERT_EQ(calls.size(), c.flag.empty() ? 0u : 1u);
     if (!calls.empty()) {
-      EXPECT_EQ(calls[0].Argument(0) == "0", std::string(c.test) == "0");
-      EXPECT_EQ(calls[0].Argument(2), c.stored_host);
-      EXPECT_EQ(bench.proxy_view.waits, "[]");
+      EXPECT_EQ(calls[0].Argument(0) == "0", c.flag == "0");
+      EXPECT_EQ(calls[0].Argument(2), c.host);
     }
-    EXPECT_EQ(bench.settings.Number(NumberSetting::kProxyType), c.type);
-    EXPECT_EQ(bench.settings.Text(TextSetting::kProxyHost), c.stored_host);
-    EXPECT_EQ(bench.proxy_view.enabled, c.type == 4);
-    EXPECT_EQ(bench.LastBox().rfind("The proxy settings are correct.", 0) == 0,
-              c.act == Act::kTest);
+    EXPECT_EQ(bench.proxy_view.waits, c.flag.empty() ? "" : "[]");
+    EXPECT_EQ(bench.settings.Number(NumberSetting::kProxyType), c.mode);
+    EXPECT_EQ(bench.settings.Text(TextSetting::kProxyHost), c.flag.empty() ? "proxy" : c.host);
+    EXPECT_EQ(bench.proxy_view.enabled, c.mode == 4);
+    EXPECT_EQ(bench.LastBox().rfind("The proxy settings are correct.", 0) == 0, c.test);
   }
 }
 
 TEST(ProxyFormTest, DescribesTheModesAndReportsFailures) {
   OptionsBench bench;
-  bench.settings.SetNumber(NumberSetting::kProxyType, 0);
   bench.form.SetUp();
-  EXPECT_EQ(bench.proxy_view.values.entry, std::nullopt);
-  ASSERT_EQ(bench.proxy_view.names.size(), 4u);
-  EXPECT_EQ(bench.proxy_view.names[3], "Use proxy list");
-  EXPECT_EQ(bench.proxy_view.description, "");
-  EXPECT_TRUE(bench.fake.Calls().empty());
-  bench.fake.On("ConfigureProxyEx", "", 95);
-  bench.proxy_view.values.entry = 0;
-  bench.form.ModeChosen();
+  EXPECT_EQ(bench.proxy_view.names.at(3), "Use proxy list");
   EXPECT_EQ(bench.proxy_view.description, "Resolves all host names locally.");
-  EXPECT_EQ(bench.LastBox().rfind("Failed to communicate with the proxy server.", 0), 0u);
+  bench.fake.On("ConfigureProxyEx", "", 95);
   bench.form.Test();
-  EXPECT_EQ(bench.boxes.shown().size(), 2u) << "no success beside the failure";
+  ASSERT_EQ(bench.boxes.shown().size(), 1u) << "no success beside the failure";
+  EXPECT_EQ(bench.LastBox().rfind("Failed to communicate with the proxy server.", 0), 0u);
 }
 
 }  // namespace
