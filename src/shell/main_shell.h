@@ -75,7 +75,7 @@ class MainShellActions {
   virtual void CommitStore() = 0;  // throws StoreError
   virtual void ShowVersion() = 0;
   virtual void CheckForUpdates() = 0;
-  virtual void OpenProxySettings() = 0;
+  virtual void OpenProxySettings() = 0;  // then OptionsPage::ProxyDialogClosed
   virtual void RunComposeCommand(ShellCommand command) = 0;
   virtual void ApplyOptions() = 0;
   virtual void

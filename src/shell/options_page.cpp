@@ -105,6 +105,8 @@ void OptionsPage::DataSourceChosen(bool mapi) {
 
 void OptionsPage::UploadChosen(bool to_server) { parts_.view.EnableUploadDays(to_server); }
 
+void OptionsPage::ProxyDialogClosed() { parts_.proxy.SetUp(); }
+
 bool OptionsPage::AcceptsVoucher(std::string_view text) {
   return text.size() <= kVoucherFieldLength &&
          text.find_first_not_of("1234567890") == std::string_view::npos;

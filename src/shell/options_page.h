@@ -90,6 +90,10 @@ class OptionsPage : public WorkingModeView {
   void DataSourceChosen(bool mapi);
   void UploadChosen(bool to_server);  // one of the choices for scheduled messages
 
+  // The "Proxy Settings" dialog has been closed: the proxy group shows what it stored, so that
+  // applying the page does not undo it.
+  void ProxyDialogClosed();
+
   // --- Vouchers and the balance ---
   // Whether `text` may stand in a voucher field.
   static bool AcceptsVoucher(std::string_view text);

@@ -132,7 +132,7 @@ TEST(OptionsPageTest, TheChoiceGoesOnlineAndOffline) {
   bench.settings.SetText(TextSetting::kLogin, "demo");
   bench.page.SetUp();
   bench.page.OnlineChosen();
-  EXPECT_EQ(bench.CallCount("AuthenticateClient"), 0u) << "the choice is not set";
+  EXPECT_TRUE(bench.fake.Calls("AuthenticateClient").empty()) << "the choice is not set";
 
   bench.view.values.online = true;
   bench.view.values.prefix = "027";
@@ -161,6 +161,16 @@ TEST(OptionsPageTest, TheChoiceGoesOnlineAndOffline) {
   EXPECT_EQ(bench.balances, 3);
 }
 
+TEST(OptionsPageTest, ApplyingKeepsWhatTheProxyDialogStored) {
+  OptionsBench bench;
+  bench.page.SetUp();
+  bench.settings.SetNumber(NumberSetting::kProxyType, 3);
+  bench.page.ProxyDialogClosed();
+  bench.page.Apply();
+  EXPECT_EQ(bench.Saved("ProxyType"), "3");
+  EXPECT_TRUE(bench.fake.Calls("ConfigureProxyEx").empty());
+}
+
 TEST(OptionsPageTest, RedeemsVouchersOfFourFields) {
   for (const char* text : {"", "1", "1234"}) EXPECT_TRUE(OptionsPage::AcceptsVoucher(text));
   for (const char* text : {"a", "12345", "12-4", " "})
@@ -170,7 +180,7 @@ TEST(OptionsPageTest, RedeemsVouchersOfFourFields) {
   bench.page.SetUp();
   bench.view.voucher = {"1234", "5678", "9012", "345"};
   bench.page.RedeemVoucher();
-  EXPECT_EQ(bench.CallCount("TokenPay"), 0u);
+  EXPECT_TRUE(bench.fake.Calls("TokenPay").empty());
   EXPECT_EQ(bench.view.voucher[3], "345") << "kept for correcting";
   bench.view.voucher[3] = "3456";
   bench.page.RedeemVoucher();

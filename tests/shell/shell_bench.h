@@ -25,7 +25,6 @@ struct ShellBench : EngineBench {
     saved.Load(DataFile(folder.File("SMS.dat"), false), true);
     return saved.AsText(*AppSettings::Find(key));
   }
-  std::size_t CallCount(const std::string& member) { return fake.Calls(member).size(); }
 };
 
 }  // namespace orvalo::test
