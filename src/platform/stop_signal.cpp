@@ -84,12 +84,18 @@ StopWatcher::StopWatcher(std::function<void()> on_stop) {
   auto watch = std::make_unique<Watch>();
   watch->on_stop = std::move(on_stop);
   if (pipe2(watch->pipe.data(), O_CLOEXEC) != 0) return;
+  // The signals go to the other threads: a handler that interrupts the wait for what it writes
+  // itself may be held back until that wait is over.
+  const auto signals = StopSignals();
+  sigset_t before{};
+  pthread_sigmask(SIG_BLOCK, &signals, &before);
   try {
     watch->thread = std::thread([running = watch.get()] { running->Run(); });
   } catch (const std::system_error&) {
     EndPipe(watch->pipe);
-    return;
   }
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  if (!watch->thread.joinable()) return;
   stop_wish_pipe = watch->pipe[1];
   struct sigaction action {};
   action.sa_handler = OnStopWish;
