@@ -17,7 +17,8 @@ class StopSignal {
 // first one calls `on_stop` on a thread of its own, at most once, and the program goes on; a second
 // one ends the process at once, as it would without the object.
 //
-// One object at a time, made and destroyed on the main thread, in a program without a StopSignal.
+// One object at a time, made and destroyed on the main thread, in a program without a StopSignal;
+// threads that run already must not take these signals.
 // When the system refuses what it needs, the object does nothing and a wish ends the process as
 // usual.
 class StopWatcher {
