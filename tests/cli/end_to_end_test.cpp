@@ -1,8 +1,9 @@
 #include <cmath>
 #include <condition_variable>
+#include <csignal>
 
-#include "gateway_process.h"
 #include "orvaloctl_fixture.h"
+#include "support/gateway_program.h"
 
 namespace orvalo::test {
 namespace {
@@ -29,8 +30,8 @@ std::int64_t Tenths(const std::string& amount) { return std::lround(std::stod(am
 class EndToEndTest : public OrvaloctlTest {
  protected:
   void SetUp() override {
-    ASSERT_NE(gateway_.address(), "");
-    Init(gateway_.address());
+    ASSERT_NE(gateway_.port(), 0);
+    Init(gateway_.url());
     ASSERT_THAT(RunWith("demo\n", {"login", "demo", "--remember"}, hurrying_clock_), EndsWith(0));
   }
   Outcome Hurry(std::vector<std::string> args) {
@@ -48,7 +49,8 @@ class EndToEndTest : public OrvaloctlTest {
     return sum;
   }
 
-  GatewayProcess gateway_;
+  TemporaryFolder gateway_folder_;
+  GatewayProgram gateway_{gateway_folder_.path(), {"--demo", "--sim-delivery-seconds", "0"}};
   HurryingClock hurrying_clock_;
 };
 
@@ -141,7 +143,7 @@ TEST_F(EndToEndTest, ServesTheAccount) {
   EXPECT_THAT(Hurry({"recover", "demo", "demo@example.org"}), EndsWith(0));
   EXPECT_THAT(Hurry({"recover", "demo", "other@example.org"}), FailsWith(4, "Failed to notify"));
 
-  gateway_.End();
+  gateway_.Stop(SIGTERM);
   EXPECT_THAT(Hurry({"balance"}), FailsWith(4, "cannot be reached"));
   EXPECT_THAT(Hurry({"balance", "--offline"}), EndsWith(0));
 }

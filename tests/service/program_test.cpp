@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "service/money.h"
-#include "service/running_program.h"
 #include "service/running_service.h"
+#include "support/gateway_program.h"
 
 namespace orvalo::test {
 namespace {
@@ -51,7 +51,7 @@ TEST(Program, LosesNothingWhenItIsKilled) {
   std::vector<std::vector<Submission>> sent(4);
   std::atomic<int> accepted = 0;
   {
-    RunningProgram program(folder.path(), {"--demo"});
+    GatewayProgram program(folder.path(), {"--demo"});
     ASSERT_NE(program.port(), 0);
     std::vector<std::thread> threads;
     for (auto& mine : sent) {
@@ -61,7 +61,7 @@ TEST(Program, LosesNothingWhenItIsKilled) {
     EXPECT_EQ(program.Stop(SIGKILL), -1);
     for (auto& thread : threads) thread.join();
   }
-  RunningProgram program(folder.path(), {"--demo"});
+  GatewayProgram program(folder.path(), {"--demo"});
   GatewayCaller demo(program.port(), "demo");
   std::map<std::string, std::string> ids;  // by key
   for (const auto& mine : sent) {
@@ -92,7 +92,7 @@ TEST(Program, IsAdministeredWhileItRuns) {
   const TemporaryFolder folder;
   const auto data = folder.File("data"), password = folder.File("password");
   Spill(password, "secret\nsecond line");
-  RunningProgram program(folder.path(), {});
+  GatewayProgram program(folder.path(), {});
   ASSERT_NE(program.port(), 0);
   EXPECT_THAT(Slurp(folder.File("out")), HasSubstr("orvalo-gateway listening on http://127.0.0.1:" +
                                                    std::to_string(program.port()) + "\n"));
@@ -146,7 +146,7 @@ TEST(Program, IsAdministeredWhileItRuns) {
 TEST(Program, DemonstratesAgainOnTheSameFolder) {
   const TemporaryFolder folder;
   for (const char* balance : {"1000.0", "999.2"}) {
-    RunningProgram program(folder.path(), {"--demo"});
+    GatewayProgram program(folder.path(), {"--demo"});
     GatewayCaller demo(program.port(), "demo");
     EXPECT_EQ(demo.Balance(), balance);
     EXPECT_EQ(demo.Message("27821110001").status, 200);
@@ -163,7 +163,7 @@ TEST(Program, SpeaksTls) {
       "-addext subjectAltName=IP:127.0.0.1 -keyout " +
       key + " -out " + certificate + " 2>/dev/null";
   ASSERT_EQ(std::system(command.c_str()), 0);
-  RunningProgram program(folder.path(), {"--tls-key", key, "--tls-cert", certificate});
+  GatewayProgram program(folder.path(), {"--tls-key", key, "--tls-cert", certificate});
   ASSERT_NE(program.port(), 0);
   platform::HttpClient client;
   platform::HttpRequest request;
