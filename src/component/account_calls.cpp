@@ -44,6 +44,17 @@ bool IsPort(const std::string& text) {
          std::stoi(text) >= 1 && std::stoi(text) <= 65'535;
 }
 
+// What a failed test of a named proxy says of the proxy: one that takes the request and breaks off
+// does not work as one, and a reply that is not the service's own is the proxy's, which does not
+// let the request through.
+Outcome BlameProxy(Outcome outcome) {
+  if (outcome.failure == platform::HttpFailure::kNoReply)
+    return Failed(kProxyUnreachable, std::move(outcome.message));
+  if (outcome.error == kNotUnderstood)
+    return Failed(kProxyRefuses, "The proxy does not let the request through");
+  return outcome;
+}
+
 }  // namespace
 
 Answer RefusalAnswer(const Outcome& outcome) {
@@ -105,7 +116,8 @@ Answer AccountCalls::ConfigureProxy(bool test, std::int32_t type, platform::Prox
   if (!test) return {kSuccess, kDone};
   auto health = GetCall("/v1/health");
   health.needs_session = false;
-  return PlainAnswer(protocol_.Perform(health));
+  auto outcome = protocol_.Perform(health);
+  return PlainAnswer(config.mode == ProxyMode::kNamed ? BlameProxy(std::move(outcome)) : outcome);
 }
 
 }  // namespace orvalo::component

@@ -33,7 +33,8 @@ class AccountCalls {
 
   // Sets the proxy from the next request on; `type` is a platform::ProxyMode by number, any other
   // is error 101 and changes nothing. A named proxy without a host or a proper port is error 95 at
-  // once. With `test` set, asks for the service's health through it. "OK".
+  // once. With `test` set, asks for the service's health through it: error 95 as well when a named
+  // proxy breaks off, 96 when it asks for a password or answers in the service's place. "OK".
   Answer ConfigureProxy(bool test, std::int32_t type, platform::ProxyConfig config);
 
  private:

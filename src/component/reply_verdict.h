@@ -12,6 +12,7 @@ struct Outcome {
   int error = 0;
   std::string message;
   nlohmann::json reply;
+  platform::HttpFailure failure = platform::HttpFailure::kNone;  // why there is no reply
 
   bool ok() const { return error == 0; }
 };

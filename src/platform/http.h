@@ -11,7 +11,8 @@ namespace orvalo::platform {
 enum class ProxyMode : std::int32_t {
   kNeverChosen = 0,  // as kSystem
   kDirect = 1,
-  kSystem = 2,           // the desktop's proxy environment (http_proxy, https_proxy, no_proxy)
+  kSystem = 2,           // the proxy environment (http_proxy, https_proxy, no_proxy), else the
+                         // desktop's settings
   kSystemNoScripts = 3,  // the same; automatic proxy scripts are never run here
   kNamed = 4,
 };
@@ -31,7 +32,7 @@ enum class HttpFailure {
                  // has surely not seen the request
   kNoReply,  // the request went out (perhaps in part) but no complete reply came: timed out, cut
              // off
-  kProxyUnreachable,  // the proxy cannot be reached or found
+  kProxyUnreachable,  // the proxy cannot be reached or found, or breaks off connecting through
   kProxyRefused,      // the proxy answered and refused (407, or any refusal to connect through)
   kTls,               // the server's certificate or the handshake was not acceptable
   kTooLarge,          // the reply exceeds max_reply
@@ -70,7 +71,8 @@ class HttpClient {
   HttpClient(const HttpClient&) = delete;
   HttpClient& operator=(const HttpClient&) = delete;
 
-  void SetProxy(const ProxyConfig& config);  // holds from the next request on
+  // Holds from the next request on, for which the desktop's settings are read anew.
+  void SetProxy(const ProxyConfig& config);
 
   // A file of certificate authorities to trust instead of the system's; empty for the system's.
   void SetCertificateAuthorities(const std::string& file);

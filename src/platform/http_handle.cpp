@@ -128,7 +128,9 @@ void CurlHandle::SetProxyOptions() {
     case ProxyMode::kNeverChosen:
     case ProxyMode::kSystem:
     case ProxyMode::kSystemNoScripts:
-      return;  // libcurl reads the environment itself
+      // libcurl reads the environment itself.
+      if (!HasProxyEnvironment()) desktop_ = ReadDesktopProxy();
+      return;
     case ProxyMode::kDirect:
       curl_easy_setopt(easy_, CURLOPT_PROXY, "");
       return;
@@ -148,10 +150,18 @@ void CurlHandle::SetProxyOptions() {
   curl_easy_setopt(easy_, CURLOPT_PROXYPASSWORD, proxy.password.c_str());
 }
 
+void CurlHandle::SetDesktopProxy() {
+  const bool https = url_.size() > 5 && EqualNoCaseAscii(url_.substr(0, 5), "https");
+  curl_easy_setopt(easy_, CURLOPT_PROXY, (https ? desktop_->https : desktop_->http).c_str());
+  curl_easy_setopt(easy_, CURLOPT_NOPROXY, desktop_->exceptions.c_str());
+  curl_easy_setopt(easy_, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_ANY));
+}
+
 void CurlHandle::SetRequestOptions(const HttpRequest& request) {
   if (url_ != request.url) {
     url_ = request.url;
     curl_easy_setopt(easy_, CURLOPT_URL, url_.c_str());
+    if (desktop_) SetDesktopProxy();
   }
   SetMethod(request);
   SetHeaders(request);
@@ -258,6 +268,7 @@ HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& u
   curl_easy_getinfo(easy_, CURLINFO_HTTP_CONNECTCODE, &connect_status);
   if (connect_status >= 300) return HttpFailure::kProxyRefused;
   if (IsTlsCode(code)) return HttpFailure::kTls;
+  const bool named = config_.proxy.mode == ProxyMode::kNamed;
   switch (code) {
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_URL_MALFORMAT:
@@ -266,7 +277,7 @@ HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& u
     case CURLE_PROXY:
       return HttpFailure::kProxyUnreachable;
     case CURLE_COULDNT_CONNECT: {
-      if (config_.proxy.mode == ProxyMode::kNamed) return HttpFailure::kProxyUnreachable;
+      if (named) return HttpFailure::kProxyUnreachable;
       // Only libcurl knows whether the environment's proxy held for this address: its message names
       // the peer that it could not connect to.
       constexpr std::string_view kOpening = "Failed to connect to ";
@@ -277,7 +288,8 @@ HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& u
                                                                   : HttpFailure::kProxyUnreachable;
     }
     default:
-      return HttpFailure::kUnreachable;
+      // All that was on the line is the proxy, which broke off before it had connected through.
+      return named ? HttpFailure::kProxyUnreachable : HttpFailure::kUnreachable;
   }
 }
 

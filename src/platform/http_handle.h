@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/desktop_proxy.h"
 #include "platform/http.h"
 
 namespace orvalo::platform {
@@ -37,6 +39,7 @@ class CurlHandle {
 
   void SetConstantOptions();
   void SetProxyOptions();
+  void SetDesktopProxy();  // for the request's address
   void SetRequestOptions(const HttpRequest& request);
   void SetMethod(const HttpRequest& request);
   void SetHeaders(const HttpRequest& request);
@@ -49,6 +52,7 @@ class CurlHandle {
 
   const HttpConfig config_;
   CURL* const easy_;
+  std::optional<DesktopProxy> desktop_;  // when the desktop's settings count
   std::unique_ptr<curl_slist, FreeHeaders> header_list_;
   // What the handle is set to, so that only differences are set again.
   std::string url_;

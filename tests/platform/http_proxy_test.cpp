@@ -74,7 +74,7 @@ TEST(HttpProxy, TellsWhatWentWrongAtTheProxy) {
       {Way::kAnswers, "https://gateway.invalid/", "403 Not there", HttpFailure::kProxyRefused, 0},
       {Way::kAnswers, "http://gateway.invalid/", "502 No gateway", HttpFailure::kNone, 502},
       // Nothing of the request itself has gone out to a proxy that breaks off connecting through.
-      {Way::kAnswers, "https://gateway.invalid/", "", HttpFailure::kUnreachable, 0},
+      {Way::kAnswers, "https://gateway.invalid/", "", HttpFailure::kProxyUnreachable, 0},
       {Way::kAnswers, "http://gateway.invalid/", "", HttpFailure::kNoReply, 0},
   };
   for (const auto& [way, url, text, failure, status] : kCases) {
