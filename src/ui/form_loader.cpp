@@ -1,0 +1,122 @@
+#include "ui/form_loader.h"
+
+#include <QAction>
+#include <QBuffer>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMenu>
+#include <QUiLoader>
+#include <QWidget>
+#include <optional>
+#include <utility>
+
+namespace orvalo::ui {
+
+namespace {
+
+// Knows our classes, and gives the form's root the object that asked for the form.
+class OwnClassesLoader : public QUiLoader {
+ public:
+  OwnClassesLoader(QWidget& self,
+                   const std::map<std::string, FormLoader::Factory, std::less<>>& classes)
+      : self_(&self), classes_(classes) {
+    clearPluginPaths();  // no Designer plugin from the disk comes into the process
+  }
+
+  QWidget* createWidget(const QString& class_name, QWidget* parent, const QString& name) override {
+    if (self_ != nullptr) {
+      QWidget* root = std::exchange(self_, nullptr);
+      root->setObjectName(name);
+      return root;
+    }
+    const auto factory = classes_.find(class_name.toStdString());
+    if (factory == classes_.end()) return QUiLoader::createWidget(class_name, parent, name);
+    QWidget* widget = factory->second(parent);
+    widget->setObjectName(name);
+    return widget;
+  }
+
+ private:
+  QWidget* self_;
+  const std::map<std::string, FormLoader::Factory, std::less<>>& classes_;
+};
+
+std::string ReadEntry(const platform::ResourceContainer& container, const std::string& path) {
+  std::optional<std::string> bytes = container.Read(path);
+  if (!bytes) throw FormError("The resource container lacks '" + path + "'.");
+  return *std::move(bytes);
+}
+
+QJsonArray ReadList(const platform::ResourceContainer& container, const std::string& path) {
+  QJsonParseError problem;
+  const auto document =
+      QJsonDocument::fromJson(QByteArray::fromStdString(ReadEntry(container, path)), &problem);
+  if (!document.isArray()) {
+    throw FormError("'" + path + "' is no list: " + problem.errorString().toStdString());
+  }
+  return document.array();
+}
+
+}  // namespace
+
+FormLoader::FormLoader(const platform::ResourceContainer& container) : container_(container) {}
+
+void FormLoader::Register(const std::string& class_name, Factory factory) {
+  classes_[class_name] = std::move(factory);
+}
+
+void FormLoader::LoadInto(QWidget& self, int id) const {
+  const std::string path = "dialogs/" + std::to_string(id) + ".ui";
+  const std::string form = ReadEntry(container_, path);
+  QByteArray bytes = QByteArray::fromStdString(form);
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::ReadOnly);
+  OwnClassesLoader loader(self, classes_);
+  loader.setWorkingDirectory(QDir(QString::fromStdString(container_.Root() + "/dialogs")));
+  if (loader.load(&buffer, self.parentWidget()) != &self) {
+    throw FormError("'" + path + "': " + loader.errorString().toStdString());
+  }
+  ShowTestIds(self);
+}
+
+std::unique_ptr<QMenu> FormLoader::LoadMenu(int id, QWidget* owner) const {
+  auto menu = std::make_unique<QMenu>(owner);
+  menu->setObjectName(QStringLiteral("menu%1").arg(id));
+  for (const QJsonValue& item : ReadList(container_, "menus/" + std::to_string(id) + ".json")) {
+    if (item[QStringLiteral("separator")].toBool()) {
+      menu->addSeparator();
+      continue;
+    }
+    QAction* action = menu->addAction(item[QStringLiteral("text")].toString());
+    action->setData(item[QStringLiteral("command")].toInt());
+  }
+  return menu;
+}
+
+QList<QAction*> FormLoader::LoadAccelerators(int id, QWidget& owner) const {
+  QList<QAction*> actions;
+  for (const QJsonValue& item :
+       ReadList(container_, "accelerators/" + std::to_string(id) + ".json")) {
+    auto* action = new QAction(&owner);
+    action->setShortcut(QKeySequence(item[QStringLiteral("key")].toString()));
+    action->setData(item[QStringLiteral("command")].toInt());
+    owner.addAction(action);
+    actions.append(action);
+  }
+  return actions;
+}
+
+void ShowTestIds(QWidget& root) {
+  static const bool wanted = qEnvironmentVariableIsSet("ORVALO_TEST_IDS");
+  if (!wanted) return;
+  root.setAccessibleDescription(root.objectName());
+  for (QWidget* control : root.findChildren<QWidget*>()) {
+    if (!control->objectName().isEmpty()) {
+      control->setAccessibleDescription(control->objectName());
+    }
+  }
+}
+
+}  // namespace orvalo::ui

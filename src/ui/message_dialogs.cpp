@@ -1,0 +1,156 @@
+#include "ui/message_dialogs.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QThread>
+#include <condition_variable>
+#include <optional>
+#include <utility>
+
+namespace orvalo::ui {
+
+using platform::BoxAnswer;
+using platform::BoxButtons;
+using platform::BoxIcon;
+
+// What another thread waits for.
+struct MessageDialogs::Question {
+  std::mutex mutex;
+  std::condition_variable answered;
+  std::optional<BoxAnswer> answer;
+
+  void Answer(BoxAnswer value) {
+    const std::lock_guard lock(mutex);
+    if (!answer) answer = value;
+    answered.notify_all();
+  }
+  BoxAnswer Wait() {
+    std::unique_lock lock(mutex);
+    answered.wait(lock, [this] { return answer.has_value(); });
+    return *answer;
+  }
+};
+
+namespace {
+
+QMessageBox::Icon IconOf(BoxIcon icon) {
+  switch (icon) {
+    case BoxIcon::kStop:
+      return QMessageBox::Critical;
+    case BoxIcon::kQuestion:
+      return QMessageBox::Question;
+    case BoxIcon::kWarning:
+      return QMessageBox::Warning;
+    case BoxIcon::kInformation:
+      return QMessageBox::Information;
+    case BoxIcon::kNone:
+      break;
+  }
+  return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButtons ButtonsOf(BoxButtons buttons) {
+  switch (buttons) {
+    case BoxButtons::kOkCancel:
+      return QMessageBox::Ok | QMessageBox::Cancel;
+    case BoxButtons::kYesNo:
+      return QMessageBox::Yes | QMessageBox::No;
+    case BoxButtons::kYesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case BoxButtons::kOkOnly:
+      break;
+  }
+  return QMessageBox::Ok;
+}
+
+BoxAnswer AnswerOf(int button) {
+  switch (button) {
+    case QMessageBox::Ok:
+      return BoxAnswer::kAccepted;
+    case QMessageBox::Yes:
+      return BoxAnswer::kYes;
+    case QMessageBox::No:
+      return BoxAnswer::kNo;
+    default:
+      return BoxAnswer::kCancel;
+  }
+}
+
+// The window that a message stands over. A hidden main window must not hide its message.
+QWidget* Owner() {
+  QWidget* active = QApplication::activeModalWidget();
+  if (active == nullptr) active = QApplication::activeWindow();
+  return active;
+}
+
+BoxAnswer ShowBox(const std::string& text, const std::string& caption, BoxIcon icon,
+                  BoxButtons buttons) {
+  QMessageBox box(IconOf(icon), QString::fromStdString(caption), QString::fromStdString(text),
+                  ButtonsOf(buttons), Owner());
+  box.setObjectName(QStringLiteral("messageBox"));
+  box.setTextFormat(Qt::PlainText);
+  return AnswerOf(box.exec());
+}
+
+BoxAnswer ShowLinkBox(const std::string& text, const std::string& caption, const std::string& url,
+                      platform::Shell& shell) {
+  QMessageBox box(QMessageBox::Warning, QString::fromStdString(caption),
+                  QString::fromStdString(caption), QMessageBox::Ok | QMessageBox::Cancel, Owner());
+  box.setObjectName(QStringLiteral("linkMessage"));
+  const auto escaped = [](const std::string& plain) {
+    return QString::fromStdString(plain).toHtmlEscaped();
+  };
+  box.setTextFormat(Qt::RichText);
+  box.setText(QStringLiteral("<b>%1</b>").arg(escaped(caption)));
+  QString body = escaped(text);
+  body.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+  body.replace(u'\n', QStringLiteral("<br>"));
+  box.setInformativeText(QStringLiteral("%1<p><a href=\"%2\">%2</a></p>").arg(body, escaped(url)));
+  for (QLabel* label : box.findChildren<QLabel*>()) {
+    label->setOpenExternalLinks(false);
+    label->setTextInteractionFlags(Qt::TextBrowserInteraction);
+    QObject::connect(label, &QLabel::linkActivated, &box, [&shell](const QString& address) {
+      shell.OpenAddress(address.toStdString());
+    });
+  }
+  return AnswerOf(box.exec());
+}
+
+}  // namespace
+
+MessageDialogs::~MessageDialogs() { StopAsking(); }
+
+BoxAnswer MessageDialogs::Show(const std::string& text, const std::string& caption, BoxIcon icon,
+                               BoxButtons buttons) {
+  return OnMainThread([=] { return ShowBox(text, caption, icon, buttons); });
+}
+
+void MessageDialogs::ShowLink(const std::string& text, const std::string& caption,
+                              const std::string& url) {
+  OnMainThread([=, this] { return ShowLinkBox(text, caption, url, shell_); });
+}
+
+BoxAnswer MessageDialogs::OnMainThread(std::function<BoxAnswer()> ask) {
+  if (QThread::currentThread() == qApp->thread()) return ask();
+  const auto question = std::make_shared<Question>();
+  {
+    const std::lock_guard lock(mutex_);
+    if (stopped_) return BoxAnswer::kCancel;
+    waiting_.push_back(question);
+  }
+  QMetaObject::invokeMethod(
+      qApp, [question, ask = std::move(ask)] { question->Answer(ask()); }, Qt::QueuedConnection);
+  const BoxAnswer answer = question->Wait();
+  const std::lock_guard lock(mutex_);
+  waiting_.remove(question);
+  return answer;
+}
+
+void MessageDialogs::StopAsking() {
+  const std::lock_guard lock(mutex_);
+  stopped_ = true;
+  for (const auto& question : waiting_) question->Answer(BoxAnswer::kCancel);
+}
+
+}  // namespace orvalo::ui
