@@ -108,9 +108,12 @@ void RecurWeekly(const ScheduleChoices& choices, DayWalk day, OccurrenceList& li
   to_ticked();
   while (list.Wanting()) {
     list.Record(day.time);
-    if (day.Weekday() == 0) day.Forward(choices.weeks * kWeekDays);  // the week has ended
+    const DayWalk sent = day;
     day.Forward(1);
     to_ticked();
+    if (day.WeekdayFromMonday() <= sent.WeekdayFromMonday()) {  // another week has begun
+      day.Forward(choices.weeks * kWeekDays);
+    }
   }
 }
 
@@ -222,6 +225,7 @@ std::int64_t SendOnTime(const ScheduleChoices& choices, const platform::Clock& c
   local.second = 0;
   const std::int64_t time = clock.FromLocal(local);
   if (time >= now - kLateSeconds) return time;
+  local = clock.ToLocal(time);  // a day beyond its month's end has become one of the next month
   ++local.year;
   return clock.FromLocal(local);
 }

@@ -67,7 +67,9 @@ std::int64_t SendOnTime(const ScheduleChoices& choices, const platform::Clock& c
 // All times of the choices, earliest first: one for "once", else as many as recurrences are chosen,
 // without those beyond the last second that a message's time can hold (in January 2038). Recurring
 // times lie whole days of 24 hours apart, so a change to or from summer time shows in the local
-// hour; the days are counted on the calendar. Empty for weekly choices without a weekday.
+// hour; the days are counted on the calendar, so such a change neither skips nor repeats one. Weeks
+// begin on Monday: of every so many, from that of the first time, the ticked days count. Empty for
+// weekly choices without a weekday.
 std::vector<Occurrence> OccurrencesOf(const ScheduleChoices& choices, const platform::Clock& clock);
 
 }  // namespace orvalo

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -18,6 +19,8 @@
 
 namespace orvalo {
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr std::int64_t kThursday = 1'736'418'905;  // 2025-01-09 10:35:05, a Thursday
 
@@ -63,62 +66,73 @@ TEST(OccurrencesTest, TakeFromNowWhatIsNotChosen) {
   }
 }
 
+using Choose = std::function<void(ScheduleChoices&)>;
+
+Choose Daily(std::int32_t days) {
+  return [=](ScheduleChoices& c) {
+    c.recurrence = Recurrence::kDaily;
+    c.days = days - 1;
+  };
+}
+
+Choose EveryWeekday() {
+  return [](ScheduleChoices& c) {
+    c.recurrence = Recurrence::kDaily;
+    c.daily_every = false;
+    c.every_weekday = true;
+  };
+}
+
+Choose Weekly(std::int32_t weeks, const char* from_monday) {
+  return [=](ScheduleChoices& c) {
+    c.recurrence = Recurrence::kWeekly;
+    c.weeks = weeks - 1;
+    for (int day = 0; day < kWeekDays; ++day) c.weekly_on[day] = from_monday[day] == 'x';
+  };
+}
+
+Choose MonthDay(std::int32_t day, std::int32_t months) {
+  return [=](ScheduleChoices& c) {
+    c.recurrence = Recurrence::kMonthly;
+    c.month_day = day - 1;
+    c.day_months = months - 1;
+  };
+}
+
+Choose MonthWeekday(std::int32_t ordinal, std::int32_t from_monday, std::int32_t months) {
+  return [=](ScheduleChoices& c) {
+    c.recurrence = Recurrence::kMonthly;
+    c.monthly_day = false;
+    c.monthly_weekday = true;
+    c.ordinal = ordinal - 1;
+    c.weekday = from_monday;
+    c.weekday_months = months - 1;
+  };
+}
+
 TEST(OccurrencesTest, FollowTheRecurrence) {
-  using Choose = std::function<void(ScheduleChoices&)>;
-  const auto daily = [](std::int32_t days, bool weekdays) {
-    return [=](ScheduleChoices& c) {
-      c.recurrence = Recurrence::kDaily;
-      c.days = days - 1;
-      c.daily_every = !weekdays;
-      c.every_weekday = weekdays;
-    };
-  };
-  const auto weekly = [](std::int32_t weeks, const char* from_monday) {
-    return [=](ScheduleChoices& c) {
-      c.recurrence = Recurrence::kWeekly;
-      c.weeks = weeks - 1;
-      for (int day = 0; day < kWeekDays; ++day) c.weekly_on[day] = from_monday[day] == 'x';
-    };
-  };
-  const auto month_day = [](std::int32_t day, std::int32_t months) {
-    return [=](ScheduleChoices& c) {
-      c.recurrence = Recurrence::kMonthly;
-      c.month_day = day - 1;
-      c.day_months = months - 1;
-    };
-  };
-  const auto month_weekday = [](std::int32_t ordinal, std::int32_t from_monday,
-                                std::int32_t months) {
-    return [=](ScheduleChoices& c) {
-      c.recurrence = Recurrence::kMonthly;
-      c.monthly_day = false;
-      c.monthly_weekday = true;
-      c.ordinal = ordinal - 1;
-      c.weekday = from_monday;
-      c.weekday_months = months - 1;
-    };
-  };
   const struct {
     std::int32_t day;  // of the first time, in January 2025
     Choose choose;
     const char* times;
   } cases[] = {
-      {9, daily(1, false), "2025-01-09 12:00, 2025-01-10 12:00, 2025-01-11 12:00"},
-      {9, daily(14, false), "2025-01-09 12:00, 2025-01-23 12:00, 2025-02-06 12:00"},
-      {10, daily(3, true), "2025-01-10 12:00, 2025-01-13 12:00, 2025-01-14 12:00"},
-      {11, daily(1, true), "2025-01-13 12:00, 2025-01-14 12:00, 2025-01-15 12:00"},  // a Saturday
-      {12, daily(1, true), "2025-01-13 12:00, 2025-01-14 12:00, 2025-01-15 12:00"},  // a Sunday
-      {9, weekly(1, "x..x..."), "2025-01-09 12:00, 2025-01-13 12:00, 2025-01-16 12:00"},
-      {10, weekly(3, "x......"), "2025-01-13 12:00, 2025-01-20 12:00, 2025-01-27 12:00"},
-      {9, weekly(3, "x.....x"), "2025-01-12 12:00, 2025-01-27 12:00, 2025-02-02 12:00"},
-      {9, weekly(1, "......."), ""},
-      {30, month_day(30, 1), "2025-01-30 12:00, 2025-03-30 12:00, 2025-04-30 12:00"},
-      {9, month_day(8, 2), "2025-02-08 12:00, 2025-04-08 12:00, 2025-06-08 12:00"},
-      {9, month_day(9, 12), "2025-01-09 12:00, 2026-01-09 12:00, 2027-01-09 12:00"},
+      {9, Daily(1), "2025-01-09 12:00, 2025-01-10 12:00, 2025-01-11 12:00"},
+      {9, Daily(14), "2025-01-09 12:00, 2025-01-23 12:00, 2025-02-06 12:00"},
+      {10, EveryWeekday(), "2025-01-10 12:00, 2025-01-13 12:00, 2025-01-14 12:00"},
+      {11, EveryWeekday(), "2025-01-13 12:00, 2025-01-14 12:00, 2025-01-15 12:00"},  // a Saturday
+      {12, EveryWeekday(), "2025-01-13 12:00, 2025-01-14 12:00, 2025-01-15 12:00"},  // a Sunday
+      {9, Weekly(1, "x..x..."), "2025-01-09 12:00, 2025-01-13 12:00, 2025-01-16 12:00"},
+      {10, Weekly(3, "x......"), "2025-01-13 12:00, 2025-02-03 12:00, 2025-02-24 12:00"},
+      {9, Weekly(2, "xx.x..."), "2025-01-09 12:00, 2025-01-20 12:00, 2025-01-21 12:00"},
+      {9, Weekly(3, "x.....x"), "2025-01-12 12:00, 2025-01-27 12:00, 2025-02-02 12:00"},
+      {9, Weekly(1, "......."), ""},
+      {30, MonthDay(30, 1), "2025-01-30 12:00, 2025-03-30 12:00, 2025-04-30 12:00"},
+      {9, MonthDay(8, 2), "2025-02-08 12:00, 2025-04-08 12:00, 2025-06-08 12:00"},
+      {9, MonthDay(9, 12), "2025-01-09 12:00, 2026-01-09 12:00, 2027-01-09 12:00"},
       // The first Monday of January has passed.
-      {9, month_weekday(1, 0, 2), "2025-02-03 12:00, 2025-04-07 12:00, 2025-06-02 12:00"},
-      {9, month_weekday(2, 3, 1), "2025-01-09 12:00, 2025-02-13 12:00, 2025-03-13 12:00"},
-      {9, month_weekday(4, 6, 11), "2025-01-26 12:00, 2025-12-28 12:00, 2026-11-22 12:00"},
+      {9, MonthWeekday(1, 0, 2), "2025-02-03 12:00, 2025-04-07 12:00, 2025-06-02 12:00"},
+      {9, MonthWeekday(2, 3, 1), "2025-01-09 12:00, 2025-02-13 12:00, 2025-03-13 12:00"},
+      {9, MonthWeekday(4, 6, 11), "2025-01-26 12:00, 2025-12-28 12:00, 2026-11-22 12:00"},
   };
   const test::FakeClock clock(kThursday);
   for (const auto& c : cases) {
@@ -132,22 +146,84 @@ TEST(OccurrencesTest, FollowTheRecurrence) {
   }
 }
 
-TEST(OccurrencesTest, KeepCountingCalendarDaysWhenTheClockIsPutBack) {
-  const test::ScopedVariable zone("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
-  class Standing : public test::FakeClock {
+// Worked out on a calendar. The first time is chosen by day and hour; three recurrences.
+TEST(OccurrencesTest, CrossMonthEndsLeapDaysAndChangesOfTheClock) {
+  // Stands still at midnight UTC, in the zone of the environment.
+  class StandingClock : public test::FakeClock {
    public:
     using FakeClock::FakeClock;
     platform::LocalTime ToLocal(std::int64_t seconds) const override {
       return platform::SystemClock().ToLocal(seconds);
     }
   };
-  const Standing clock(1'729'980'000);  // 2024-10-27 00:00, a day of 25 hours
-  ScheduleChoices choices;
-  choices.minute = 31;
-  choices.recurrence = Recurrence::kMonthly;
-  choices.month_day = 26;
-  choices.recurrences = 1;
-  EXPECT_EQ(ShowAll(choices, clock), "2024-10-27 00:30, 2024-11-26 23:30");
+  constexpr const char* kUtc = "UTC0";
+  constexpr const char* kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+  constexpr const char* kAuckland = "NZST-12NZDT,M9.5.0,M4.1.0/3";
+  const Choose once = [](ScheduleChoices&) {};
+  const struct {
+    const char* zone;
+    std::chrono::year_month_day today;
+    std::int32_t month, day, hour;
+    Choose choose;
+    const char* times;
+  } cases[] = {
+      // Leap years and month ends.
+      {kUtc, 2024y / 2 / 28, 0, 0, 15, Daily(1),
+       "2024-02-28 15:30, 2024-02-29 15:30, 2024-03-01 15:30"},
+      {kUtc, 2025y / 2 / 28, 0, 0, 15, Daily(1),
+       "2025-02-28 15:30, 2025-03-01 15:30, 2025-03-02 15:30"},
+      {kUtc, 2024y / 1 / 29, 0, 0, 15, MonthDay(29, 1),
+       "2024-01-29 15:30, 2024-02-29 15:30, 2024-03-29 15:30"},
+      {kUtc, 2025y / 1 / 29, 0, 0, 15, MonthDay(29, 1),
+       "2025-01-29 15:30, 2025-03-29 15:30, 2025-04-29 15:30"},
+      // Twelve months with a 29th later; February 2025 is none.
+      {kUtc, 2024y / 2 / 29, 0, 0, 15, MonthDay(29, 12),
+       "2024-02-29 15:30, 2025-03-29 15:30, 2026-04-29 15:30"},
+      {kUtc, 2024y / 12 / 30, 0, 0, 15, MonthDay(30, 2),
+       "2024-12-30 15:30, 2025-03-30 15:30, 2025-05-30 15:30"},
+      {kUtc, 2024y / 12 / 31, 0, 0, 15, Weekly(1, "x.x...."),
+       "2025-01-01 15:30, 2025-01-06 15:30, 2025-01-08 15:30"},
+      {kUtc, 2023y / 11 / 30, 0, 0, 15, MonthWeekday(4, 3, 3),
+       "2023-12-28 15:30, 2024-03-28 15:30, 2024-06-27 15:30"},
+      // A day that has passed and that the next year does not have.
+      {kUtc, 2024y / 3 / 10, 2, 29, 15, once, "2025-03-01 15:30"},
+      {kUtc, 2027y / 3 / 31, 2, 0, 15, once, "2028-03-03 15:30"},
+      // To summer time: days of 24 hours come an hour later by the clock, new months do not.
+      {kBerlin, 2024y / 3 / 30, 0, 0, 15, Daily(1),
+       "2024-03-30 15:30, 2024-03-31 16:30, 2024-04-01 16:30"},
+      {kBerlin, 2024y / 3 / 24, 0, 0, 15, Weekly(1, "......x"),
+       "2024-03-24 15:30, 2024-03-31 16:30, 2024-04-07 16:30"},
+      {kBerlin, 2024y / 3 / 15, 0, 0, 15, MonthDay(15, 1),
+       "2024-03-15 15:30, 2024-04-15 16:30, 2024-05-15 16:30"},
+      {kBerlin, 2024y / 3 / 1, 0, 0, 15, MonthWeekday(1, 0, 1),
+       "2024-03-04 15:30, 2024-04-01 15:30, 2024-05-06 15:30"},
+      {kBerlin, 2027y / 2 / 28, 0, 0, 15, MonthWeekday(4, 6, 1),  // March's is the day of change
+       "2027-02-28 15:30, 2027-03-28 16:30, 2027-04-25 16:30"},
+      {kBerlin, 2024y / 3 / 30, 0, 31, 2, once, "2024-03-31 03:30"},  // 02:30 is skipped
+      // Back, and on the other side of the earth.
+      {kBerlin, 2024y / 10 / 26, 0, 0, 15, EveryWeekday(),
+       "2024-10-28 14:30, 2024-10-29 14:30, 2024-10-30 14:30"},
+      {kAuckland, 2026y / 4 / 4, 0, 0, 23, Daily(2),
+       "2026-04-04 23:30, 2026-04-06 22:30, 2026-04-08 22:30"},
+      {kAuckland, 2026y / 9 / 20, 0, 26, 23, Daily(1),
+       "2026-09-26 23:30, 2026-09-28 00:30, 2026-09-29 00:30"},
+      // Near midnight the change moves a time into another day, but no day is lost or comes twice.
+      {kBerlin, 2024y / 10 / 26, 0, 27, 0, MonthDay(27, 1),
+       "2024-10-27 00:30, 2024-11-26 23:30, 2024-12-26 23:30"},
+  };
+  for (const auto& c : cases) {
+    const test::ScopedVariable zone("TZ", c.zone);
+    const StandingClock clock(
+        std::chrono::sys_seconds(std::chrono::sys_days(c.today)).time_since_epoch().count());
+    ScheduleChoices choices;
+    choices.month = c.month;
+    choices.day = c.day;
+    choices.hour = c.hour + 1;
+    choices.minute = 31;
+    choices.recurrences = 2;
+    c.choose(choices);
+    EXPECT_EQ(ShowAll(choices, clock), c.times) << c.zone;
+  }
 }
 
 TEST(OccurrencesTest, EndWhereMessageTimesEnd) {
