@@ -12,6 +12,8 @@
 #include <optional>
 #include <utility>
 
+#include "ui/switch_box.h"
+
 namespace orvalo::ui {
 
 namespace {
@@ -61,7 +63,9 @@ QJsonArray ReadList(const platform::ResourceContainer& container, const std::str
 
 }  // namespace
 
-FormLoader::FormLoader(const platform::ResourceContainer& container) : container_(container) {}
+FormLoader::FormLoader(const platform::ResourceContainer& container) : container_(container) {
+  Register("SwitchBox", [](QWidget* parent) { return new SwitchBox(parent); });
+}
 
 void FormLoader::Register(const std::string& class_name, Factory factory) {
   classes_[class_name] = std::move(factory);

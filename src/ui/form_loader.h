@@ -35,7 +35,8 @@ class FormLoader {
 
   explicit FormLoader(const platform::ResourceContainer& container);
 
-  // Makes a class of ours known to the dialogs, by the name it is promoted to there.
+  // Makes a class of ours known to the dialogs, by the name it is promoted to there. SwitchBox is
+  // known from the start.
   void Register(const std::string& class_name, Factory factory);
 
   // Loads "dialogs/<id>.ui" into `self`, which becomes the form's root. Throws FormError.

@@ -27,7 +27,10 @@ ThemeColors LightColors() {
           .accent_soft = QColor(0xDCEEED),
           .danger = QColor(0xB3261E),
           .warning = QColor(0x8A5300),
-          .success = QColor(0x1B6E3C)};
+          .success = QColor(0x1B6E3C),
+          .brand = QColor(0x12807C),
+          .brand_deep = QColor(0x0A4A57),
+          .brand_text = QColor(0xFFFFFF)};
 }
 
 ThemeColors DarkColors() {
@@ -43,7 +46,10 @@ ThemeColors DarkColors() {
           .accent_soft = QColor(0x1F3B3C),
           .danger = QColor(0xFF8A80),
           .warning = QColor(0xF0B65A),
-          .success = QColor(0x6FCF97)};
+          .success = QColor(0x6FCF97),
+          .brand = QColor(0x1C5557),
+          .brand_deep = QColor(0x15303B),
+          .brand_text = QColor(0xE7F3F2)};
 }
 
 }  // namespace
@@ -83,11 +89,14 @@ QString Theme::StyleSheet() const {
   QString sheet = QString::fromStdString(
       platform::ResourceContainer::BuiltIn().Read("style/orvalo.qss").value_or(std::string()));
   // Longer names first: "@accent" is the beginning of others.
-  const std::array<std::pair<const char*, QColor>, 13> values{
+  const std::array<std::pair<const char*, QColor>, 16> values{
       {{"@accent_hover", colors_.accent_hover},
        {"@accent_text", colors_.accent_text},
        {"@accent_soft", colors_.accent_soft},
        {"@accent", colors_.accent},
+       {"@brand_deep", colors_.brand_deep},
+       {"@brand_text", colors_.brand_text},
+       {"@brand", colors_.brand},
        {"@window", colors_.window},
        {"@surface", colors_.surface},
        {"@field", colors_.field},

@@ -11,6 +11,7 @@ struct ThemeColors {
   QColor window, surface, field, border, text, muted;
   QColor accent, accent_hover, accent_text, accent_soft;
   QColor danger, warning, success;
+  QColor brand, brand_deep, brand_text;  // the login page's panel: its gradient and its words
 };
 
 // How the windows look. Main thread.

@@ -1,0 +1,20 @@
+#include "ui/login_area.h"
+
+#include <utility>
+
+#include "app/startup/program.h"
+#include "net/version_info.h"
+
+namespace orvalo::ui {
+
+LoginArea::LoginArea(Program& program, const Kit& kit, platform::Shell& shell,
+                     std::function<void()> logged_in)
+    : window_(kit),
+      page_({program.GetSettings(), program.GetDataFile(), program.GetTexts(), program.GetAccount(),
+             shell, window_, std::move(logged_in)}) {
+  window_.SetProductName(ProgramTitle(program.GetSettings(), program.GetTexts()));
+  window_.Connect(page_);
+  page_.SetUp();
+}
+
+}  // namespace orvalo::ui

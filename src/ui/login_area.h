@@ -1,0 +1,30 @@
+#pragma once
+#include <functional>
+
+#include "shell/login_page.h"
+#include "ui/kit.h"
+#include "ui/login_window.h"
+
+namespace orvalo {
+class Program;
+}
+
+namespace orvalo::ui {
+
+// The login page and its window. Main thread; owned by the desktop, which takes the window into
+// its own.
+class LoginArea {
+ public:
+  // All of it must outlive the area; `logged_in` is told that the operator is in, on-line or
+  // off-line. Throws FormError.
+  LoginArea(Program& program, const Kit& kit, platform::Shell& shell,
+            std::function<void()> logged_in);
+
+  LoginWindow& Window() { return window_; }
+
+ private:
+  LoginWindow window_;
+  LoginPage page_;
+};
+
+}  // namespace orvalo::ui
