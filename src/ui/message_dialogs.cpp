@@ -16,7 +16,10 @@ using platform::BoxIcon;
 
 // What another thread waits for.
 struct MessageDialogs::Question {
-  std::mutex mutex;
+  explicit Question(std::function<BoxAnswer()> how) : ask(std::move(how)) {}
+
+  const std::function<BoxAnswer()> ask;
+  std::mutex mutex;  // guards what follows
   std::condition_variable answered;
   std::optional<BoxAnswer> answer;
 
@@ -119,6 +122,9 @@ BoxAnswer ShowLinkBox(const std::string& text, const std::string& caption, const
 
 }  // namespace
 
+MessageDialogs::MessageDialogs(platform::Shell& shell)
+    : shell_(shell), asked_([this](auto, auto, auto) { AskNext(); }) {}
+
 MessageDialogs::~MessageDialogs() { StopAsking(); }
 
 BoxAnswer MessageDialogs::Show(const std::string& text, const std::string& caption, BoxIcon icon,
@@ -133,18 +139,29 @@ void MessageDialogs::ShowLink(const std::string& text, const std::string& captio
 
 BoxAnswer MessageDialogs::OnMainThread(std::function<BoxAnswer()> ask) {
   if (QThread::currentThread() == qApp->thread()) return ask();
-  const auto question = std::make_shared<Question>();
+  const auto question = std::make_shared<Question>(std::move(ask));
   {
     const std::lock_guard lock(mutex_);
     if (stopped_) return BoxAnswer::kCancel;
+    to_ask_.push_back(question);
     waiting_.push_back(question);
   }
-  QMetaObject::invokeMethod(
-      qApp, [question, ask = std::move(ask)] { question->Answer(ask()); }, Qt::QueuedConnection);
+  asked_.Post(0, 0, 0);
   const BoxAnswer answer = question->Wait();
   const std::lock_guard lock(mutex_);
   waiting_.remove(question);
   return answer;
+}
+
+void MessageDialogs::AskNext() {
+  std::shared_ptr<Question> question;
+  {
+    const std::lock_guard lock(mutex_);
+    if (stopped_ || to_ask_.empty()) return;
+    question = to_ask_.front();
+    to_ask_.pop_front();
+  }
+  question->Answer(question->ask());
 }
 
 void MessageDialogs::StopAsking() {

@@ -1,4 +1,5 @@
 #pragma once
+#include <deque>
 #include <functional>
 #include <list>
 #include <memory>
@@ -7,6 +8,7 @@
 
 #include "platform/message_box.h"
 #include "platform/shell.h"
+#include "ui/window_mailbox.h"
 
 namespace orvalo::ui {
 
@@ -16,7 +18,7 @@ namespace orvalo::ui {
 class MessageDialogs : public platform::MessageBoxes {
  public:
   // `shell` opens the addresses of link messages.
-  explicit MessageDialogs(platform::Shell& shell) : shell_(shell) {}
+  explicit MessageDialogs(platform::Shell& shell);
   ~MessageDialogs() override;
   MessageDialogs(const MessageDialogs&) = delete;
   MessageDialogs& operator=(const MessageDialogs&) = delete;
@@ -32,11 +34,14 @@ class MessageDialogs : public platform::MessageBoxes {
  private:
   struct Question;
   platform::BoxAnswer OnMainThread(std::function<platform::BoxAnswer()> ask);
+  void AskNext();
 
   platform::Shell& shell_;
   std::mutex mutex_;  // guards what follows
   bool stopped_ = false;
+  std::deque<std::shared_ptr<Question>> to_ask_;
   std::list<std::shared_ptr<Question>> waiting_;
+  WindowMailbox asked_;  // each message: one more stands in to_ask_
 };
 
 }  // namespace orvalo::ui

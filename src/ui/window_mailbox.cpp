@@ -7,30 +7,31 @@ namespace orvalo::ui {
 
 namespace {
 
-class WindowMessage : public QEvent {
- public:
-  WindowMessage(std::uint32_t number, std::int32_t first, std::int32_t second)
-      : QEvent(Number()), message(number), wparam(first), lparam(second) {}
-
-  static Type Number() {
-    static const auto kNumber = static_cast<Type>(registerEventType());
-    return kNumber;
-  }
-
-  const std::uint32_t message;
-  const std::int32_t wparam, lparam;
-};
+// Tells the mailbox that a message waits; the message itself goes through the mailbox's own queue.
+QEvent::Type MessageWaits() {
+  static const auto kType = static_cast<QEvent::Type>(QEvent::registerEventType());
+  return kType;
+}
 
 }  // namespace
 
 void WindowMailbox::Post(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
-  QCoreApplication::postEvent(this, new WindowMessage(message, wparam, lparam));
+  {
+    const std::lock_guard lock(mutex_);
+    waiting_.push_back({message, wparam, lparam});
+  }
+  QCoreApplication::postEvent(this, new QEvent(MessageWaits()));
 }
 
 bool WindowMailbox::event(QEvent* event) {
-  if (event->type() != WindowMessage::Number()) return QObject::event(event);
-  const auto& message = static_cast<const WindowMessage&>(*event);
-  if (handler_) handler_(message.message, message.wparam, message.lparam);
+  if (event->type() != MessageWaits()) return QObject::event(event);
+  Message next{};
+  {
+    const std::lock_guard lock(mutex_);
+    next = waiting_.front();
+    waiting_.pop_front();
+  }
+  if (handler_) handler_(next.message, next.wparam, next.lparam);
   return true;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 #include <QObject>
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <mutex>
 #include <utility>
 
 #include "platform/mailbox.h"
@@ -26,7 +28,14 @@ class WindowMailbox : public QObject, public platform::Mailbox {
   bool event(QEvent* event) override;
 
  private:
+  struct Message {
+    std::uint32_t message;
+    std::int32_t wparam, lparam;
+  };
+
   Handler handler_;
+  std::mutex mutex_;  // guards what follows
+  std::deque<Message> waiting_;
 };
 
 }  // namespace orvalo::ui

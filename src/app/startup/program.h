@@ -35,6 +35,9 @@ class Program {
     bool with_gateway = true;  // create the gateway client and hand it the proxy settings
     bool test_connection = true;    // with the proxy settings, when working online
     bool enter_data_folder = true;  // make it the process's current directory
+    // See Account: around calls that the operator waits for, and after every login.
+    std::function<void(bool)> wait_cursor;
+    std::function<void()> logged_in;
   };
 
   // How a run ended.
@@ -70,6 +73,10 @@ class Program {
   AppSettings& GetSettings() { return settings_; }
   SmsDatabase& GetDatabase() { return *database_; }
   LogFile& GetLog() { return *log_; }
+  // The container of every text, dialog, menu and picture: the one in the data folder, or our own.
+  const platform::ResourceContainer& GetResources() const {
+    return language_ != nullptr ? *language_ : platform::ResourceContainer::BuiltIn();
+  }
   const Texts& GetTexts() const { return texts_; }
   const SmsStatusNames& GetStatusNames() const { return status_names_; }
   const MessageTypeNames& GetTypeNames() const { return type_names_; }

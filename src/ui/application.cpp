@@ -1,0 +1,74 @@
+#include "ui/application.h"
+
+#include <QEvent>
+#include <QEventLoop>
+#include <QSessionManager>
+#include <QTimer>
+#include <utility>
+
+#include "ui/theme.h"
+
+namespace orvalo::ui {
+
+Application::Application(int& count, char** values) : QApplication(count, values) {
+  setApplicationName(QStringLiteral("Orvalo"));
+  setDesktopFileName(QStringLiteral("orvalo"));
+  setQuitOnLastWindowClosed(false);  // the program lives on behind its icon
+  ApplyTheme(Theme(palette()));
+  connect(
+      this, &QGuiApplication::commitDataRequest, this,
+      [this] {
+        if (end_) end_();
+      },
+      Qt::DirectConnection);
+}
+
+void Application::WishEnd() {
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        if (end_) end_();
+      },
+      Qt::QueuedConnection);
+}
+
+bool Application::notify(QObject* receiver, QEvent* event) {
+  try {
+    if (event->type() == QEvent::ThemeChange && receiver->isWindowType()) {
+      QMetaObject::invokeMethod(
+          this, [this] { FollowSystem(); }, Qt::QueuedConnection);
+    }
+    return QApplication::notify(receiver, event);
+  } catch (...) {
+    if (!fault_) fault_ = std::current_exception();
+    exit(0);
+    return true;
+  }
+}
+
+void Application::RethrowFault() {
+  if (fault_) std::rethrow_exception(std::exchange(fault_, nullptr));
+}
+
+void Application::FollowSystem() {
+  setPalette(QPalette());  // ours hides the system's
+  ApplyTheme(Theme(palette()));
+}
+
+QString Application::WhyNoDisplay() {
+  if (qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+      qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+    return {};
+  }
+  return QStringLiteral(
+      "Orvalo needs a desktop: neither DISPLAY nor WAYLAND_DISPLAY is set. "
+      "The same work can be done in a terminal with orvaloctl.");
+}
+
+void PauseShowing(int milliseconds) {
+  QEventLoop loop;
+  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
+}  // namespace orvalo::ui

@@ -1,0 +1,38 @@
+#pragma once
+#include <QApplication>
+#include <exception>
+#include <functional>
+#include <utility>
+
+namespace orvalo::ui {
+
+// The desktop program's QApplication. An exception out of an event handler ends every event loop
+// and is thrown again by RethrowFault, so that it reaches the one handler around the run; the look
+// follows the system when that changes between light and dark. Main thread.
+class Application : public QApplication {
+ public:
+  Application(int& count, char** values);
+
+  bool notify(QObject* receiver, QEvent* event) override;
+  // To be called after each event loop. Throws what a handler has thrown.
+  void RethrowFault();
+
+  // Called on the main thread when the session ends or the system wishes the program's end; an
+  // empty one unsets it.
+  void SetEndHandler(std::function<void()> end) { end_ = std::move(end); }
+  void WishEnd();  // any thread
+
+  // Why there can be no window here, in words for the terminal; empty when there can.
+  static QString WhyNoDisplay();
+
+ private:
+  void FollowSystem();
+
+  std::exception_ptr fault_;
+  std::function<void()> end_;
+};
+
+// Lets the windows live on for so many milliseconds.
+void PauseShowing(int milliseconds);
+
+}  // namespace orvalo::ui
