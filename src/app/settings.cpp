@@ -60,6 +60,7 @@ constexpr std::array kSettings = {
     TextLine("UpdateVersionURL", TextSetting::kUpdateVersionUrl, "", kReadOnly),
     TextLine("UpdateFileURL", TextSetting::kUpdateFileUrl, "", kReadOnly),
     TextLine("UpdateURL", TextSetting::kUpdateUrl, "", kReadOnly),
+    TextLine("UpdatePublicKey", TextSetting::kUpdatePublicKey, "", kReadOnly),
     // The address at which the demonstration gateway service listens.
     TextLine("COMBaseURL", TextSetting::kComBaseUrl, "http://127.0.0.1:8480", kReadOnly),
     NumberLine("ProxyType", NumberSetting::kProxyType, "1", kSaved),

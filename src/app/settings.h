@@ -30,6 +30,7 @@ enum class TextSetting {
   kUpdateVersionUrl,
   kUpdateFileUrl,
   kUpdateUrl,
+  kUpdatePublicKey,
   kComBaseUrl,
   kProxyHost,
   kProxyPort,

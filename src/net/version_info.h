@@ -1,8 +1,10 @@
 #pragma once
 #include <array>
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace orvalo {
 
@@ -28,7 +30,32 @@ struct FileVersion {
   constexpr auto operator<=>(const FileVersion&) const = default;
 };
 
-// This program's own version.
+// A module's version block.
+struct VersionInfo {
+  static constexpr std::uint32_t kSignature = 0xFEEF04BD;
+  static constexpr std::uint16_t kUsualCodePage = 1252;
+
+  // The fixed block: signature, structure version, file version (high, low), product version (high,
+  // low), flags mask, flags, system, type, subtype, date (high, low).
+  std::array<std::uint32_t, 13> fixed{};
+  // Of the first translation.
+  std::uint16_t language = 0;
+  std::uint16_t code_page = kUsualCodePage;
+  std::string block;  // raw, as the module carries it
+
+  FileVersion file_version() const { return {fixed[2], fixed[3]}; }
+};
+
+// Reads the version block of a module, as platform::ReadVersionResource finds it; none (empty) is
+// the program itself. False, leaving `info` as it was, when there is none or its signature is
+// foreign. Any thread.
+bool ReadVersionInfo(const std::string& module, VersionInfo* info);
+
+// Up to four decimal numbers joined by points at the start of a text ("3.2.1.17"); what cannot be
+// read counts as 0, and so does everything after it.
+FileVersion ParseFileVersion(std::string_view text);
+
+// This program's own version, from its file; 0.0.0.0 when that cannot be read.
 FileVersion ProgramVersion();
 
 // Whether this installation is the product's own, by its client id.

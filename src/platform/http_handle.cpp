@@ -1,10 +1,6 @@
 #include "platform/http_handle.h"
 
-#include <signal.h>
-
 #include <algorithm>
-#include <csignal>
-#include <mutex>
 #include <string_view>
 
 #include "platform/collation.h"
@@ -19,29 +15,6 @@ HttpReply FailedReply(HttpFailure failure, std::string error) {
   return reply;
 }
 
-bool IsTlsCode(CURLcode code) {
-  switch (code) {
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_SSL_ENGINE_NOTFOUND:
-    case CURLE_SSL_ENGINE_SETFAILED:
-    case CURLE_SSL_CERTPROBLEM:
-    case CURLE_SSL_CIPHER:
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_USE_SSL_FAILED:
-    case CURLE_SSL_ENGINE_INITFAILED:
-    case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_SHUTDOWN_FAILED:
-    case CURLE_SSL_CRL_BADFILE:
-    case CURLE_SSL_ISSUER_ERROR:
-    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
-    case CURLE_SSL_INVALIDCERTSTATUS:
-    case CURLE_SSL_CLIENTCERT:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // The host that a URL names, for comparing with the one in the library's messages.
 std::string_view HostOf(std::string_view url) {
   url.remove_prefix(std::min(url.find("//"), url.size() - 2) + 2);
@@ -51,26 +24,13 @@ std::string_view HostOf(std::string_view url) {
   return url.substr(0, url.find(':'));
 }
 
-CURL* OpenEasyHandle() {
-  static std::once_flag initialized;
-  std::call_once(initialized, [] {
-    curl_global_init(CURL_GLOBAL_DEFAULT);
-    // A TLS connection that the other side has closed would end the process at the next write:
-    // libcurl, told to use no signals, leaves this one to its user.
-    struct sigaction present {};
-    if (sigaction(SIGPIPE, nullptr, &present) == 0 && present.sa_handler == SIG_DFL) {
-      std::signal(SIGPIPE, SIG_IGN);
-    }
-  });
-  return curl_easy_init();
-}
-
 }  // namespace
 
-CurlHandle::CurlHandle(HttpConfig config) : config_(std::move(config)), easy_(OpenEasyHandle()) {
+CurlHandle::CurlHandle(HttpConfig config)
+    : config_(std::move(config)), proxy_(config_.proxy), easy_(OpenEasyHandle()) {
   if (easy_ == nullptr) return;
   SetConstantOptions();
-  SetProxyOptions();
+  proxy_.SetUp(easy_);
 }
 
 CurlHandle::~CurlHandle() { curl_easy_cleanup(easy_); }
@@ -104,64 +64,23 @@ HttpReply CurlHandle::Perform(const HttpRequest& request) {
 }
 
 void CurlHandle::SetConstantOptions() {
-  curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
+  SetCommonOptions(easy_, config_.authorities);
   curl_easy_setopt(easy_, CURLOPT_TCP_NODELAY, 1L);
   curl_easy_setopt(easy_, CURLOPT_TCP_KEEPALIVE, 1L);
   curl_easy_setopt(easy_, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(easy_, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(easy_, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-  curl_easy_setopt(easy_, CURLOPT_SSL_VERIFYPEER, 1L);
-  curl_easy_setopt(easy_, CURLOPT_SSL_VERIFYHOST, 2L);
   curl_easy_setopt(easy_, CURLOPT_ERRORBUFFER, message_);
   curl_easy_setopt(easy_, CURLOPT_HEADERFUNCTION, &TakeHeader);
   curl_easy_setopt(easy_, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &TakeBody);
   curl_easy_setopt(easy_, CURLOPT_WRITEDATA, this);
-  if (config_.authorities.empty()) return;
-  curl_easy_setopt(easy_, CURLOPT_CAINFO, config_.authorities.c_str());
-  curl_easy_setopt(easy_, CURLOPT_CAPATH, nullptr);
-}
-
-void CurlHandle::SetProxyOptions() {
-  const ProxyConfig& proxy = config_.proxy;
-  switch (proxy.mode) {
-    case ProxyMode::kNeverChosen:
-    case ProxyMode::kSystem:
-    case ProxyMode::kSystemNoScripts:
-      // libcurl reads the environment itself.
-      if (!HasProxyEnvironment()) desktop_ = ReadDesktopProxy();
-      return;
-    case ProxyMode::kDirect:
-      curl_easy_setopt(easy_, CURLOPT_PROXY, "");
-      return;
-    case ProxyMode::kNamed:
-      break;
-  }
-  const bool bare_ipv6 = proxy.host.find(':') != proxy.host.rfind(':') &&
-                         proxy.host.find_first_of("/[") == std::string::npos;
-  std::string address = bare_ipv6 ? "[" + proxy.host + "]" : proxy.host;
-  if (!proxy.port.empty()) address += ":" + proxy.port;
-  curl_easy_setopt(easy_, CURLOPT_PROXY, address.c_str());
-  curl_easy_setopt(easy_, CURLOPT_NOPROXY, "");  // the environment's exceptions do not hold
-  curl_easy_setopt(easy_, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-  if (proxy.user.empty()) return;
-  curl_easy_setopt(easy_, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_ANY));
-  curl_easy_setopt(easy_, CURLOPT_PROXYUSERNAME, proxy.user.c_str());
-  curl_easy_setopt(easy_, CURLOPT_PROXYPASSWORD, proxy.password.c_str());
-}
-
-void CurlHandle::SetDesktopProxy() {
-  const bool https = url_.size() > 5 && EqualNoCaseAscii(url_.substr(0, 5), "https");
-  curl_easy_setopt(easy_, CURLOPT_PROXY, (https ? desktop_->https : desktop_->http).c_str());
-  curl_easy_setopt(easy_, CURLOPT_NOPROXY, desktop_->exceptions.c_str());
-  curl_easy_setopt(easy_, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_ANY));
 }
 
 void CurlHandle::SetRequestOptions(const HttpRequest& request) {
   if (url_ != request.url) {
     url_ = request.url;
     curl_easy_setopt(easy_, CURLOPT_URL, url_.c_str());
-    if (desktop_) SetDesktopProxy();
+    proxy_.SetAddress(easy_, url_);
   }
   SetMethod(request);
   SetHeaders(request);

@@ -3,12 +3,11 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/desktop_proxy.h"
+#include "platform/curl_setup.h"
 #include "platform/http.h"
 
 namespace orvalo::platform {
@@ -38,8 +37,6 @@ class CurlHandle {
   };
 
   void SetConstantOptions();
-  void SetProxyOptions();
-  void SetDesktopProxy();  // for the request's address
   void SetRequestOptions(const HttpRequest& request);
   void SetMethod(const HttpRequest& request);
   void SetHeaders(const HttpRequest& request);
@@ -51,8 +48,8 @@ class CurlHandle {
   std::string Describe(CURLcode code, HttpFailure failure) const;
 
   const HttpConfig config_;
+  const CurlProxy proxy_;
   CURL* const easy_;
-  std::optional<DesktopProxy> desktop_;  // when the desktop's settings count
   std::unique_ptr<curl_slist, FreeHeaders> header_list_;
   // What the handle is set to, so that only differences are set again.
   std::string url_;
