@@ -9,6 +9,7 @@ namespace orvalo {
 
 // Window messages of the engine; the numbers never change.
 inline constexpr std::uint32_t kWmSwitchPage = platform::kWmApp + 1;
+inline constexpr std::int32_t kComposeTab = 1044;  // the second number of kWmSwitchPage
 inline constexpr std::uint32_t kWmBalance =
     platform::kWmApp + 6;  // a row of a send pass is done: refresh the balance
 inline constexpr std::uint32_t kWmGoOffline = platform::kWmApp + 9;  // to the options page

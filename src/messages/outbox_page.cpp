@@ -15,7 +15,6 @@ namespace orvalo {
 
 namespace {
 
-constexpr std::int32_t kComposeTab = 1044;
 constexpr std::int32_t kUnreadableIcon = 10;
 constexpr std::int32_t kMostShownWaiting = 999;
 constexpr std::size_t kDeletedAtOnce = 1'000;  // rows of one transaction: other writers wait for it

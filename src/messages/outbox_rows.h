@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "messages/text_order.h"
+#include "platform/text_order.h"
 #include "store/sms_database.h"
 
 namespace orvalo {
@@ -56,7 +56,7 @@ class OutboxRows {
   // In table order.
   std::vector<std::int32_t> ids_, times_, stats_;
   std::vector<std::uint32_t> display_;  // by display position: places in table order
-  TextOrder text_order_;
+  platform::TextOrder text_order_;
   OutboxColumn text_column_ = OutboxColumn::kRecipient;  // which text_order_ is about
 };
 

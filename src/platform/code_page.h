@@ -13,6 +13,10 @@ namespace orvalo::platform {
 std::u16string ToWide(std::string_view text);
 std::string FromWide(std::u16string_view text);
 
+// What older spreadsheets write: a byte a character. The five bytes that stand for nothing become
+// U+FFFD.
+std::string FromWindows1252(std::string_view bytes);
+
 bool IsValidUtf8(std::string_view text);
 
 // Characters are Unicode code points; a byte that is not part of a valid sequence counts as one.

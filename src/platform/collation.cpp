@@ -142,8 +142,11 @@ std::string ToLower(std::string_view text) {
 
 bool EqualNoCase(std::string_view a, std::string_view b) {
   if (HasOnlyAsciiCase(a) && HasOnlyAsciiCase(b)) return EqualNoCaseAscii(a, b);
-  return MapCase(a, &ucasemap_utf8FoldCase, &LowerAsciiLetter) ==
-         MapCase(b, &ucasemap_utf8FoldCase, &LowerAsciiLetter);
+  return FoldCase(a) == FoldCase(b);
+}
+
+std::string FoldCase(std::string_view text) {
+  return MapCase(text, &ucasemap_utf8FoldCase, &LowerAsciiLetter);
 }
 
 bool EqualNoCaseAscii(std::string_view a, std::string_view b) {

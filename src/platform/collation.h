@@ -16,6 +16,9 @@ std::string ToLower(std::string_view text);
 // Equality of whole texts without regard to case ("ß" and "ẞ", "É" and "é" alike).
 bool EqualNoCase(std::string_view a, std::string_view b);
 
+// Two texts are EqualNoCase when, and only when, these are the same; for looking up many.
+std::string FoldCase(std::string_view text);
+
 // ASCII letters only; for protocol words and member names. Allocates nothing.
 bool EqualNoCaseAscii(std::string_view a, std::string_view b);
 

@@ -1,13 +1,12 @@
 #include "platform/code_page.h"
 #include "store/connection.h"
+#include "store/contact_statements.h"
 #include "store/id_counters.h"
 #include "store/sms_database.h"
 
 namespace orvalo {
 namespace {
 
-constexpr Sql kInsertContact(
-    "INSERT INTO CONTACTS(CID, Name, Surname, Title, Custom, Mobile) VALUES(?, ?, ?, ?, ?, ?)");
 constexpr Sql kUpdateContact(
     "UPDATE CONTACTS SET Name = ?2, Surname = ?3, Title = ?4, Custom = ?5, Mobile = ?6 "
     "WHERE CID = ?1");
@@ -25,6 +24,18 @@ constexpr Sql kSelectContacts(
 constexpr Sql kSelectMembers(
     "SELECT CONTACTS.CID, Name, Surname, Title, Custom, Mobile FROM CONTACT_GROUP_MAP AS map "
     "CROSS JOIN CONTACTS ON CONTACTS.CID = map.CID WHERE map.GID = ? ORDER BY map.rowid");
+
+constexpr Sql kSelectContactsFrom(
+    "SELECT CID, Name, Surname, Title, Custom, Mobile FROM CONTACTS WHERE CID >= ? ORDER BY CID");
+constexpr Sql kSelectEachMember(
+    "SELECT CID, Name, Surname, Title, Custom, Mobile FROM CONTACTS "
+    "WHERE CID IN (SELECT CID FROM CONTACT_GROUP_MAP WHERE GID = ?) ORDER BY CID");
+constexpr Sql kSelectMobiles("SELECT Mobile FROM CONTACTS");
+constexpr Sql kSelectMemberIds(
+    "SELECT DISTINCT CID FROM CONTACT_GROUP_MAP WHERE GID = ? ORDER BY CID");
+
+// Contacts that are stepped over rather than sought, on the way to the next one wanted.
+constexpr int kStepsToNext = 8;
 
 // A contact's texts, cut to the widths of their columns.
 struct ContactTexts {
@@ -46,6 +57,10 @@ ContactRow ReadContact(const Query& query) {
   row.custom = query.Text(4);
   row.mobile = query.Text(5);
   return row;
+}
+
+ContactView ViewContact(const Query& query) {
+  return {query.Int(0), query.Text(1), query.Text(2), query.Text(3), query.Text(4), query.Text(5)};
 }
 
 std::optional<ContactRow> FindContact(Connection* connection, std::int32_t cid) {
@@ -134,6 +149,54 @@ std::vector<ContactRow> SmsDatabase::AllContacts() {
   Connection* connection = Here();
   if (connection == nullptr) return {};
   return ReadContacts(Query(*connection, kSelectContacts));
+}
+
+void SmsDatabase::ForEachContact(std::int32_t after,
+                                 const std::function<bool(const ContactView&)>& visit) {
+  Connection* connection = Here();
+  if (connection == nullptr) return;
+  Query query(*connection, kSelectContactsFrom, std::int64_t{after} + 1);
+  while (query.Step() && visit(ViewContact(query))) {
+  }
+}
+
+void SmsDatabase::ForEachMember(std::int32_t gid,
+                                const std::function<void(const ContactView&)>& visit) {
+  Connection* connection = Here();
+  if (connection == nullptr) return;
+  Query query(*connection, kSelectEachMember, gid);
+  while (query.Step()) visit(ViewContact(query));
+}
+
+void SmsDatabase::ForEachContactOf(std::span<const std::int32_t> cids,
+                                   const std::function<void(const ContactView&)>& visit) {
+  Connection* connection = Here();
+  if (connection == nullptr || cids.empty()) return;
+  Query query(*connection, kSelectContactsFrom, cids.front());
+  bool found = query.Step();
+  for (const std::int32_t cid : cids) {
+    // Ids that ascend with few gaps are one walk through the table.
+    int steps = 0;
+    while (found && query.Int(0) < cid && steps++ < kStepsToNext) found = query.Step();
+    if (!found || query.Int(0) != cid) found = query.Again(cid).Step();
+    if (found && query.Int(0) == cid) visit(ViewContact(query));
+  }
+}
+
+void SmsDatabase::ForEachMobile(const std::function<void(std::string_view)>& visit) {
+  Connection* connection = Here();
+  if (connection == nullptr) return;
+  Query query(*connection, kSelectMobiles);
+  while (query.Step()) visit(query.Text(0));
+}
+
+std::vector<std::int32_t> SmsDatabase::MemberIds(std::int32_t gid) {
+  std::vector<std::int32_t> cids;
+  Connection* connection = Here();
+  if (connection == nullptr) return cids;
+  Query query(*connection, kSelectMemberIds, gid);
+  while (query.Step()) cids.push_back(query.Int(0));
+  return cids;
 }
 
 std::vector<ContactRow> SmsDatabase::MembersOf(std::int32_t gid) {

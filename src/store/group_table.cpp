@@ -1,5 +1,6 @@
 #include "platform/collation.h"
 #include "store/connection.h"
+#include "store/contact_statements.h"
 #include "store/id_counters.h"
 #include "store/sms_database.h"
 
@@ -20,7 +21,6 @@ constexpr Sql kDeleteLoneContacts(
 constexpr Sql kDeleteMembers("DELETE FROM CONTACT_GROUP_MAP WHERE GID = ?");
 
 // The unary plus keeps SQLite from walking a whole group in search of one contact.
-constexpr Sql kInsertMembership("INSERT INTO CONTACT_GROUP_MAP(CID, GID) VALUES(?, ?)");
 constexpr Sql kInsertAbsentMembership(
     "INSERT INTO CONTACT_GROUP_MAP(CID, GID) SELECT ?1, ?2 WHERE NOT EXISTS "
     "(SELECT 1 FROM CONTACT_GROUP_MAP WHERE CID = ?1 AND +GID = ?2)");

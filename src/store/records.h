@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "store/message_type.h"
@@ -65,6 +66,12 @@ struct ContactRecord {
 struct ContactRow {
   std::int32_t cid = 0;
   std::string name, surname, title, custom, mobile;
+};
+
+// A contact that is visited where it lies; its texts are valid during the visit only.
+struct ContactView {
+  std::int32_t cid = 0;
+  std::string_view name, surname, title, custom, mobile;
 };
 
 // One row of the table "GROUP".

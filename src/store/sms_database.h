@@ -196,6 +196,17 @@ class SmsDatabase {
   std::vector<ContactRow> MembersOf(std::int32_t gid);   // in the order in which they joined
   std::vector<std::int32_t> GroupsOf(std::int32_t cid);  // in the order in which it joined
 
+  // For lists too long to hold. The contacts are those of the moment of the call; `visit` must not
+  // change the database. In order of cid: all from the first above `after` until `visit` returns
+  // false; the members of a group, each once.
+  void ForEachContact(std::int32_t after, const std::function<bool(const ContactView&)>& visit);
+  void ForEachMember(std::int32_t gid, const std::function<void(const ContactView&)>& visit);
+  // In the order of `cids`; ids without a contact are passed over.
+  void ForEachContactOf(std::span<const std::int32_t> cids,
+                        const std::function<void(const ContactView&)>& visit);
+  void ForEachMobile(const std::function<void(std::string_view)>& visit);  // in no order
+  std::vector<std::int32_t> MemberIds(std::int32_t gid);                   // ascending, each once
+
   void AddMembership(std::int32_t gid, std::int32_t cid);
   void AddToGroupIfAbsent(std::int32_t cid, std::int32_t gid);
   bool IsMember(std::int32_t cid, std::int32_t gid);
@@ -213,6 +224,7 @@ class SmsDatabase {
   Storage* storage() { return storage_.get(); }
 
  private:
+  friend class ContactLoader;
   Connection* Here();  // the calling thread's connection; null when unusable
   std::string path_;
   std::string problem_;

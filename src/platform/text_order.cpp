@@ -1,4 +1,4 @@
-#include "messages/text_order.h"
+#include "platform/text_order.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +9,7 @@
 #include "platform/code_page.h"
 #include "platform/collation.h"
 
-namespace orvalo {
+namespace orvalo::platform {
 
 namespace {
 
@@ -19,7 +19,7 @@ constexpr std::size_t kFewRows = 256;  // so few are always placed
 
 std::string_view Compared(std::string_view text) {
   if (text.size() <= TextOrder::kComparedCharacters) return text;
-  return platform::FirstCharacters(text, TextOrder::kComparedCharacters);
+  return FirstCharacters(text, TextOrder::kComparedCharacters);
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ class TextOrder::Keys {
     Known& known = known_[hash % known_.size()];
     if (known.hash != hash || known.size == 0) {
       known = {hash, bytes_.size(), 0};
-      platform::AppendSortKey(Compared(text), &bytes_);
+      AppendSortKey(Compared(text), &bytes_);
       known.size = static_cast<std::uint32_t>(bytes_.size() - known.start);
     }
     items_.push_back({0, known.start, known.size, row});
@@ -88,8 +88,11 @@ class TextOrder::Keys {
       agree = agree && item->bytes == begin->bytes;
     }
     if (one_key) return;
-    if (!agree)
-      std::sort(begin, end, [](const Item& a, const Item& b) { return a.bytes < b.bytes; });
+    if (!agree) {
+      std::sort(begin, end, [](const Item& a, const Item& b) {
+        return a.bytes != b.bytes ? a.bytes < b.bytes : a.row < b.row;
+      });
+    }
     if (!longer) return;
     for (auto item = begin; item != end;) {
       const auto next =
@@ -176,10 +179,10 @@ std::vector<std::uint32_t> TextOrder::PlaceChanged(
   order.reserve(ids_.size());
   auto from = unchanged.begin();
   for (std::size_t i = 0; i < changed_->Count(); ++i) {
-    const auto to = std::upper_bound(
-        from, unchanged.end(), changed_->KeyAt(i), [&](std::string_view key, std::uint32_t place) {
-          return key < platform::SortKey(Compared(text_of(ids_[place])));
-        });
+    const auto to = std::upper_bound(from, unchanged.end(), changed_->KeyAt(i),
+                                     [&](std::string_view key, std::uint32_t place) {
+                                       return key < SortKey(Compared(text_of(ids_[place])));
+                                     });
     order.insert(order.end(), from, to);
     order.push_back(changed_->RowAt(i));
     from = to;
@@ -188,4 +191,4 @@ std::vector<std::uint32_t> TextOrder::PlaceChanged(
   return order;
 }
 
-}  // namespace orvalo
+}  // namespace orvalo::platform

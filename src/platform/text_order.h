@@ -8,12 +8,13 @@
 #include <string_view>
 #include <vector>
 
-namespace orvalo {
+namespace orvalo::platform {
 
 // The order of a long list by one of its texts, in the user's language. It is told all rows, with
 // their texts, in ascending order of their ids, and gives the order back; told them again later, it
 // only places the rows that are new or changed. Between the two it keeps 16 bytes a row and no
-// text. Texts that are alike in their first kComparedCharacters count as equal. One thread.
+// text. Texts that are alike in their first kComparedCharacters count as equal; equal ones keep the
+// order of the telling, but for those placed later. One thread.
 class TextOrder {
  public:
   static constexpr std::size_t kComparedCharacters = 4096;
@@ -54,4 +55,4 @@ class TextOrder {
   std::unique_ptr<Keys> changed_;  // sort keys of the rows that are new or changed
 };
 
-}  // namespace orvalo
+}  // namespace orvalo::platform

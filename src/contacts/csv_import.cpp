@@ -1,0 +1,192 @@
+#include "contacts/csv_import.h"
+
+#include <optional>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+
+#include "contacts/csv_reader.h"
+#include "platform/collation.h"
+#include "store/contact_loader.h"
+#include "store/sms_database.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr std::uint64_t kSmallFile = 64u << 10;  // bytes
+constexpr std::uint32_t kLinesBetweenProgress = 512;
+
+// The numbers of the address book, for asking about every line of a file. It holds hashes; a hash
+// that is there already is looked into by the database.
+class KnownMobiles {
+ public:
+  // A file of few lines is not worth reading the whole book for.
+  KnownMobiles(SmsDatabase& database, bool few) : database_(database), few_(few) {
+    if (!few_) database_.ForEachMobile([this](std::string_view mobile) { Add(mobile); });
+  }
+
+  // Whether the number is in the book; `mobile` is taken to be there from now on.
+  bool HasOrAdd(std::string_view mobile) {
+    return (few_ || !Add(mobile)) && database_.ContactExistsWithMobile(mobile);
+  }
+
+ private:
+  // False when something of this hash is there already.
+  bool Add(std::string_view mobile) {
+    if ((count_ + 1) * 2 > slots_.size()) Grow();
+    return Place(std::hash<std::string_view>()(mobile) | 1);  // 0 is an empty slot
+  }
+  bool Place(std::uint64_t hash) {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t slot = (hash >> 1) & mask;
+    for (; slots_[slot] != 0; slot = (slot + 1) & mask)
+      if (slots_[slot] == hash) return false;
+    slots_[slot] = hash;
+    ++count_;
+    return true;
+  }
+  void Grow() {
+    const std::vector<std::uint64_t> old = std::move(slots_);
+    slots_.assign(old.empty() ? 4096 : old.size() * 2, 0);
+    count_ = 0;
+    for (const std::uint64_t hash : old)
+      if (hash != 0) Place(hash);
+  }
+
+  SmsDatabase& database_;
+  const bool few_;
+  std::vector<std::uint64_t> slots_;  // a power of two of them, at most half full
+  std::size_t count_ = 0;
+};
+
+// The groups by their names, whatever their case; of those alike the first.
+class GroupsByName {
+ public:
+  explicit GroupsByName(SmsDatabase& database) : database_(database) {
+    const auto groups = database.AllGroups();
+    if (!groups.empty()) all_contacts_ = groups.front().gid;
+    for (const GroupRow& group : groups) gids_.emplace(platform::FoldCase(group.name), group.gid);
+  }
+
+  // Makes the group when there is none. Nothing for the group of every contact, which none joins.
+  std::optional<std::int32_t> FindOrAdd(std::string_view name) {
+    if (last_ == nullptr || last_name_ != name) {
+      const auto [place, added] = gids_.try_emplace(platform::FoldCase(name), 0);
+      if (added) place->second = database_.AddGroup(name).gid;
+      last_ = &place->second;
+      last_name_ = name;
+    }
+    if (*last_ == all_contacts_) return std::nullopt;
+    return *last_;
+  }
+
+ private:
+  SmsDatabase& database_;
+  std::int32_t all_contacts_ = 0;
+  std::unordered_map<std::string, std::int32_t> gids_;
+  const std::int32_t* last_ = nullptr;  // lines of one group often follow each other
+  std::string last_name_;
+};
+
+// One import, within its transaction.
+class Importing {
+ public:
+  Importing(SmsDatabase& database, const CsvImportOrder& order, const ImportProgress& progress,
+            CsvContactReader& reader, CsvImportResult& result)
+      : order_(order),
+        progress_(progress),
+        reader_(reader),
+        result_(result),
+        loader_(database),
+        groups_(database),
+        mobiles_(database, reader.Size() < kSmallFile) {}
+
+  // False when it was cancelled.
+  bool Run() {
+    while (reader_.ReadRow()) {
+      if (!GoesOn()) return false;
+      TakeRow();
+    }
+    if (reader_.AtEnd()) return true;
+    Reject(RejectReason::kEndedImport);
+    while (reader_.SkipLine()) {
+      if (!GoesOn()) return false;
+      Reject(RejectReason::kBehindTheEnd);
+    }
+    result_.rejected.DropBlankEnd();
+    return true;
+  }
+
+ private:
+  bool GoesOn() {
+    if (lines_++ % kLinesBetweenProgress != 0 || !progress_) return true;
+    return progress_(reader_.BytesRead(), reader_.Size());
+  }
+  void Reject(RejectReason reason) {
+    result_.rejected.Add(reader_.LineNumber(), reason, reader_.Line());
+  }
+  void TakeRow() {
+    const std::string_view mobile = reader_.Field(ColumnCode::kMobile);
+    if (mobile.empty()) {
+      ++result_.discarded;
+      Reject(RejectReason::kNoMobile);
+      return;
+    }
+    const std::string_view group = reader_.Field(ColumnCode::kGroup);
+    std::optional<std::int32_t> own_group;
+    if (order_.auto_create && !group.empty()) own_group = groups_.FindOrAdd(group);
+    if (order_.prevent_duplicates && mobiles_.HasOrAdd(mobile)) {
+      Reject(RejectReason::kDuplicate);
+      return;
+    }
+    const ContactView contact{0,
+                              reader_.Field(ColumnCode::kFirstName),
+                              reader_.Field(ColumnCode::kSurname),
+                              reader_.Field(ColumnCode::kTitle),
+                              reader_.Field(ColumnCode::kCustom),
+                              mobile};
+    loader_.Add(contact, own_group ? std::span<const std::int32_t>(&*own_group, 1)
+                                   : std::span<const std::int32_t>(order_.gids));
+    ++result_.inserted;
+  }
+
+  const CsvImportOrder& order_;
+  const ImportProgress& progress_;
+  CsvContactReader& reader_;
+  CsvImportResult& result_;
+  ContactLoader loader_;
+  GroupsByName groups_;
+  KnownMobiles mobiles_;
+  std::uint32_t lines_ = 0;
+};
+
+CsvImportResult NothingImported(CsvImportResult::End end) {
+  CsvImportResult result;
+  result.end = end;
+  result.opened = true;
+  return result;
+}
+
+}  // namespace
+
+CsvImportResult ImportContacts(SmsDatabase& database, const CsvImportOrder& order,
+                               const ImportProgress& progress) {
+  using End = CsvImportResult::End;
+  using Fault = TextLines::Fault;
+  CsvContactReader reader(order.separator, order.path);
+  CsvImportResult result;
+  result.opened = reader.fault() != Fault::kNotOpened;
+  result.valid_header = reader.IsValid();
+  if (reader.IsValid()) {
+    SmsDatabase::Transaction transaction(database);
+    if (!Importing(database, order, progress, reader, result).Run())
+      return NothingImported(End::kCancelled);
+    if (reader.fault() == Fault::kNone) transaction.Commit();
+  }
+  if (reader.fault() == Fault::kNotText) return NothingImported(End::kNotText);
+  if (reader.fault() == Fault::kUnreadable) return NothingImported(End::kUnreadable);
+  return result;
+}
+
+}  // namespace orvalo

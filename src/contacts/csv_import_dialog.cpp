@@ -1,0 +1,120 @@
+#include "contacts/csv_import_dialog.h"
+
+#include <algorithm>
+
+#include "app/texts.h"
+#include "contacts/csv_import.h"
+#include "platform/code_page.h"
+#include "platform/collation.h"
+#include "platform/message_box.h"
+#include "store/store_error.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr int kCommaId = 1440;
+constexpr int kSemicolonId = 1441;
+constexpr int kTabId = 1442;
+constexpr int kImportPatternId = 1443;
+constexpr int kImportFilterId = 1444;
+constexpr int kImportCaptionId = 1445;
+constexpr int kImportedTextId = 1446;
+constexpr int kNotTextId = 2004;
+constexpr int kUnreadableId = 2005;
+constexpr int kOfferRejectedId = 2006;
+constexpr int kRejectedNameId = 2007;
+constexpr int kRejectedFilterId = 2008;
+constexpr int kRejectedPatternId = 2009;
+constexpr int kRejectedNotSavedId = 2015;
+
+}  // namespace
+
+CsvImportDialog::CsvImportDialog(SmsDatabase& database, const Texts& texts,
+                                 platform::MessageBoxes& boxes, std::int32_t gid)
+    : database_(database),
+      texts_(texts),
+      boxes_(boxes),
+      groups_(database),
+      separators_{{texts.Load(kCommaId), ','},
+                  {texts.Load(kSemicolonId), ';'},
+                  {texts.Load(kTabId), '\t'}} {
+  std::sort(separators_.begin(), separators_.end(), [](const Separator& a, const Separator& b) {
+    return platform::CompareTexts(a.name, b.name) < 0;
+  });
+  groups_.CheckGid(gid);
+}
+
+void CsvImportDialog::EditPath(std::string_view path) {
+  path_ = platform::FirstCharacters(path, kPathWidth);
+}
+
+void CsvImportDialog::Browse(CsvImportWindow& window) {
+  const auto path = window.PickFileToOpen(texts_.LoadOrEmpty(kImportFilterId),
+                                          texts_.LoadOrEmpty(kImportPatternId));
+  if (!path || platform::CountCharacters(*path) > kPathWidth) return;
+  EditPath(*path);
+  window.ShowPath(path_);
+}
+
+void CsvImportDialog::ChooseSeparator(std::size_t separator) {
+  if (separator < separators_.size()) separator_ = separator;
+}
+
+bool CsvImportDialog::OkEnabled() const { return groups_.CheckedCount() > 0 && !path_.empty(); }
+
+bool CsvImportDialog::Ok(CsvImportWindow& window) {
+  if (!OkEnabled()) return false;
+  CsvImportOrder order{path_, separators_[separator_].value, groups_.CheckedGids(), auto_create_,
+                       prevent_duplicates_};
+  std::reverse(order.gids.begin(), order.gids.end());
+  CsvImportResult result;
+  try {
+    result = ImportContacts(database_, order, [&](std::uint64_t done, std::uint64_t size) {
+      return window.ShowProgress(done, size);
+    });
+  } catch (const StoreError& error) {
+    window.EndProgress();
+    Complain(error.what());
+    return false;
+  }
+  window.EndProgress();
+  switch (result.end) {
+    case CsvImportResult::End::kCancelled:
+      return false;
+    case CsvImportResult::End::kNotText:
+      Complain(texts_.Format(kNotTextId, {path_}).value_or(std::string()));
+      return false;
+    case CsvImportResult::End::kUnreadable:
+      Complain(texts_.Format(kUnreadableId, {path_}).value_or(std::string()));
+      return false;
+    case CsvImportResult::End::kFinished:
+      break;
+  }
+  boxes_.Show(
+      texts_.Format(kImportedTextId, {result.inserted, result.discarded}).value_or(std::string()),
+      texts_.Load(kImportCaptionId), platform::BoxIcon::kInformation);
+  OfferRejected(result.rejected, window);
+  return true;
+}
+
+void CsvImportDialog::OfferRejected(const RejectedLines& rejected, CsvImportWindow& window) {
+  if (rejected.Count() == 0) return;
+  const auto count = static_cast<std::int64_t>(rejected.Count());
+  const auto answer = boxes_.Show(texts_.Format(kOfferRejectedId, {count}).value_or(std::string()),
+                                  texts_.Load(kImportCaptionId), platform::BoxIcon::kQuestion,
+                                  platform::BoxButtons::kYesNo);
+  if (answer != platform::BoxAnswer::kYes) return;
+  while (const auto path = window.PickFileToSave(texts_.Load(kRejectedNameId),
+                                                 texts_.LoadOrEmpty(kRejectedFilterId),
+                                                 texts_.LoadOrEmpty(kRejectedPatternId))) {
+    if (rejected.Save(*path, texts_)) return;
+    Complain(texts_.Format(kRejectedNotSavedId, {*path}).value_or(std::string()));
+  }
+}
+
+void CsvImportDialog::Complain(const std::string& text) {
+  boxes_.Show(text, texts_.Load(kImportCaptionId), platform::BoxIcon::kStop);
+}
+
+}  // namespace orvalo

@@ -1,0 +1,52 @@
+#include "contacts/rejected_lines.h"
+
+#include <algorithm>
+
+#include "app/texts.h"
+#include "platform/file.h"
+
+namespace orvalo {
+
+namespace {
+
+constexpr int kRejectedHeaderId = 2010;
+constexpr int kFirstReasonId = 2011;
+
+}  // namespace
+
+void RejectedLines::Add(std::uint64_t number, RejectReason reason, std::string_view line) {
+  text_ += line;
+  lines_.push_back({number, text_.size(), reason});
+}
+
+std::string_view RejectedLines::TextAt(std::size_t i) const {
+  const std::size_t begin = i == 0 ? 0 : lines_[i - 1].end;
+  return std::string_view(text_).substr(begin, lines_[i].end - begin);
+}
+
+void RejectedLines::DropBlankEnd() {
+  while (!lines_.empty() && lines_.back().reason >= RejectReason::kEndedImport &&
+         TextAt(lines_.size() - 1).find_first_not_of(" \t\r\n") == std::string_view::npos) {
+    lines_.pop_back();
+  }
+}
+
+std::size_t RejectedLines::Count(RejectReason reason) const {
+  return static_cast<std::size_t>(std::count_if(
+      lines_.begin(), lines_.end(), [reason](const Line& line) { return line.reason == reason; }));
+}
+
+bool RejectedLines::Save(const std::string& path, const Texts& texts) const {
+  std::array<std::string, kRejectReasonCount> reasons;
+  for (std::size_t i = 0; i < reasons.size(); ++i)
+    reasons[i] = texts.Load(kFirstReasonId + static_cast<int>(i));
+  std::string bytes = texts.LoadOrEmpty(kRejectedHeaderId);
+  for (std::size_t i = 0; i < lines_.size(); ++i) {
+    bytes.append(std::to_string(lines_[i].number)).append("\t");
+    bytes.append(reasons[static_cast<std::size_t>(lines_[i].reason)]).append("\t");
+    bytes.append(TextAt(i)).append("\r\n");
+  }
+  return platform::ReplaceFile(path, bytes);
+}
+
+}  // namespace orvalo
