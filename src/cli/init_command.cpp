@@ -12,6 +12,7 @@ namespace orvalo::cli {
 namespace {
 
 constexpr char kOwnClientId[] = "Orvalo";
+constexpr char kAccountPage[] = "/account";  // of a gateway service
 
 }  // namespace
 
@@ -29,7 +30,11 @@ ExitCode InitCommand::Execute(Context& context) {
   std::string client_id = client_id_;
   if (client_id.empty() && settings.Text(TextSetting::kClientId).empty()) client_id = kOwnClientId;
   if (!client_id.empty()) WriteSetting(context.program, *AppSettings::Find("client_id"), client_id);
-  if (!gateway_.empty()) WriteSetting(context.program, *AppSettings::Find("COMBaseURL"), gateway_);
+  if (!gateway_.empty()) {
+    WriteSetting(context.program, *AppSettings::Find("COMBaseURL"), gateway_);
+    const std::string base = gateway_.substr(0, gateway_.find_last_not_of('/') + 1);
+    WriteSetting(context.program, *AppSettings::Find("voucher_url"), base + kAccountPage);
+  }
   const std::string& folder = context.program.DataFolder();
   if (context.json) {
     PrintJson(context.out, {{"DataFolder", folder},

@@ -97,6 +97,17 @@ Answer AccountCalls::RedeemVoucherAt(const std::string& number, const std::strin
   return VoucherAnswer(protocol_.PerformAt(*address, VoucherCall(number)));
 }
 
+std::string AccountCalls::PageToken() {
+  Call call;
+  call.method = "POST";
+  call.path = "/v1/page-token";
+  const auto outcome = protocol_.Perform(call);
+  if (outcome.ok()) {
+    if (const auto token = HexField(outcome.reply, "token", kTokenDigits)) return *token;
+  }
+  return session_.Current().token;
+}
+
 Answer AccountCalls::SetBase(const std::string& base) {
   if (!session_.SetBase(base)) return RefusalAnswer(Failed(kMalformed, "Not a base address"));
   return {kSuccess, kDone};

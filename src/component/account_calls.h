@@ -29,6 +29,10 @@ class AccountCalls {
   Answer RecoverPassword(const std::string& user, const std::string& email);   // "OK"
   Answer RedeemVoucher(const std::string& number);                             // "OK: 50.0"
   Answer RedeemVoucherAt(const std::string& number, const std::string& base);  // the same
+  // A token for the account's page, for an address that others may get to see: one that opens the
+  // page once and nothing else. The session's own when the service gives none such; "" without a
+  // session.
+  std::string PageToken();
   Answer SetBase(const std::string& base);  // "OK"; error 101 changes nothing
 
   // Sets the proxy from the next request on; `type` is a platform::ProxyMode by number, any other

@@ -101,7 +101,7 @@ std::span<const Component::Property> Component::PropertyList() {
       {u"smsCONCAT", &Properties::concat},
       {u"smsSESSION_ID",
        {},
-       [](C& c) { return platform::Variant(platform::ToWide(c.session_.Current().token)); }},
+       [](C& c) { return platform::Variant(platform::ToWide(c.account_.PageToken())); }},
       {u"smsUNICODE", &Properties::unicode},
       {u"smsDELIVERY_ACK", &Properties::acknowledge},
       {u"smsDELIVERY_TIME", &Properties::delivery_minutes},

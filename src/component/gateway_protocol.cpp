@@ -14,7 +14,6 @@ namespace orvalo::component {
 namespace {
 
 constexpr std::size_t kKeyBytes = 16;
-constexpr std::size_t kTokenDigits = 64;
 constexpr std::size_t kLargestReply = 1u << 20;  // bytes; a thousand recipients take a tenth of it
 constexpr std::int64_t kLongestTry = 30'000;     // milliseconds, as all times here
 constexpr std::int64_t kLongestConnect = 10'000;

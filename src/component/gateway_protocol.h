@@ -10,6 +10,8 @@
 
 namespace orvalo::component {
 
+inline constexpr std::size_t kTokenDigits = 64;  // hexadecimal ones
+
 // One call of the protocol.
 struct Call {
   enum class Repeat {

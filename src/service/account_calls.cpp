@@ -74,14 +74,7 @@ ServedReply AccountCalls::RedeemVoucher(const Call& call) {
   return parts_.submissions.Once(
       KeyedRequestOf(call), [] { return std::nullopt; },
       [&](Connection& connection) {
-        const auto result = parts_.vouchers.Redeem(connection, call.account, *number);
-        if (const auto* refusal = std::get_if<Refusal>(&result)) return ReplyOf(*refusal);
-        const auto& redeemed = std::get<Vouchers::Redeemed>(result);
-        return ServedReply{200,
-                           fmt::format(R"({{"amount":"{}","balance":"{}"}})",
-                                       MoneyText(redeemed.amount), MoneyText(redeemed.balance)),
-                           {},
-                           false};
+        return ReplyOf(parts_.vouchers.Redeem(connection, call.account, *number));
       });
 }
 

@@ -62,7 +62,7 @@ ServedReply Api::Answer(const ServedRequest& request) {
   if (request.body_too_large) return ReplyOf(Refuse(ErrorCode::kTooLarge));
   Call call{request, nlohmann::json::object(), 0, match.id, {}};
   if (const auto refusal = Authorise(*match.route, call)) return ReplyOf(*refusal);
-  if (!request.body.empty()) {
+  if (!request.body.empty() && match.route->access != Access::kPage) {
     if (!IsJsonType(request.header("Content-Type"))) return ReplyOf(Refuse(ErrorCode::kNotJson));
     auto body = ParseObject(request.body);
     if (!body) return ReplyOf(Refuse(ErrorCode::kMalformed));
@@ -72,7 +72,7 @@ ServedReply Api::Answer(const ServedRequest& request) {
 }
 
 std::optional<Refusal> Api::Authorise(const Route& route, Call& call) {
-  if (route.access == Access::kOpen) return std::nullopt;
+  if (route.access == Access::kOpen || route.access == Access::kPage) return std::nullopt;
   const auto account = sessions_.AccountOf(BearerToken(call.request.header("Authorization")));
   if (!account) return Refuse(ErrorCode::kNoSession);
   call.account = *account;

@@ -1,5 +1,7 @@
 #include "service/api_reply.h"
 
+#include <fmt/format.h>
+
 #include <nlohmann/json.hpp>
 
 namespace orvalo::service {
@@ -11,6 +13,16 @@ ServedReply ReplyOf(const Refusal& refusal) {
   if (refusal.code == ErrorCode::kTooManyRequests) reply.headers.emplace_back("Retry-After", "1");
   if (refusal.code == ErrorCode::kTooManyPasswords) reply.headers.emplace_back("Retry-After", "60");
   return reply;
+}
+
+ServedReply ReplyOf(const std::variant<Vouchers::Redeemed, Refusal>& result) {
+  if (const auto* refusal = std::get_if<Refusal>(&result)) return ReplyOf(*refusal);
+  const auto& redeemed = std::get<Vouchers::Redeemed>(result);
+  return {200,
+          fmt::format(R"({{"amount":"{}","balance":"{}"}})", MoneyText(redeemed.amount),
+                      MoneyText(redeemed.balance)),
+          {},
+          false};
 }
 
 }  // namespace orvalo::service

@@ -17,10 +17,12 @@ std::unique_ptr<platform::NamedMutex> TakeFolder(const std::string& folder) {
   return lock;
 }
 
-Router MakeRouter(AccountCalls& account_calls, MessageCalls& message_calls) {
+Router MakeRouter(AccountCalls& account_calls, MessageCalls& message_calls,
+                  AccountPage& account_page) {
   Router router;
   account_calls.Register(router);
   message_calls.Register(router);
+  account_page.Register(router);
   return router;
 }
 
@@ -39,7 +41,9 @@ GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& c
       mail_(options.folder + "/mail", clock),
       account_calls_({accounts_, sessions_, submissions_, vouchers_, carrier_, mail_, clock}),
       message_calls_({database_, submissions_, ledger_, carrier_, clock}),
-      router_(MakeRouter(account_calls_, message_calls_)),
+      account_page_({database_, sessions_, submissions_, vouchers_, carrier_, clock,
+                     !options.http.certificate.empty()}),
+      router_(MakeRouter(account_calls_, message_calls_, account_page_)),
       requests_(clock, options.rate_limit, 1000),
       api_(router_, sessions_, requests_, options.report),
       server_(options.http, api_) {

@@ -6,6 +6,7 @@
 #include "platform/clock.h"
 #include "platform/named_mutex.h"
 #include "service/account_calls.h"
+#include "service/account_page.h"
 #include "service/accounts.h"
 #include "service/api.h"
 #include "service/attempts.h"
@@ -58,6 +59,7 @@ class GatewayService {
   RecoveryMail mail_;
   AccountCalls account_calls_;
   MessageCalls message_calls_;
+  AccountPage account_page_;
   Router router_;
   Attempts requests_;
   Api api_;

@@ -10,7 +10,8 @@ namespace orvalo::service {
 // A request as it arrived.
 struct ServedRequest {
   std::string_view method;
-  std::string_view path;  // decoded, without the query
+  std::string_view path;   // decoded, without the query
+  std::string_view query;  // as it came, without the "?"
   std::string body;
   bool body_too_large = false;  // `body` is then empty
   // A header's value, empty when it is missing; names in any letter case.
@@ -19,9 +20,10 @@ struct ServedRequest {
 
 struct ServedReply {
   int status = 200;
-  std::string body;  // JSON
+  std::string body;
   std::vector<std::pair<std::string, std::string>> headers;
   bool drop = false;  // close the connection and send nothing
+  std::string content_type = "application/json";
 };
 
 // What answers the requests. Called on many threads at a time; must not throw.

@@ -16,15 +16,15 @@ namespace {
 constexpr std::size_t kMostDrained = 16u << 20;
 
 const char* ReasonOf(int status) {
-  return status < 300 ? "OK" : status < 500 ? "Refused" : "Failed";
+  return status < 300 ? "OK" : status < 400 ? "Elsewhere" : status < 500 ? "Refused" : "Failed";
 }
 
 // Header and body in one write, else Nagle's algorithm and delayed acknowledgements add 40 ms.
 void WriteReply(mg_connection* connection, const ServedReply& reply, bool close) {
   fmt::memory_buffer out;
   fmt::format_to(std::back_inserter(out),
-                 "HTTP/1.1 {} {}\r\nContent-Type: application/json\r\nContent-Length: {}\r\n",
-                 reply.status, ReasonOf(reply.status), reply.body.size());
+                 "HTTP/1.1 {} {}\r\nContent-Type: {}\r\nContent-Length: {}\r\n", reply.status,
+                 ReasonOf(reply.status), reply.content_type, reply.body.size());
   for (const auto& [name, value] : reply.headers) {
     fmt::format_to(std::back_inserter(out), "{}: {}\r\n", name, value);
   }
@@ -73,6 +73,7 @@ struct HttpServer::Impl {
     ServedRequest request;
     request.method = info->request_method;
     request.path = info->local_uri ? info->local_uri : "";
+    request.query = info->query_string ? info->query_string : "";
     request.header = [connection](const char* name) -> std::string_view {
       const char* value = mg_get_header(connection, name);
       return value ? value : "";

@@ -97,6 +97,17 @@ std::optional<Ledger::Entry> Ledger::Find(Connection& connection, std::int64_t a
   return EntryFrom(row);
 }
 
+std::vector<Ledger::Entry> Ledger::Latest(Connection& connection, std::int64_t account, int count) {
+  std::vector<Entry> entries;
+  entries.reserve(static_cast<std::size_t>(count));
+  Query rows(connection,
+             "SELECT " ORVALO_ENTRY_COLUMNS
+             " FROM message WHERE account=? ORDER BY accepted DESC,seq DESC LIMIT ?",
+             account, count);
+  while (rows.Step()) entries.push_back(EntryFrom(rows));
+  return entries;
+}
+
 void Ledger::ForEach(Connection& connection, const std::function<void(const Entry&)>& visit) {
   Query rows(connection,
              "SELECT " ORVALO_ENTRY_COLUMNS

@@ -47,6 +47,9 @@ class Ledger {
   // The account's message of this id (32 hexadecimal digits).
   std::optional<Entry> Find(Connection& connection, std::int64_t account, std::string_view id);
 
+  // The account's latest entries, newest first.
+  static std::vector<Entry> Latest(Connection& connection, std::int64_t account, int count);
+
   // Every entry, oldest first.
   static void ForEach(Connection& connection, const std::function<void(const Entry&)>& visit);
 

@@ -21,6 +21,7 @@ struct Call {
 
 enum class Access {
   kOpen,     // anybody
+  kPage,     // anybody, with a browser: the body is what a form sends, not JSON
   kSession,  // a session is needed
   kKeyed,    // and an idempotency key
 };

@@ -42,6 +42,12 @@ INSERT INTO price VALUES('', 800);
 CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
 )";
 
+// What an account's page reads, without the tables themselves; made also for older files.
+constexpr const char* kPageIndices = R"(
+CREATE INDEX IF NOT EXISTS message_account ON message(account, accepted, charge);
+CREATE INDEX IF NOT EXISTS voucher_account ON voucher(redeemed_by, redeemed_at);
+)";
+
 }  // namespace
 
 void PrepareSchema(Connection& connection) {
@@ -59,6 +65,7 @@ void PrepareSchema(Connection& connection) {
     database.exec(kTables);
     database.exec(fmt::format("PRAGMA user_version={}", kSchemaNumber));
   }
+  database.exec(kPageIndices);
   transaction.commit();
 }
 

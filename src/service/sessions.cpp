@@ -1,6 +1,7 @@
 #include "service/sessions.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "service/secrets.h"
@@ -43,7 +44,7 @@ std::string Sessions::Open(std::int64_t account, const std::string& client) {
   });
   std::lock_guard guard(mutex_);
   for (const auto& gone : ended) sessions_.erase(gone);
-  sessions_[digest] = {account, now, now};
+  sessions_[digest] = {account, now, now, false};
   return token;
 }
 
@@ -74,6 +75,15 @@ std::optional<std::int64_t> Sessions::AccountOf(std::string_view token) {
   return account;
 }
 
+std::optional<std::int64_t> Sessions::AccountOnce(std::string_view token) {
+  const auto account = AccountOf(token);
+  if (!account) return std::nullopt;
+  std::lock_guard guard(mutex_);
+  const auto place = sessions_.find(Digest(token));
+  if (place == sessions_.end() || std::exchange(place->second.shown, true)) return std::nullopt;
+  return account;
+}
+
 // Notices password changes and the like made by another process.
 void Sessions::Refresh() {
   auto look = next_look_.load();
@@ -90,11 +100,13 @@ void Sessions::Load() {
   std::unordered_map<std::string, Session> loaded;
   database_.Read([&](Connection& connection) {
     Query rows(connection, "SELECT token,account,last_call FROM session");
-    while (rows.Step()) loaded[rows.Text(0)] = {rows.Int(1), rows.Int(2), rows.Int(2)};
+    while (rows.Step()) loaded[rows.Text(0)] = {rows.Int(1), rows.Int(2), rows.Int(2), false};
   });
   for (auto& [digest, session] : loaded) {
     const auto known = sessions_.find(digest);
-    if (known != sessions_.end()) session.last_call = known->second.last_call;
+    if (known == sessions_.end()) continue;
+    session.last_call = known->second.last_call;
+    session.shown = known->second.shown;
   }
   sessions_ = std::move(loaded);
 }

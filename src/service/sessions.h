@@ -28,11 +28,16 @@ class Sessions {
   // The account of a live session, whose life this call prolongs.
   std::optional<std::int64_t> AccountOf(std::string_view token);
 
+  // The same, once for each token while this object lives: for a token that was shown where others
+  // may have read it.
+  std::optional<std::int64_t> AccountOnce(std::string_view token);
+
  private:
   struct Session {
     std::int64_t account = 0;
     std::int64_t last_call = 0;
     std::int64_t saved = 0;  // the last call as it stands on the disk
+    bool shown = false;      // AccountOnce has told whose it is
   };
   void Refresh();
   void Load();

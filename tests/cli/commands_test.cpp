@@ -32,9 +32,10 @@ TEST_F(CommandsTest, OnlyInitMakesADataFolder) {
   }
   EXPECT_EQ(Slurp(mistyped + "/SMS.db"), "");
 
-  EXPECT_THAT(Run({"init", "--gateway", "http://127.0.0.1:1", "--client-id", "Shop"}), EndsWith(0));
+  EXPECT_THAT(Run({"init", "--gateway", "http://127.0.0.1:1/", "--client-id", "Shop"}), EndsWith(0));
   EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
-  EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://127.0.0.1:1");
+  EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://127.0.0.1:1/");
+  EXPECT_EQ(StoredSetting(folder(), "voucher_url"), "http://127.0.0.1:1/account");
   EXPECT_THAT(Run({"init"}), EndsWith(0)) << "a second time changes nothing";
   EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
   EXPECT_THAT(Json({"outbox"}).All(), testing::IsEmpty());

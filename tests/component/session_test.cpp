@@ -23,6 +23,11 @@ TEST_F(ComponentTest, SaysWhoseSessionItIs) {
       nlohmann::json::parse(R"({"client_id": "Orvalo", "user": "demo", "password": "secret"})"));
   EXPECT_EQ(caller_.Get(u"smsIsLoggedIn"), kLoggedIn);
   EXPECT_EQ(caller_.Get(u"smsSESSION_ID"), Caller::Text(kToken));
+  const std::string once(64, 'c');
+  Script({Json(R"({"token": ")" + once + "\"}"), Json(R"({"token": "short"})")});
+  EXPECT_EQ(caller_.Get(u"smsSESSION_ID"), Caller::Text(once)) << "of a service that has such";
+  EXPECT_EQ(Requests().back().path, "/v1/page-token");
+  EXPECT_EQ(caller_.Get(u"smsSESSION_ID"), Caller::Text(kToken));
   caller_.Put(u"smsUSER", Caller::Text("other"));
   caller_.Put(u"smsPASSWORD", Caller::Text("word"));
   EXPECT_EQ(caller_.Call(u"Authenticate"), "OK");
@@ -49,7 +54,7 @@ TEST_F(ComponentTest, RenewsASessionThatHasEndedAndRepeatsTheCall) {
   const auto logins = Logins();
   EXPECT_EQ(caller_.Call(u"Ping"), "ERR: 111, No session");
   EXPECT_EQ(Logins(), logins + 1);
-  EXPECT_EQ(Requests().size(), 4u);
+  EXPECT_EQ(Requests().size(), 5u);
   ScriptLogin(Refusal(401, 110, "Wrong password"));
   caller_.Call(u"Ping");
   EXPECT_EQ(caller_.Error(), 110);
