@@ -4,6 +4,7 @@
 #include <QResource>
 #include <QString>
 #include <atomic>
+#include <mutex>
 #include <utility>
 
 #include "platform/file.h"
@@ -50,26 +51,35 @@ class QtResourceContainer : public ResourceContainer {
 };
 
 std::atomic<bool> a_container_is_loaded = false;
+std::mutex one_entry_at_a_time;
 
 // Holds the bytes for as long as Qt refers to them.
-class LoadedContainer : public QtResourceContainer {
+class RegisteredContainer : public QtResourceContainer {
  public:
-  explicit LoadedContainer(std::string bytes)
-      : QtResourceContainer(":/language"), bytes_(std::move(bytes)) {}
+  RegisteredContainer(std::string bytes, const char* map_root)
+      : QtResourceContainer((":" + std::string(map_root)).c_str()),
+        bytes_(std::move(bytes)),
+        map_root_(QString::fromLatin1(map_root)) {}
 
-  ~LoadedContainer() override {
-    if (registered_) QResource::unregisterResource(Bytes(), MapRoot());
-    a_container_is_loaded = false;
+  ~RegisteredContainer() override {
+    if (registered_) QResource::unregisterResource(Bytes(), map_root_);
   }
 
-  bool Register() { return registered_ = QResource::registerResource(Bytes(), MapRoot()); }
+  bool Register() { return registered_ = QResource::registerResource(Bytes(), map_root_); }
 
  private:
-  static QString MapRoot() { return QStringLiteral("/language"); }
   const uchar* Bytes() const { return reinterpret_cast<const uchar*>(bytes_.data()); }
 
   const std::string bytes_;
+  const QString map_root_;
   bool registered_ = false;
+};
+
+class LoadedContainer : public RegisteredContainer {
+ public:
+  explicit LoadedContainer(std::string bytes)
+      : RegisteredContainer(std::move(bytes), "/language") {}
+  ~LoadedContainer() override { a_container_is_loaded = false; }
 };
 
 }  // namespace
@@ -101,6 +111,19 @@ std::unique_ptr<ResourceContainer> ResourceContainer::LoadBytes(std::string byte
   if (container->Register()) return container;
   if (error != nullptr) *error = "is refused by the resource system";
   return nullptr;
+}
+
+std::optional<std::string> ResourceContainer::ReadEntry(const std::string& file,
+                                                        std::string_view path, std::string* error) {
+  std::string ignored;
+  std::string& reason = error == nullptr ? ignored : *error;
+  reason = "cannot be read";
+  std::optional<std::string> bytes = ReadFile(file, kMaxContainer);
+  if (!bytes || !CheckContainer(*bytes, &reason)) return std::nullopt;
+  reason = "lacks the entry";
+  std::lock_guard guard(one_entry_at_a_time);
+  RegisteredContainer container(*std::move(bytes), "/entry");
+  return container.Register() ? container.Read(path) : std::nullopt;
 }
 
 }  // namespace orvalo::platform

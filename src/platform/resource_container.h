@@ -32,7 +32,12 @@ class ResourceContainer {
   // one is loaded at a time.
   static std::unique_ptr<ResourceContainer> Load(const std::string& file, std::string* error);
 
-  // The same with the bytes of such a file.
+  // One entry of such a file, which is let go again at once; any other container stays loaded
+  // beside it. Nothing when the file or the entry is missing or damaged. Any thread.
+  static std::optional<std::string> ReadEntry(const std::string& file, std::string_view path,
+                                              std::string* error);
+
+  // Load with the bytes of such a file.
   static std::unique_ptr<ResourceContainer> LoadBytes(std::string bytes, std::string* error);
 };
 
