@@ -1,6 +1,7 @@
 #include "contacts/member_rows.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "store/sms_database.h"
@@ -29,7 +30,6 @@ void MemberRows::Reverse() {
   descending_ = !descending_;
 }
 
-// One walk through the members gives their ids and the texts to sort by.
 void MemberRows::LoadSorted(const std::optional<Source>& source, MemberColumn column,
                             bool descending) {
   const bool same_list = source && source_ && source->gid == source_->gid;
@@ -37,26 +37,10 @@ void MemberRows::LoadSorted(const std::optional<Source>& source, MemberColumn co
   std::vector<std::int32_t> cids;
   std::optional<std::vector<std::uint32_t>> order;
   try {
-    for (;;) {
-      cids.clear();
-      cids.reserve(cids_.size());
-      order_.BeginRows();
-      const auto take = [&](const ContactView& contact) {
-        cids.push_back(contact.cid);
-        order_.AddRow(contact.cid, TextOf(contact, column));
-        return true;
-      };
-      if (source && source->every_contact) database_.ForEachContact(0, take);
-      if (source && !source->every_contact) database_.ForEachMember(source->gid, take);
-      order = order_.EndRows([&](std::int32_t cid) {
-        std::string text;
-        const std::int32_t cids_of_one[] = {cid};
-        database_.ForEachContactOf(
-            cids_of_one, [&](const ContactView& contact) { text = TextOf(contact, column); });
-        return text;
-      });
-      if (order) break;
+    order = Read(source, column, &cids);
+    if (!order) {
       order_.Forget();
+      order = Read(source, column, &cids);
     }
   } catch (...) {
     order_.Forget();
@@ -68,6 +52,28 @@ void MemberRows::LoadSorted(const std::optional<Source>& source, MemberColumn co
   source_ = source;
   column_ = column;
   descending_ = descending;
+}
+
+// One walk through the members gives their ids and the texts to sort by.
+std::optional<std::vector<std::uint32_t>> MemberRows::Read(const std::optional<Source>& source,
+                                                           MemberColumn column,
+                                                           std::vector<std::int32_t>* cids) {
+  cids->clear();
+  cids->reserve(cids_.size());
+  order_.BeginRows();
+  const auto take = [&](const ContactView& contact) {
+    cids->push_back(contact.cid);
+    order_.AddRow(contact.cid, TextOf(contact, column));
+    return true;
+  };
+  if (source && source->every_contact) database_.ForEachContact(0, take);
+  if (source && !source->every_contact) database_.ForEachMember(source->gid, take);
+  return order_.EndRows([&](std::int32_t cid) {
+    std::string text;
+    database_.ForEachContactOf(std::span(&cid, 1),
+                               [&](const ContactView& contact) { text = TextOf(contact, column); });
+    return text;
+  });
 }
 
 std::vector<std::uint32_t> MemberRows::Positions() const {

@@ -56,6 +56,9 @@ class MemberRows {
  private:
   static std::string_view TextOf(const ContactView& contact, MemberColumn column);
   void LoadSorted(const std::optional<Source>& source, MemberColumn column, bool descending);
+  std::optional<std::vector<std::uint32_t>> Read(const std::optional<Source>& source,
+                                                 MemberColumn column,
+                                                 std::vector<std::int32_t>* cids);
 
   SmsDatabase& database_;
   std::optional<Source> source_;
