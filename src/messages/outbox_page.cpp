@@ -99,12 +99,17 @@ void OutboxPage::RowRefresh(std::span<const std::int32_t> ids) {
   std::vector<std::int32_t> changed = std::move(last_in_hand_);
   last_in_hand_.assign(ids.begin(), ids.end());
   changed.insert(changed.end(), ids.begin(), ids.end());
-  KeepingSelection([&] {
+  const auto refresh = [&] {
     try {
       rows_.RefreshStatus(changed);
     } catch (const StoreError&) {  // the pass ends with a full refresh
     }
-  });
+  };
+  if (rows_.SortColumn() == OutboxColumn::kStatus) {
+    KeepingSelection(refresh);
+  } else {
+    refresh();  // at a cost that does not depend on the number of rows
+  }
 }
 
 void OutboxPage::UpdateCaption() {

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "gateway/engine_notices.h"
@@ -53,7 +54,7 @@ class OutboxWindow {
   virtual bool IsOnShow() const = 0;  // the outbox is the page in front
   virtual void SetRowCount(std::size_t rows) = 0;
   virtual void Redraw() = 0;         // asks LineAt for what is visible
-  virtual void ShowSelection() = 0;  // asks IsSelected; must not report it back as a change
+  virtual void ShowSelection() = 0;  // asks SelectedRuns; must not report it back as a change
   virtual void ScrollToTop() = 0;
   virtual void SetTabCaption(const std::string& caption) = 0;
   virtual void SetStatusLine(const std::string& text) = 0;
@@ -104,6 +105,7 @@ class OutboxPage : public OutboxView, public OutboxCaption {
   OutboxLine LineAt(std::size_t position);
   void HeaderClicked(OutboxColumn column);
   OutboxColumn SortColumn() const { return rows_.SortColumn(); }
+  bool IsReversed() const { return rows_.IsReversed(); }
 
   // --- The selection, from the list's notifications.
   void RowSelected(std::size_t position, bool selected) { selection_.Set(position, selected); }
@@ -112,6 +114,9 @@ class OutboxPage : public OutboxView, public OutboxCaption {
   }
   void SelectionLost() { selection_.Clear(); }
   bool IsSelected(std::size_t position) const { return selection_.Has(position); }
+  std::vector<std::pair<std::size_t, std::size_t>> SelectedRuns() const {
+    return selection_.Runs();
+  }
 
   // --- Commands. The context menu: opened by a right click on a row, or on none (-1). The message
   // clicked stays the menu's even when the list is sorted meanwhile.

@@ -70,6 +70,7 @@ void OutboxRows::Reload() {
   stats_.swap(stats);
   try {
     display_ = Order(column_);
+    reversed_ = false;
   } catch (...) {
     ids_.swap(ids);
     times_.swap(times);
@@ -81,9 +82,13 @@ void OutboxRows::Reload() {
 void OutboxRows::SortBy(OutboxColumn column) {
   display_ = Order(column);
   column_ = column;
+  reversed_ = false;
 }
 
-void OutboxRows::Reverse() { std::reverse(display_.begin(), display_.end()); }
+void OutboxRows::Reverse() {
+  std::reverse(display_.begin(), display_.end());
+  reversed_ = !reversed_;
+}
 
 bool OutboxRows::RefreshStatus(std::span<const std::int32_t> ids) {
   for (const std::int32_t id : ids) {
@@ -94,6 +99,7 @@ bool OutboxRows::RefreshStatus(std::span<const std::int32_t> ids) {
   }
   if (column_ != OutboxColumn::kStatus) return false;
   display_ = OrderByNumber(column_);
+  reversed_ = false;
   return true;
 }
 

@@ -35,6 +35,7 @@ class OutboxRows {
   std::uint32_t RowAt(std::size_t position) const { return display_[position]; }
 
   OutboxColumn SortColumn() const { return column_; }
+  bool IsReversed() const { return reversed_; }  // descending, until the next sort
 
   void Reload();                     // reads the table and sorts it by the sort column, ascending
   void SortBy(OutboxColumn column);  // makes it the sort column, ascending
@@ -53,6 +54,7 @@ class OutboxRows {
 
   SmsDatabase& database_;
   OutboxColumn column_ = OutboxColumn::kTime;
+  bool reversed_ = false;
   // In table order.
   std::vector<std::int32_t> ids_, times_, stats_;
   std::vector<std::uint32_t> display_;  // by display position: places in table order

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace orvalo {
@@ -20,10 +21,13 @@ class OutboxSelection {
   bool Has(std::size_t position) const { return position < rows_ && flags_[position]; }
   std::int64_t Anchor() const { return anchor_; }  // -1: none
   std::vector<std::size_t> Positions() const;      // ascending
+  // The runs of selected positions, first and last of each, ascending.
+  std::vector<std::pair<std::size_t, std::size_t>> Runs() const;
 
  private:
   std::vector<bool> flags_;  // grows with the rows, never shrinks
   std::size_t rows_ = 0;
+  std::size_t selected_ = 0;  // how many flags are set
   std::int64_t anchor_ = -1;
 };
 

@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QPalette>
 #include <QSvgRenderer>
+#include <map>
+#include <tuple>
 #include <utility>
 
 namespace orvalo::ui {
@@ -14,37 +16,53 @@ namespace {
 QColor ColorOf(IconTint tint, QIcon::Mode mode, QIcon::State state) {
   const QPalette palette = QGuiApplication::palette();
   if (mode == QIcon::Disabled) return palette.color(QPalette::Disabled, QPalette::ButtonText);
-  if (mode == QIcon::Selected) return palette.color(QPalette::HighlightedText);
+  if (mode == QIcon::Selected || tint == IconTint::kOnAccent)
+    return palette.color(QPalette::HighlightedText);
   if (state == QIcon::On || tint == IconTint::kAccent) return palette.color(QPalette::Link);
   return palette.color(tint == IconTint::kMuted ? QPalette::PlaceholderText : QPalette::ButtonText);
 }
 
-// Draws an SVG picture anew for every size and colour.
+constexpr std::size_t kMostDrawn = 16;  // sizes and colours of one picture that are kept
+
+// Draws an SVG picture anew for every size and colour, and keeps what it has drawn.
 class SvgIconEngine : public QIconEngine {
  public:
   SvgIconEngine(QByteArray svg, IconTint tint) : svg_(std::move(svg)), tint_(tint) {}
 
   void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
-    QByteArray svg = svg_;
-    svg.replace("currentColor", ColorOf(tint_, mode, state).name().toLatin1());
-    QSvgRenderer renderer(svg);
-    renderer.setAspectRatioMode(Qt::KeepAspectRatio);
-    if (renderer.isValid()) renderer.render(painter, rect);
+    const qreal scale = painter->device()->devicePixelRatioF();
+    QPixmap picture = pixmap((QSizeF(rect.size()) * scale).toSize(), mode, state);
+    picture.setDevicePixelRatio(scale);
+    painter->drawPixmap(rect, picture);
   }
 
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-    QPixmap picture(size);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    paint(&painter, QRect(QPoint(0, 0), size), mode, state);
-    return picture;
+    const QColor color = ColorOf(tint_, mode, state);
+    const auto key = std::tuple(size.width(), size.height(), color.rgba());
+    const auto known = drawn_.find(key);
+    if (known != drawn_.end()) return known->second;
+    if (drawn_.size() >= kMostDrawn) drawn_.clear();
+    return drawn_[key] = Draw(size, color);
   }
 
   QIconEngine* clone() const override { return new SvgIconEngine(svg_, tint_); }
 
  private:
+  QPixmap Draw(const QSize& size, const QColor& color) const {
+    QByteArray svg = svg_;
+    svg.replace("currentColor", color.name().toLatin1());
+    QSvgRenderer renderer(svg);
+    renderer.setAspectRatioMode(Qt::KeepAspectRatio);
+    QPixmap picture(size);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    if (renderer.isValid()) renderer.render(&painter, QRectF(QPointF(0, 0), size));
+    return picture;
+  }
+
   const QByteArray svg_;
   const IconTint tint_;
+  std::map<std::tuple<int, int, QRgb>, QPixmap> drawn_;
 };
 
 }  // namespace

@@ -11,10 +11,14 @@ namespace orvalo::ui {
 // What a picture's "currentColor" stands for. The colours are those of the palette in force when
 // the picture is drawn, so that icons follow a change between light and dark.
 enum class IconTint {
-  kText,    // of the control's text; the accent colour's text where the control is checked
-  kAccent,  // the accent colour
-  kMuted,   // secondary text
+  kText,      // of the control's text; the accent colour's text where the control is checked
+  kAccent,    // the accent colour
+  kMuted,     // secondary text
+  kOnAccent,  // what stands on the accent colour
 };
+
+// The icon of a message's status, for Images::Icon.
+inline std::string StatusIconName(int status) { return "status/" + std::to_string(status); }
 
 // The icons and pictures of one resource container, SVG, drawn at the exact size and scale they
 // are shown at. Created by start-up, outlives every window; main thread. A picture that is missing
