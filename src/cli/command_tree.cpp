@@ -13,6 +13,7 @@
 #include "cli/run_command.h"
 #include "cli/send_command.h"
 #include "cli/settings_command.h"
+#include "cli/transfer_commands.h"
 
 namespace orvalo::cli {
 
@@ -41,6 +42,8 @@ CommandTree::CommandTree(CLI::App& root) {
   Add(contacts, std::make_unique<ContactShowCommand>());
   Add(contacts, std::make_unique<ContactEditCommand>());
   Add(contacts, std::make_unique<ContactDeleteCommand>());
+  Add(root, std::make_unique<ImportCommand>());
+  Add(root, std::make_unique<ExportCommand>());
   Add(root, std::make_unique<SettingsCommand>());
 }
 

@@ -71,5 +71,35 @@ TEST_F(AddressBookTest, DeletesContactsEverywhereOrFromAGroup) {
   EXPECT_EQ(Json({"contact", "list"}).All().size(), 0u);
 }
 
+TEST_F(AddressBookTest, ImportsAndExports) {
+  const std::string in = folder() + "/in.csv", out = folder() + "/out.csv";
+  const std::string rejects = folder() + "/rejects.txt";
+  Spill(in, "fname;mobile;group\nAnn;0821;\nBob;\nCy;+49;Club\nAnna;0821;\nDee\nEve;3;\n");
+  EXPECT_THAT(Run({"import", in, "--group", "Friends"}), FailsWith(1, "no column \"mobile\""));
+  EXPECT_THAT(Run({"import", in}), FailsWith(2, "--group"));
+  EXPECT_THAT(Run({"import", in, "--group", "Friends", "--separator", "dot"}), FailsWith(2, "dot"));
+  EXPECT_THAT(Run({"import", in + "x", "--group", "Friends"}), FailsWith(1, "cannot be opened"));
+  EXPECT_THAT(Run({"import", in, "--group", "Nobody"}), FailsWith(1, "no group Nobody"));
+  const auto imported =
+      Json({"import", in, "--separator", "semicolon", "--group", "Friends", "--group", "staff",
+            "--auto-create", "--no-duplicates", "--rejects", rejects});
+  EXPECT_EQ(imported.First(), nlohmann::json::parse(R"({"Inserted": 2, "Discarded": 1,
+      "Duplicates": 1, "NotRead": 2})"));
+  EXPECT_NE(Slurp(rejects).find("6\thas too few fields: the import ended here\tDee\r\n"),
+            std::string::npos);
+  EXPECT_EQ(Contact(1).at("Groups"), nlohmann::json::parse(R"(["Friends", "Staff"])"));
+  EXPECT_EQ(Contact(2).at("Groups"), nlohmann::json::parse(R"(["Club"])"));
+
+  EXPECT_THAT(Run({"export", out, "--group", "Friends", "--group", "Club"}), EndsWith(0));
+  EXPECT_EQ(Slurp(out), "FName,SName,Title,Custom,Mobile\r\nAnn,,,,0821\r\nCy,,,,+49\r\n");
+  EXPECT_THAT(Run({"export", out, "--group", "Club", "--with-group"}), EndsWith(0));
+  EXPECT_EQ(Slurp(out), "FName,SName,Title,Custom,Mobile,Group\r\nCy,,,,+49,Club\r\n");
+  EXPECT_THAT(Run({"export", out, "--contact", "2", "--contact", "1"}), EndsWith(0));
+  EXPECT_EQ(Slurp(out), "FName,SName,Title,Custom,Mobile\r\nCy,,,,+49\r\nAnn,,,,0821\r\n");
+  EXPECT_THAT(Run({"export", out, "--contact", "9"}), FailsWith(1, "no contact 9"));
+  EXPECT_THAT(Run({"export", out, "--contact", "1", "--group", "Club"}), FailsWith(2, "Either"));
+  EXPECT_THAT(Run({"export", folder(), "--contact", "1"}), FailsWith(1, "for writing"));
+}
+
 }  // namespace
 }  // namespace orvalo::test
