@@ -88,6 +88,7 @@ QPalette Theme::Palette() const {
 QString Theme::StyleSheet() const {
   QString sheet = QString::fromStdString(
       platform::ResourceContainer::BuiltIn().Read("style/orvalo.qss").value_or(std::string()));
+  sheet.replace(QLatin1String("@shade"), QLatin1String(dark_ ? "dark" : "light"));
   // Longer names first: "@accent" is the beginning of others.
   const std::array<std::pair<const char*, QColor>, 16> values{
       {{"@accent_hover", colors_.accent_hover},

@@ -1,0 +1,52 @@
+#include "ui/compose_area.h"
+
+#include "app/startup/program.h"
+#include "shell/shell_messages.h"
+#include "ui/guarded.h"
+#include "ui/schedule_window.h"
+
+namespace orvalo::ui {
+
+ComposeArea::ComposeArea(Program& program, const Kit& kit, OutboxCaption& outbox,
+                         AddressBookSource* source)
+    : program_(program),
+      kit_(kit),
+      services_(program.GetEngine(), program.GetAccount()),
+      recent_(program.GetSettings()),
+      external_(program.GetSettings(), source),
+      window_(new ComposeWindow(
+          kit,
+          {.boxes = program.GetMessageBoxes(),
+           .clock = program.GetClock(),
+           .ask_schedule = [this](QWidget& owner) { return AskSchedule(owner); },
+           .request_balance = [&program] { program.GetNotices().ToMainWindow(kWmBalance); }})) {
+  recipients_.emplace(RecipientSelection::Parts{program.GetDatabase(), program.GetSettings(),
+                                                recent_, external_, program.GetTexts(),
+                                                program.GetMessageBoxes(), window_->Recipients()});
+  page_.emplace(ComposePage::Parts{program.GetDatabase(), program.GetSettings(), program.GetTexts(),
+                                   program.GetTypeNames(), program.GetMessageBoxes(), services_,
+                                   outbox, *recipients_, *window_});
+  window_->Connect(*page_, *recipients_);
+  page_->SetUp();
+  mailbox_.SetHandler([this](std::uint32_t message, std::int32_t, std::int32_t) {
+    if (message != kWmQueryBalance) return;
+    Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this] { page_->RefreshBalance(); });
+  });
+}
+
+ComposeArea::~ComposeArea() {
+  mailbox_.SetHandler({});
+  delete window_.data();
+}
+
+void ComposeArea::PageShown() {
+  Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this] { recipients_->PageShown(); });
+}
+
+std::optional<Schedule> ComposeArea::AskSchedule(QWidget& owner) {
+  ScheduleDialog logic(program_.GetDataFile(), program_.GetSettings(), program_.GetTexts(),
+                       program_.GetClock());
+  return ScheduleWindow(kit_, logic, owner).Ask();
+}
+
+}  // namespace orvalo::ui

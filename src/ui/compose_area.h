@@ -1,0 +1,56 @@
+#pragma once
+#include <QPointer>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "contacts/external_address_book.h"
+#include "contacts/recent_list.h"
+#include "messages/compose_page.h"
+#include "messages/compose_services.h"
+#include "messages/recipient_selection.h"
+#include "ui/compose_window.h"
+#include "ui/kit.h"
+#include "ui/window_mailbox.h"
+
+namespace orvalo {
+class Program;
+}
+
+namespace orvalo::ui {
+
+// The compose page put together: its logic, its window, and the mailbox that asks it for the
+// balance (kWmQueryBalance). Owned by Desktop; main thread. The window may be given to a parent; it
+// goes with the area or with that parent, whichever goes first.
+class ComposeArea {
+ public:
+  // `outbox` is told when messages were queued; `source` is where external entries come from, and
+  // may be null. Both must outlive the area, as must the program and the kit. Throws FormError.
+  ComposeArea(Program& program, const Kit& kit, OutboxCaption& outbox,
+              AddressBookSource* source = nullptr);
+  ~ComposeArea();
+  ComposeArea(const ComposeArea&) = delete;
+  ComposeArea& operator=(const ComposeArea&) = delete;
+
+  ComposeWindow& Window() { return *window_; }
+  ComposePage& Page() { return *page_; }
+  RecipientSelection& Recipients() { return *recipients_; }
+  platform::Mailbox& Mailbox() { return mailbox_; }
+
+  void PageShown();  // the page comes to the front
+
+ private:
+  std::optional<Schedule> AskSchedule(QWidget& owner);
+
+  Program& program_;
+  const Kit& kit_;
+  EngineServices services_;
+  RecentList recent_;
+  ExternalAddressBook external_;
+  QPointer<ComposeWindow> window_;
+  std::optional<RecipientSelection> recipients_;  // these two speak to the window
+  std::optional<ComposePage> page_;
+  WindowMailbox mailbox_;
+};
+
+}  // namespace orvalo::ui

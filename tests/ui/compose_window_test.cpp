@@ -1,0 +1,1 @@
+#include "ui/compose_fixture.h"
