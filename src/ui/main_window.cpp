@@ -76,6 +76,7 @@ void MainWindow::WireHeader() {
   for (QLabel* indicator : {busy_, offline_}) {
     QSizePolicy policy = indicator->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
+    policy.setVerticalPolicy(QSizePolicy::Fixed);
     indicator->setSizePolicy(policy);
     indicator->hide();
   }
@@ -253,7 +254,7 @@ void MainWindow::StopTimer(ShellTimer timer) {
 void MainWindow::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.fillRect(rect(), palette().window());
-  painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+  painter.setPen(palette().color(QPalette::Mid));
   painter.drawRect(rect().adjusted(0, 0, -1, -1));
   if (!banner_.isNull()) {
     painter.drawImage(kBannerPlace, banner_);

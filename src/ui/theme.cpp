@@ -67,6 +67,7 @@ QPalette Theme::Palette() const {
   set(QPalette::Base, colors_.field);
   set(QPalette::AlternateBase, colors_.window);
   set(QPalette::Button, colors_.surface);
+  set(QPalette::Mid, colors_.border);
   set(QPalette::ToolTipBase, colors_.surface);
   set(QPalette::WindowText, colors_.text);
   set(QPalette::Text, colors_.text);
