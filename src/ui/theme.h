@@ -23,7 +23,8 @@ class Theme {
   bool IsDark() const { return dark_; }
   const ThemeColors& Colors() const { return colors_; }
   QPalette Palette() const;
-  // The program's own style sheet, "style/orvalo.qss", its "@accent" and so on replaced.
+  // The program's own style sheet, "style/orvalo.qss", its "@accent" and so on replaced;
+  // "@shade" stands for "light" or "dark" in the names of pictures.
   QString StyleSheet() const;
 
  private:
