@@ -11,6 +11,7 @@
 #include "cli/outbox_commands.h"
 #include "cli/query_command.h"
 #include "cli/run_command.h"
+#include "cli/schedule_command.h"
 #include "cli/send_command.h"
 #include "cli/settings_command.h"
 #include "cli/transfer_commands.h"
@@ -25,10 +26,12 @@ CommandTree::CommandTree(CLI::App& root) {
   Add(root, std::make_unique<VoucherCommand>());
   Add(root, std::make_unique<RecoverCommand>());
   Add(root, std::make_unique<SendCommand>());
+  Add(root, std::make_unique<ScheduleCommand>());
   CLI::App& outbox = Add(root, std::make_unique<OutboxListCommand>());
   outbox.require_subcommand(0, 1);
   Add(outbox, std::make_unique<OutboxShowCommand>());
   Add(outbox, std::make_unique<OutboxDeleteCommand>());
+  Add(outbox, std::make_unique<OutboxExportCommand>());
   Add(root, std::make_unique<QueryCommand>());
   Add(root, std::make_unique<RunCommand>());
   CLI::App& groups = AddFamily(root, "group", "The groups of the address book");

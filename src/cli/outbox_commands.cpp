@@ -7,6 +7,8 @@
 #include "app/startup/program.h"
 #include "cli/message_listing.h"
 #include "cli/table.h"
+#include "messages/message_texts.h"
+#include "messages/outbox_export.h"
 #include "platform/collation.h"
 
 namespace orvalo::cli {
@@ -92,6 +94,25 @@ ExitCode OutboxDeleteCommand::Execute(Context& context) {
   for (const std::int32_t id : ids_) database.DeleteSms(id);
   transaction.Commit();
   return ExitCode::kDone;
+}
+
+OutboxExportCommand::OutboxExportCommand()
+    : Command("export", "Write messages to a tab-separated text file") {}
+
+void OutboxExportCommand::Define(CLI::App& app) {
+  app.add_option("FILE", file_, "The file; it is replaced")->required();
+  app.add_option("ID", ids_, "The messages' ids, in the order wanted; none: all messages");
+}
+
+ExitCode OutboxExportCommand::Execute(Context& context) {
+  Program& program = context.program;
+  SmsDatabase& database = program.GetDatabase();
+  for (const std::int32_t id : ids_) MessageById(database, id);
+  const MessageTexts fields(database, program.GetSettings(), program.GetTexts(),
+                            program.GetStatusNames(), program.GetTypeNames(), program.GetClock());
+  OutboxExport writer(database, fields, program.GetTexts(), program.GetMessageBoxes());
+  const bool written = ids_.empty() ? writer.WriteAll(file_) : writer.WriteMessages(file_, ids_);
+  return written ? ExitCode::kDone : ExitCode::kFailed;
 }
 
 }  // namespace orvalo::cli

@@ -43,4 +43,18 @@ class OutboxDeleteCommand : public Command {
   std::vector<std::int32_t> ids_;
 };
 
+// Writes messages, or all of them, to a tab-separated text file, which is replaced. An unknown id
+// leaves the file as it is.
+class OutboxExportCommand : public Command {
+ public:
+  OutboxExportCommand();
+  void Define(CLI::App& app) override;
+  Access AccessNeeded() const override { return Access::kLook; }
+  ExitCode Execute(Context& context) override;
+
+ private:
+  std::string file_;
+  std::vector<std::int32_t> ids_;
+};
+
 }  // namespace orvalo::cli

@@ -111,10 +111,15 @@ void ScheduleDialog::ChooseUploadDays(std::int32_t position) {
   if (upload_enabled_ && position >= 0 && position < kMostUploadDays) upload_position_ = position;
 }
 
-std::optional<Schedule> ScheduleDialog::Accept() {
+std::optional<Schedule> ScheduleDialog::Plan() const {
   if (choices_.recurrence == Recurrence::kWeekly && !choices_.AnyWeekday()) return std::nullopt;
-  file_.SetString(kSchedulingKey, FormatSchedule(choices_));
   return Schedule{OccurrencesOf(choices_, clock_), upload_ticked_ ? upload_position_ + 1 : 0};
+}
+
+std::optional<Schedule> ScheduleDialog::Accept() {
+  auto plan = Plan();
+  if (plan) file_.SetString(kSchedulingKey, FormatSchedule(choices_));
+  return plan;
 }
 
 }  // namespace orvalo

@@ -55,9 +55,15 @@ class ScheduleDialog {
   void TickUpload(bool ticked);
   void ChooseUploadDays(std::int32_t position);
 
+  // As with nothing chosen before.
+  void StartAfresh() { choices_ = {}; }
+
+  // The schedule of the choices as they are. Nothing while they are incomplete: weekly without a
+  // weekday.
+  std::optional<Schedule> Plan() const;
+
   // OK: stores the choices under kSchedulingKey (they reach the disk with the next save) and gives
-  // the schedule. Nothing, and nothing is stored, while the choices are incomplete: weekly without
-  // a weekday; the dialog then stays open.
+  // the plan. While there is none nothing is stored, and the dialog stays open.
   std::optional<Schedule> Accept();
 
  private:

@@ -6,6 +6,7 @@
 
 #include "app/settings.h"
 #include "app/texts.h"
+#include "gateway/schedule_queue.h"
 #include "messages/compose_services.h"
 #include "messages/hex_import.h"
 #include "messages/outbox_caption.h"
@@ -24,7 +25,6 @@ constexpr int kNoRecipientsTextId = 1332;
 constexpr int kSendButtonId = 1334;
 constexpr int kUpdateButtonId = 1335;
 constexpr int kImportFailedCaptionId = 1339;
-constexpr std::int32_t kSecondsOfADay = 86400;
 
 // String id of what an insert button inserts; 0 for the signature, which is a setting.
 int FieldTextIdOf(ComposeInput button) {
@@ -202,26 +202,15 @@ void ComposePage::ScheduleMessage() {
   if (text_.empty() || IsEditing() || !TakeRecipients(&to)) return;
   const auto schedule = parts_.view.AskSchedule();
   if (!schedule || schedule->occurrences.empty()) return;
-  QueueOccurrences(*schedule, to);
-  ClearForm();
-  parts_.caption.UpdateCaption();
-}
-
-// All of them or, when the disk refuses one, none.
-void ComposePage::QueueOccurrences(const Schedule& schedule, const RecipientString& to) {
   QueuedMessage message;
-  message.status = schedule.days_before > 0 ? SmsStatus::kDelayScheduled : SmsStatus::kScheduled;
   message.type = type_;
   message.to = to.text();
   message.text = text_;
-  message.delay = schedule.days_before * kSecondsOfADay;
-  SmsDatabase::Transaction transaction(parts_.database);
-  for (const Occurrence& occurrence : schedule.occurrences) {
-    message.time = occurrence.time;
-    const std::int32_t id = parts_.services.QueueMessage(message);
-    if (message.ref_id == 0) message.ref_id = id;
-  }
-  transaction.Commit();
+  QueueOccurrences(parts_.database, *schedule, message, [this](const QueuedMessage& queued) {
+    return parts_.services.QueueMessage(queued);
+  });
+  ClearForm();
+  parts_.caption.UpdateCaption();
 }
 
 void ComposePage::EndEditing() {

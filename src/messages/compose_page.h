@@ -85,7 +85,6 @@ class ComposePage : public MessageLoader {
  private:
   bool TakeRecipients(RecipientString* to);
   bool UpdateEdited(const RecipientString& to);
-  void QueueOccurrences(const Schedule& schedule, const RecipientString& to);
   bool Import(const std::string& path);
   void SetType(std::int32_t type);
   void SetText(std::string text);

@@ -32,7 +32,8 @@ TEST_F(CommandsTest, OnlyInitMakesADataFolder) {
   }
   EXPECT_EQ(Slurp(mistyped + "/SMS.db"), "");
 
-  EXPECT_THAT(Run({"init", "--gateway", "http://127.0.0.1:1/", "--client-id", "Shop"}), EndsWith(0));
+  EXPECT_THAT(Run({"init", "--gateway", "http://127.0.0.1:1/", "--client-id", "Shop"}),
+              EndsWith(0));
   EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
   EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://127.0.0.1:1/");
   EXPECT_EQ(StoredSetting(folder(), "voucher_url"), "http://127.0.0.1:1/account");

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <condition_variable>
 #include <csignal>
+#include <thread>
 
 #include "orvaloctl_fixture.h"
 #include "support/gateway_program.h"
@@ -129,6 +130,34 @@ TEST_F(EndToEndTest, QueuesNowAndSendsAndAsksLater) {
   EXPECT_THAT(StatusNames(Hurry({"query"})), testing::IsEmpty());
   EXPECT_THAT(StatusNames(Hurry({"query", "1"})), testing::ElementsAre("Delivered"));
   EXPECT_THAT(Hurry({"query", "1", "9"}), FailsWith(1, "no message 9"));
+}
+
+TEST_F(EndToEndTest, SendsWhatIsScheduledAndDue) {
+  ASSERT_THAT(
+      Hurry({"schedule", "--to", "27830000001", "--text", "due", "--daily", "1", "--times", "2"}),
+      EndsWith(0));
+  ASSERT_THAT(Run({"settings", "ScheduleToServer", "1"}), EndsWith(0));
+  ASSERT_THAT(Hurry({"schedule", "--to", "27830000002", "--text", "ahead", "--day", "11",
+                     "--days-before", "2"}),
+              EndsWith(0));
+  ASSERT_THAT(Hurry({"schedule", "--to", "27830000002", "--text", "too early", "--day", "11",
+                     "--days-before", "1"}),
+              EndsWith(0));
+  // The engine looks for what is due once a minute.
+  std::thread time([&] {
+    if (hurrying_clock_.AwaitWaiters(2)) hurrying_clock_.Advance(60'000);
+    const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (gateway_.Ledger().size() < 2 && std::chrono::steady_clock::now() < give_up)
+      std::this_thread::yield();
+    hurrying_clock_.Advance(60'000);
+  });
+  const Outcome run = Hurry({"run", "--for", "100"});
+  time.join();
+  EXPECT_THAT(run, EndsWith(0));
+  EXPECT_THAT(
+      StatusNames(Hurry({"outbox"})),
+      testing::ElementsAre("Unknown", "Scheduled", "Scheduled on Server", "Delay Scheduled"));
+  EXPECT_EQ(gateway_.Ledger().size(), 2u);
 }
 
 TEST_F(EndToEndTest, ServesTheAccount) {
