@@ -14,6 +14,7 @@ BELOW = {
     "net": ["gateway", "store", "app", "platform"],
     "component": ["platform"],
     "service": ["platform"],
+    "translator": ["platform"],
 }
 CORE = ["platform", "app", "store", "gateway", "contacts", "messages", "net"]
 BELOW["shell"] = CORE

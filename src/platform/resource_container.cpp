@@ -1,8 +1,10 @@
 #include "platform/resource_container.h"
 
 #include <QByteArray>
+#include <QDirIterator>
 #include <QResource>
 #include <QString>
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <utility>
@@ -42,6 +44,15 @@ class QtResourceContainer : public ResourceContainer {
     // Data that do not unpack come out empty or short.
     if (bytes.size() != entry.uncompressedSize()) return std::nullopt;
     return bytes.toStdString();
+  }
+
+  std::vector<std::string> Paths() const override {
+    std::vector<std::string> paths;
+    QDirIterator entries(QString::fromStdString(root_), QDir::Files, QDirIterator::Subdirectories);
+    while (entries.hasNext())
+      paths.push_back(entries.next().toStdString().substr(root_.size() + 1));
+    std::sort(paths.begin(), paths.end());
+    return paths;
   }
 
   std::string Root() const override { return root_; }

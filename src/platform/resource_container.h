@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvalo::platform {
 
@@ -17,6 +18,9 @@ class ResourceContainer {
   // when the path is not of the plain form "name/name" (no leading slash, no ".."). Never looks
   // into another container.
   virtual std::optional<std::string> Read(std::string_view path) const = 0;
+
+  // The paths of all entries, in alphabetical order.
+  virtual std::vector<std::string> Paths() const = 0;
 
   // The root under which Qt finds the entries (":/builtin", ":/language"): for the windows' form
   // loader.
