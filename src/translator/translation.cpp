@@ -41,7 +41,7 @@ Json Parse(const std::string& bytes, const std::string& file) {
 }
 
 // What the program fills in or looks for in a text, in a canonical order: inserts as "%1s" by
-// number and kind, other percent signs as they stand, fields as "<<NAME>>", and for lists of file
+// number and kind, "%d" and its like as they stand, fields as "<<NAME>>", and for lists of file
 // types (which end in an empty line) the number of lines.
 std::multiset<std::string> PlacesOf(const std::string& text) {
   std::multiset<std::string> places;
@@ -49,6 +49,8 @@ std::multiset<std::string> PlacesOf(const std::string& text) {
     std::size_t end = at + 1;
     while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
     const bool numbered = end > at + 1;
+    const char next = at + 1 < text.size() ? text[at + 1] : ' ';
+    if (!numbered && next != '%' && !(next >= 'a' && next <= 'z')) continue;  // a plain sign
     std::string place = text.substr(at, numbered ? end - at : 2);
     const std::size_t close =
         end < text.size() && text[end] == '!' ? text.find('!', end + 1) : std::string::npos;
