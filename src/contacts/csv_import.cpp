@@ -15,10 +15,10 @@ namespace orvalo {
 namespace {
 
 constexpr std::uint64_t kSmallFile = 64u << 10;  // bytes
+constexpr std::uint64_t kBytesOfALine = 48;      // usually
 constexpr std::uint32_t kLinesBetweenProgress = 512;
 
-// The numbers of the address book, for asking about every line of a file. It holds hashes; a hash
-// that is there already is looked into by the database.
+// The numbers of the address book, for asking about every line of a file.
 class KnownMobiles {
  public:
   // A file of few lines is not worth reading the whole book for.
@@ -28,35 +28,48 @@ class KnownMobiles {
 
   // Whether the number is in the book; `mobile` is taken to be there from now on.
   bool HasOrAdd(std::string_view mobile) {
-    return (few_ || !Add(mobile)) && database_.ContactExistsWithMobile(mobile);
+    return few_ ? database_.ContactExistsWithMobile(mobile) : !Add(mobile);
   }
 
  private:
-  // False when something of this hash is there already.
+  struct Slot {
+    std::uint32_t hash;
+    std::uint32_t size = kFree;
+    std::size_t begin;  // in numbers_
+  };
+  static constexpr std::uint32_t kFree = UINT32_MAX;
+
+  // False when it is there already.
   bool Add(std::string_view mobile) {
     if ((count_ + 1) * 2 > slots_.size()) Grow();
-    return Place(std::hash<std::string_view>()(mobile) | 1);  // 0 is an empty slot
-  }
-  bool Place(std::uint64_t hash) {
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t slot = (hash >> 1) & mask;
-    for (; slots_[slot] != 0; slot = (slot + 1) & mask)
-      if (slots_[slot] == hash) return false;
-    slots_[slot] = hash;
+    const auto hash = static_cast<std::uint32_t>(std::hash<std::string_view>()(mobile));
+    std::size_t slot = hash & (slots_.size() - 1);
+    for (; slots_[slot].size != kFree; slot = (slot + 1) & (slots_.size() - 1)) {
+      const Slot& other = slots_[slot];
+      if (other.hash == hash &&
+          std::string_view(numbers_).substr(other.begin, other.size) == mobile)
+        return false;
+    }
+    slots_[slot] = {hash, static_cast<std::uint32_t>(mobile.size()), numbers_.size()};
+    numbers_ += mobile;
     ++count_;
     return true;
   }
   void Grow() {
-    const std::vector<std::uint64_t> old = std::move(slots_);
-    slots_.assign(old.empty() ? 4096 : old.size() * 2, 0);
-    count_ = 0;
-    for (const std::uint64_t hash : old)
-      if (hash != 0) Place(hash);
+    const std::vector<Slot> old = std::move(slots_);
+    slots_.assign(old.empty() ? 4096 : old.size() * 2, {});
+    for (const Slot& filled : old) {
+      if (filled.size == kFree) continue;
+      std::size_t slot = filled.hash & (slots_.size() - 1);
+      while (slots_[slot].size != kFree) slot = (slot + 1) & (slots_.size() - 1);
+      slots_[slot] = filled;
+    }
   }
 
   SmsDatabase& database_;
   const bool few_;
-  std::vector<std::uint64_t> slots_;  // a power of two of them, at most half full
+  std::string numbers_;      // one behind the other
+  std::vector<Slot> slots_;  // a power of two of them, at most half of them filled
   std::size_t count_ = 0;
 };
 
@@ -98,12 +111,19 @@ class Importing {
         progress_(progress),
         reader_(reader),
         result_(result),
-        loader_(database),
+        mobiles_(database, !order.prevent_duplicates || reader.Size() < kSmallFile),
         groups_(database),
-        mobiles_(database, reader.Size() < kSmallFile) {}
+        loader_(database, reader.Size() / kBytesOfALine) {}
 
   // False when it was cancelled.
   bool Run() {
+    if (!ReadLines()) return false;
+    loader_.Finish();
+    return true;
+  }
+
+ private:
+  bool ReadLines() {
     while (reader_.ReadRow()) {
       if (!GoesOn()) return false;
       TakeRow();
@@ -117,8 +137,6 @@ class Importing {
     result_.rejected.DropBlankEnd();
     return true;
   }
-
- private:
   bool GoesOn() {
     if (lines_++ % kLinesBetweenProgress != 0 || !progress_) return true;
     return progress_(reader_.BytesRead(), reader_.Size());
@@ -155,9 +173,9 @@ class Importing {
   const ImportProgress& progress_;
   CsvContactReader& reader_;
   CsvImportResult& result_;
-  ContactLoader loader_;
-  GroupsByName groups_;
   KnownMobiles mobiles_;
+  GroupsByName groups_;
+  ContactLoader loader_;  // last: it may take the indices away that the others read by
   std::uint32_t lines_ = 0;
 };
 

@@ -4,9 +4,22 @@
 #include "store/connection.h"
 #include "store/contact_statements.h"
 #include "store/id_counters.h"
+#include "store/schema.h"
 #include "store/sms_database.h"
 
 namespace orvalo {
+
+namespace {
+
+constexpr std::uint64_t kManyContacts = 20'000;
+constexpr Sql kCountContacts("SELECT count(*) FROM CONTACTS");
+
+std::uint64_t Count(Connection& connection) {
+  Query query(connection, kCountContacts);
+  return query.Step() ? static_cast<std::uint64_t>(query.Int64(0)) : 0;
+}
+
+}  // namespace
 
 struct ContactLoader::Statements {
   explicit Statements(Connection& connection)
@@ -15,11 +28,14 @@ struct ContactLoader::Statements {
   Query membership;
 };
 
-ContactLoader::ContactLoader(SmsDatabase& database) {
-  Connection* connection = database.Here();
-  if (connection == nullptr) return;
-  next_id_ = NextId(*connection, kContactIds);
-  statements_ = std::make_unique<Statements>(*connection);
+ContactLoader::ContactLoader(SmsDatabase& database, std::uint64_t expected)
+    : connection_(database.Here()) {
+  if (connection_ == nullptr) return;
+  next_id_ = NextId(*connection_, kContactIds);
+  // In a long import the places in the indices lie scattered beyond what the cache holds.
+  indices_dropped_ = expected >= kManyContacts && expected >= Count(*connection_);
+  if (indices_dropped_) DropContactIndices(*connection_);
+  statements_ = std::make_unique<Statements>(*connection_);
 }
 
 ContactLoader::~ContactLoader() = default;
@@ -36,6 +52,11 @@ std::int32_t ContactLoader::Add(const ContactView& contact, std::span<const std:
       .Execute();
   for (const std::int32_t gid : gids) statements_->membership.Again(cid, gid).Execute();
   return cid;
+}
+
+void ContactLoader::Finish() {
+  statements_.reset();
+  if (indices_dropped_) MakeContactIndices(*connection_);
 }
 
 }  // namespace orvalo

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "platform/code_page.h"
 #include "store/connection.h"
 #include "store/contact_statements.h"
@@ -31,8 +33,7 @@ constexpr Sql kSelectEachMember(
     "SELECT CID, Name, Surname, Title, Custom, Mobile FROM CONTACTS "
     "WHERE CID IN (SELECT CID FROM CONTACT_GROUP_MAP WHERE GID = ?) ORDER BY CID");
 constexpr Sql kSelectMobiles("SELECT Mobile FROM CONTACTS");
-constexpr Sql kSelectMemberIds(
-    "SELECT DISTINCT CID FROM CONTACT_GROUP_MAP WHERE GID = ? ORDER BY CID");
+constexpr Sql kSelectMemberIds("SELECT CID FROM CONTACT_GROUP_MAP WHERE GID = ?");
 
 // Contacts that are stepped over rather than sought, on the way to the next one wanted.
 constexpr int kStepsToNext = 8;
@@ -196,6 +197,8 @@ std::vector<std::int32_t> SmsDatabase::MemberIds(std::int32_t gid) {
   if (connection == nullptr) return cids;
   Query query(*connection, kSelectMemberIds, gid);
   while (query.Step()) cids.push_back(query.Int(0));
+  std::sort(cids.begin(), cids.end());  // mostly they are
+  cids.erase(std::unique(cids.begin(), cids.end()), cids.end());
   return cids;
 }
 

@@ -31,12 +31,14 @@ CREATE TABLE NextGroupID(ID INTEGER NOT NULL);
 CREATE TABLE CONTACTS(
   CID INTEGER PRIMARY KEY, Name TEXT NOT NULL, Surname TEXT NOT NULL, Title TEXT NOT NULL,
   Custom TEXT NOT NULL, Mobile TEXT NOT NULL);
-CREATE INDEX CONTACTS_MOBILE ON CONTACTS(Mobile);
 CREATE TABLE NextContactID(ID INTEGER NOT NULL);
 CREATE TABLE CONTACT_GROUP_MAP(CID INTEGER NOT NULL, GID INTEGER NOT NULL);
 CREATE INDEX MAP_CID ON CONTACT_GROUP_MAP(CID);
-CREATE INDEX MAP_GID ON CONTACT_GROUP_MAP(GID);
 )";
+
+constexpr const char* kContactIndices =
+    "CREATE INDEX CONTACTS_MOBILE ON CONTACTS(Mobile);"
+    "CREATE INDEX MAP_GID ON CONTACT_GROUP_MAP(GID);";
 
 // Each fails to be prepared when a table or column is missing.
 constexpr Sql kTableChecks[] = {
@@ -60,6 +62,12 @@ std::int64_t ReadNumber(Connection& connection, const Sql& sql) {
 
 }  // namespace
 
+void DropContactIndices(Connection& connection) {
+  connection.Execute("DROP INDEX CONTACTS_MOBILE; DROP INDEX MAP_GID");
+}
+
+void MakeContactIndices(Connection& connection) { connection.Execute(kContactIndices); }
+
 void PrepareSchema(Connection& connection, bool create) {
   const std::int64_t number = ReadNumber(connection, kReadSchemaNumber);
   const std::int64_t application = ReadNumber(connection, kReadApplicationId);
@@ -78,6 +86,7 @@ void PrepareSchema(Connection& connection, bool create) {
     connection.Begin();
     try {
       connection.Execute(kTables);
+      MakeContactIndices(connection);
       connection.Execute("PRAGMA application_id=" + std::to_string(kApplicationId) +
                          "; PRAGMA user_version=" + std::to_string(kSchemaNumber));
     } catch (...) {

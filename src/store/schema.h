@@ -13,4 +13,9 @@ inline constexpr int kApplicationId = 0x4f72766c;  // tells our file from anothe
 // refused as well when `create` is off.
 void PrepareSchema(Connection& connection, bool create);
 
+// The indices of contacts and memberships that are not in order of contact ids. Adding a great many
+// contacts is faster without them: drop them, add, and make them again within one transaction.
+void DropContactIndices(Connection& connection);
+void MakeContactIndices(Connection& connection);
+
 }  // namespace orvalo

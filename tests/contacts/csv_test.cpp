@@ -172,19 +172,25 @@ TEST_F(CsvTest, LinksToGroupsAndLeavesDuplicatesOut) {
 TEST_F(CsvTest, FindsDuplicatesInLongFiles) {
   std::string text = "mobile,custom\n";
   for (int i = 0; i < 20'000; ++i)
-    text += std::to_string(i * 7919 % 15'000) + ",some text to make it long\n";
+    text +=
+        std::to_string(i * 7919 % 15'000) + ",a text so long that many are expected of this file\n";
   Contact("Ann", "", "7", {friends});
   const auto result = Import(text, ',', false, true);
   EXPECT_EQ(result.inserted, 14'999);
   EXPECT_EQ(result.rejected.Count(RejectReason::kDuplicate), 5'001u);
   EXPECT_EQ(Import(text, ',', false, true).inserted, 0);
+  auto& connection = database.storage()->Here();
+  for (const char* by_index : {"SELECT 1 FROM CONTACTS INDEXED BY CONTACTS_MOBILE WHERE Mobile = 1",
+                               "SELECT 1 FROM CONTACT_GROUP_MAP INDEXED BY MAP_GID WHERE GID = 1"})
+    EXPECT_NO_THROW(connection.Execute(by_index)) << "the indices are there again";
 }
 
 TEST_F(CsvTest, LeavesTheBookAloneWhenItIsCancelledKilledOrTheDiskIsFull) {
   Contact("Ann", "", "1", {friends});
   std::string text = "mobile,group,fname\n";
   for (int i = 0; i < 20'000; ++i)
-    text += std::to_string(i) + ",Club" + std::to_string(i % 9) + ",x\n";
+    text += std::to_string(i) + ",Club" + std::to_string(i % 9) +
+            ",a name so long that many are expected\n";
   Spill(folder.File("in.csv"), text);
   const CsvImportOrder order{folder.File("in.csv"), ',', {friends}, true, true};
   const auto is_untouched = [this] {
