@@ -50,7 +50,8 @@ class NumberInput::Rows : public QAbstractListModel {
     }
   }
   Qt::ItemFlags flags(const QModelIndex& index) const override {
-    return QAbstractListModel::flags(index) | Qt::ItemIsEditable | Qt::ItemNeverHasChildren;
+    const Qt::ItemFlags flags = QAbstractListModel::flags(index);
+    return index.isValid() ? flags | Qt::ItemIsEditable : flags;
   }
   const QString& Hint() const { return hint_; }
 
@@ -136,7 +137,7 @@ class NumberInput::Field : public QStyledItemDelegate {
              const QModelIndex& index) const override {
     QStyledItemDelegate::paint(painter, option, index);
     const bool is_last = index.row() == rows_.rowCount() - 1;
-    if (!is_last || (option.state & QStyle::State_Selected) || !data(index).isEmpty()) return;
+    if (!is_last || open_ != nullptr || !index.data().toString().isEmpty()) return;
     painter->setPen(option.palette.color(QPalette::PlaceholderText));
     painter->drawText(option.rect.adjusted(6, 0, -6, 0), Qt::AlignVCenter, rows_.Hint());
   }
@@ -159,7 +160,6 @@ class NumberInput::Field : public QStyledItemDelegate {
   }
 
  private:
-  static QString data(const QModelIndex& index) { return index.data().toString(); }
   bool Accepted(const QString& typed) const {
     const auto characters = typed.toUcs4();
     return std::all_of(characters.begin(), characters.end(),
@@ -230,6 +230,7 @@ std::optional<std::size_t> NumberInput::Selected() const {
 
 bool NumberInput::TakeKey(const QKeyEvent& key) {
   if ((key.modifiers() & kCommandKeys) != 0) return false;
+  FinishEditing();  // Enter ends an edit a moment later only
   switch (key.key()) {
     case Qt::Key_Backspace:
     case Qt::Key_Space:

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QTreeView>
 #include <utility>
+#include <vector>
 
 #include "messages/recipient_selection.h"
 #include "ui/character_limit.h"
@@ -131,9 +132,12 @@ void RecipientInputs::Collapse(const RecipientNode& node) {
 }
 
 void RecipientInputs::Reveal(const RecipientNode& node) {
+  std::vector<const RecipientNode*> above;
+  for (auto* one = node.parent; one->parent != nullptr; one = one->parent) above.push_back(one);
+  for (; !above.empty(); above.pop_back()) tree_.expand(model_->IndexOf(*above.back()));
   const QModelIndex index = model_->IndexOf(node);
   tree_.setCurrentIndex(index);
-  tree_.scrollTo(index, QTreeView::PositionAtCenter);  // expands what is above
+  tree_.scrollTo(index, QTreeView::PositionAtCenter);
 }
 
 void RecipientInputs::TicksChanged() { tree_.viewport()->update(); }

@@ -19,6 +19,7 @@ WaitWindow::WaitWindow(const Kit& kit, platform::Clock& clock, QWidget& over)
     : QWidget(over.window(), Qt::Dialog | Qt::FramelessWindowHint) {
   kit.forms.LoadInto(*this, kWaitDialog);
   setWindowModality(Qt::ApplicationModal);
+  setAttribute(Qt::WA_ShowWithoutActivating);  // the focus stays where the operator works
   adjustSize();
   move(over.mapToGlobal(over.rect().center()) - rect().center());
   show();

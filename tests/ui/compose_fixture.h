@@ -49,6 +49,7 @@ class ComposeWindowTest : public testing::Test {
     const auto result = Program(boxes_, clock_, registry_).Run(options, [&](Program& program) {
       program_ = &program;
       program.GetNotices().SetMainWindow(&main_window_);
+      program.GetSettings().SetFlag(FlagSetting::kWorkingOnLine, false);
       if (prepare_) prepare_();
       ui::ComposeArea area(program, kit_, caption_, &book_);
       area_ = &area;
