@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvalo::ui {
 namespace {
@@ -18,6 +19,7 @@ class Entries : public platform::ResourceContainer {
     const auto entry = entries.find(std::string(path));
     return entry == entries.end() ? std::nullopt : std::optional(entry->second);
   }
+  std::vector<std::string> Paths() const override { return {}; }
   std::string Root() const override { return ":/test"; }
 
   std::map<std::string, std::string> entries;
