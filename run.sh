@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Shows the whole road on this machine: a gateway service with a demo account on a free loopback port, a fresh data folder,
-# and a plain, a personalised and a flash message followed to their final statuses. Installs and builds what is missing
-# first. Safe to run again: every run starts afresh in demo/.
+# Shows the whole road on this machine: a gateway service with a demo account on a free loopback port and a fresh data
+# folder. On a desktop it opens the client's window, ready to log in; without one it sends a plain, a personalised and a
+# flash message from the terminal and follows them to their final statuses. Installs and builds what is missing first. Safe
+# to run again: every run starts afresh in demo/.
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/packages.sh build
-scripts/build.sh release orvaloctl orvalo-gateway
+scripts/build.sh release orvalo orvaloctl orvalo-gateway
 
 bin=build/release/bin
 data=demo/client
@@ -36,6 +37,12 @@ ctl contact add --name Ann --surname Archer --title Ms --mobile 27821110001 --gr
 ctl contact add --name Bob --surname Brewer --mobile 27821110002 --group Friends
 ctl contact add --name Cleo --surname Carter --mobile 27821119907 --group Friends  # the network fails to deliver this one
 
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+  say "The window: log in as demo (password demo, already filled in), tick Friends on the SMS page and send"
+  ORVALO_DATA_PATH="$PWD/$data" "$bin/orvalo"
+  exit
+fi
+
 say "A plain text to four numbers, as one batch"
 ctl send --to 27830000001,27830000002,27830000003,27830009909 --text "The shop opens at nine." --wait 30
 say "A personalised text to the group"
@@ -52,3 +59,4 @@ spent=$(awk -v a="$before" -v b="$after" 'BEGIN { printf "%.1f\n", a - b }')
 say "Balance $before before, $after after: spent $spent; charges in the outbox $charged; debits in the ledger $debited"
 [ "$spent" = "$charged" ] && [ "$charged" = "$debited" ] || { echo "The figures do not add up." >&2; exit 1; }
 echo "The figures add up."
+echo "On a desktop (DISPLAY or WAYLAND_DISPLAY is set) ./run.sh opens the window on this account."

@@ -1,7 +1,6 @@
 #include "ui/compose_area.h"
 
 #include "app/startup/program.h"
-#include "shell/shell_messages.h"
 #include "ui/guarded.h"
 #include "ui/schedule_window.h"
 
@@ -28,16 +27,9 @@ ComposeArea::ComposeArea(Program& program, const Kit& kit, OutboxCaption& outbox
                                    outbox, *recipients_, *window_});
   window_->Connect(*page_, *recipients_);
   page_->SetUp();
-  mailbox_.SetHandler([this](std::uint32_t message, std::int32_t, std::int32_t) {
-    if (message != kWmQueryBalance) return;
-    Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this] { page_->RefreshBalance(); });
-  });
 }
 
-ComposeArea::~ComposeArea() {
-  mailbox_.SetHandler({});
-  delete window_.data();
-}
+ComposeArea::~ComposeArea() { delete window_.data(); }
 
 void ComposeArea::PageShown() {
   Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this] { recipients_->PageShown(); });

@@ -11,7 +11,6 @@
 #include "messages/recipient_selection.h"
 #include "ui/compose_window.h"
 #include "ui/kit.h"
-#include "ui/window_mailbox.h"
 
 namespace orvalo {
 class Program;
@@ -19,8 +18,7 @@ class Program;
 
 namespace orvalo::ui {
 
-// The compose page put together: its logic, its window, and the mailbox that asks it for the
-// balance (kWmQueryBalance). Owned by Desktop; main thread. The window may be given to a parent; it
+// The compose page put together: its logic and its window. Owned by Desktop; main thread. The window may be given to a parent; it
 // goes with the area or with that parent, whichever goes first.
 class ComposeArea {
  public:
@@ -35,7 +33,6 @@ class ComposeArea {
   ComposeWindow& Window() { return *window_; }
   ComposePage& Page() { return *page_; }
   RecipientSelection& Recipients() { return *recipients_; }
-  platform::Mailbox& Mailbox() { return mailbox_; }
 
   void PageShown();  // the page comes to the front
 
@@ -50,7 +47,6 @@ class ComposeArea {
   QPointer<ComposeWindow> window_;
   std::optional<RecipientSelection> recipients_;  // these two speak to the window
   std::optional<ComposePage> page_;
-  WindowMailbox mailbox_;
 };
 
 }  // namespace orvalo::ui

@@ -1,0 +1,148 @@
+#include "ui/desktop.h"
+
+#include <QImage>
+#include <utility>
+
+#include "app/startup/program.h"
+#include "net/version_info.h"
+#include "shell/shell_messages.h"
+#include "ui/guarded.h"
+#include "ui/version_dialog.h"
+
+namespace orvalo::ui {
+
+namespace {
+
+QImage Banner(const std::string& data_folder) {
+  const auto picture = ReadBanner(data_folder);
+  return picture ? QImage::fromData(QByteArray::fromStdString(*picture), "PNG") : QImage();
+}
+
+}  // namespace
+
+Desktop::Desktop(Program& program, const Surroundings& around)
+    : program_(program),
+      around_(around),
+      forms_(program.GetResources()),
+      images_(program.GetResources()),
+      kit_{forms_, images_, program.GetTexts(), around.files},
+      window_(kit_, [this] { return Banner(program_.DataFolder()); }),
+      balances_(program.GetAccount(), [this] { ShowBalances(); }),
+      login_(program, kit_, around.shell, [this] { shell_.LoggedIn(); }),
+      outbox_(
+          program, kit_, around.clipboard, mailbox_,
+          [this](const std::string& caption) { window_.SetTabCaption(ShellTab::kOutbox, caption); },
+          [this] { return shell_.Page() == ShellPage::kOutbox; }),
+      compose_(program, kit_, outbox_.Page()),
+      options_(program, kit_, around.shell, mailbox_, balances_),
+      banner_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), mailbox_,
+               program.DataFolder(), {}}),
+      shell_({program.GetSettings(), program.GetTexts(), program.GetClock(),
+              program.GetMessageBoxes(), mailbox_, balance_mailbox_, *this, window_}) {
+  outbox_.Page().SetMessageLoader(&compose_.Page());
+  mailbox_.SetHandler([this](auto... message) { Handle(message...); });
+  balance_mailbox_.SetHandler([this](std::uint32_t message, auto...) {
+    if (message == kWmQueryBalance) RefreshBalance();
+  });
+  window_.SetShell(&shell_);
+  window_.SetPageShown([this](ShellPage page) { PageShown(page); });
+  window_.SetClosed([this] { loop_.quit(); });
+  window_.SetBalanceLight([this](bool lit) {
+    compose_.Window().LightBalance(lit);
+    options_.Window().LightBalance(lit);
+  });
+  window_.AddPage(ShellPage::kLogin, login_.Window());
+  window_.AddPage(ShellPage::kCompose, compose_.Window());
+  window_.AddPage(ShellPage::kOutbox, outbox_.Window());
+  window_.AddPage(ShellPage::kOptions, options_.Window());
+  window_.FixSize();
+  program_.GetNotices().SetMainWindow(&mailbox_);
+}
+
+Desktop::~Desktop() { program_.GetNotices().SetMainWindow(nullptr); }
+
+void Desktop::Open() {
+  shell_.SetUp();
+  window_.ShowAtStart(program_.GetSettings().Flag(FlagSetting::kStartMinimized));
+}
+
+void Desktop::Run() {
+  if (around_.set_end_handler) around_.set_end_handler([this] { shell_.End(); });
+  loop_.exec();
+  if (around_.set_end_handler) around_.set_end_handler({});
+}
+
+void Desktop::Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
+  shell_.Handle(message, wparam, lparam);
+  if (message == kWmOnline && !std::exchange(banner_started_, true)) banner_.Start();
+}
+
+void Desktop::StartEngine() { program_.GetEngine().StartEngine(); }
+
+void Desktop::CommitStore() { program_.GetDatabase().Commit(); }
+
+void Desktop::ShowVersion() { 
+  VersionDialog(kit_,
+                VersionLines(program_.GetSettings(), program_.GetTexts(), program_.GetGateway()),
+                &window_)
+      .exec();
+ }
+
+void Desktop::CheckForUpdates() {}
+
+void Desktop::OpenProxySettings() {
+  options_.OpenProxySettings(&window_);
+}
+
+void Desktop::RunComposeCommand(ShellCommand command) {
+  Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this, command] {
+    switch (command) {
+      case ShellCommand::kComposeKey:
+        compose_.Page().Send();
+        break;
+      case ShellCommand::kCopy:
+        compose_.Page().Edit(EditCommand::kCopy);
+        break;
+      case ShellCommand::kCut:
+        compose_.Page().Edit(EditCommand::kCut);
+        break;
+      case ShellCommand::kPaste:
+        compose_.Page().Edit(EditCommand::kPaste);
+        break;
+      case ShellCommand::kSelectAll:
+        compose_.Page().Edit(EditCommand::kSelectAll);
+        break;
+      default:
+        break;
+    }
+  });
+}
+
+void Desktop::ApplyOptions() { options_.Page().Apply(); }
+
+void Desktop::ShowWorkingMode() {
+  options_.Page().ShowWorkingMode(program_.GetSettings().Flag(FlagSetting::kWorkingOnLine));
+  ShowBalances();
+}
+
+void Desktop::SetOutboxActivity(const std::string& text) { outbox_.Page().SetActivity(text); }
+
+void Desktop::PageShown(ShellPage page) {
+  Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this, page] {
+    if (page == ShellPage::kCompose) compose_.PageShown();
+    if (page == ShellPage::kOutbox) outbox_.Page().BroughtToFront();
+  });
+}
+
+void Desktop::RefreshBalance() {
+  Guarded(program_.GetMessageBoxes(), program_.GetTexts(),
+          [this] { compose_.Page().RefreshBalance(); });
+  options_.Page().ShowBalance();
+}
+
+void Desktop::ShowBalances() {
+  compose_.Page().ShowBalance();
+  options_.Page().ShowBalance();
+}
+
+}  // namespace orvalo::ui

@@ -1,0 +1,104 @@
+#include "ui/desktop_run.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QThread>
+#include <memory>
+
+#include "ui/desktop.h"
+#include "ui/shutdown_window.h"
+#include "ui/window_mailbox.h"
+
+namespace orvalo::ui {
+
+namespace {
+
+constexpr int kPumpMilliseconds = 20;
+constexpr int kShortPause = 500;  // milliseconds; how long a row of the window can be read
+constexpr int kLongPause = 1000;
+
+void ShowWaitCursor(bool shown) {
+  if (QThread::currentThread() != qApp->thread()) return;  // nobody waits for the worker's calls
+  if (shown) {
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  } else {
+    QGuiApplication::restoreOverrideCursor();
+  }
+}
+
+// Handles what waits, for at most a moment.
+void PumpMessages() { QCoreApplication::processEvents(QEventLoop::AllEvents, kPumpMilliseconds); }
+
+void Pause(const Surroundings& around, int milliseconds) {
+  PumpMessages();
+  if (around.pause) around.pause(milliseconds);
+}
+
+// The engine is let finish the message in hand, in sight of the operator.
+void ShutDown(Program& program, const Kit& kit, const Surroundings& around) {
+  enum Row { kSending, kScheduler, kSaving, kCompleted };
+  ShutdownWindow window(kit);
+  window.Mark(kSending);
+  window.show();
+  QEventLoop until_ended;
+  WindowMailbox ended([&](std::uint32_t message, std::int32_t, std::int32_t) {
+    if (message == platform::kWmQuit) until_ended.quit();
+  });
+  program.GetEngine().RequestStop(&ended);
+  until_ended.exec();
+  if (around.rethrow_fault) around.rethrow_fault();
+  window.Mark(kScheduler);
+  if (around.stop_asking) around.stop_asking();
+  program.GetEngine().WaitForEnd();
+  Pause(around, kShortPause);
+  window.Mark(kSaving);
+  PumpMessages();
+  program.GetDatabase().Commit();
+  Pause(around, kLongPause);
+  window.Mark(kCompleted);
+  Pause(around, kLongPause);
+}
+
+// However the launcher ends, the worker is waited for after it: it must not wait for an answer
+// then.
+class EndOfAsking {
+ public:
+  explicit EndOfAsking(const Surroundings& around) : around_(around) {}
+  ~EndOfAsking() {
+    if (around_.stop_asking) around_.stop_asking();
+  }
+  EndOfAsking(const EndOfAsking&) = delete;
+  EndOfAsking& operator=(const EndOfAsking&) = delete;
+
+ private:
+  const Surroundings& around_;
+};
+
+int Launch(Program& program, const Surroundings& around) {
+  const EndOfAsking end_of_asking(around);
+  std::unique_ptr<Desktop> desktop;
+  try {
+    desktop = std::make_unique<Desktop>(program, around);
+  } catch (const FormError& problem) {
+    if (program.GetLog().Enabled()) program.GetLog().Write("%s", problem.what());
+    return 0;
+  }
+  desktop->Open();
+  desktop->Run();
+  if (around.rethrow_fault) around.rethrow_fault();
+  if (program.GetEngine().IsRunning()) ShutDown(program, desktop->Kit(), around);
+  return 0;
+}
+
+}  // namespace
+
+int RunDesktop(Program& program, Program::Options options, const Surroundings& around) {
+  options.wait_cursor = ShowWaitCursor;
+  const auto result =
+      program.Run(options, [&around](Program& running) { return Launch(running, around); });
+  return result.exit_code;
+}
+
+}  // namespace orvalo::ui

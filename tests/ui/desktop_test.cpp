@@ -1,0 +1,199 @@
+#include "ui/desktop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAbstractItemModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTableView>
+#include <QTreeView>
+#include <string>
+#include <vector>
+
+#include "ui/desktop_stage.h"
+
+namespace orvalo::ui {
+namespace {
+
+using test::DesktopStage;
+using ::testing::AllOf;
+using ::testing::Field;
+using ::testing::IsEmpty;
+
+// What the store holds of every message, by id.
+std::vector<MessageRow> Messages(Program& program) {
+  std::vector<MessageRow> rows;
+  program.GetDatabase().ForEachSms([&](const MessageRow& row) {
+    rows.push_back(row);
+    return true;
+  });
+  return rows;
+}
+
+std::vector<MessageRow> MessagesIn(Program& program, SmsStatus status) {
+  auto rows = Messages(program);
+  std::erase_if(rows, [status](const MessageRow& row) {
+    return row.stat != static_cast<std::int32_t>(status);
+  });
+  return rows;
+}
+
+// The journeys of an operator through the real windows, with the real gateway service.
+class DesktopJourney : public ::testing::Test {
+ protected:
+  // One run of the program, logged in.
+  void Run(const DesktopStage::Body& body, bool offline = false) {
+    stage_.Run([&](Desktop& desktop, Program& program) {
+      DesktopStage::LogIn(desktop, offline);
+      ASSERT_EQ(desktop.Shell().Page(), ShellPage::kCompose);
+      body(desktop, program);
+    });
+    ASSERT_FALSE(HasFatalFailure());
+  }
+
+  // Two friends, known to the program at its next start.
+  void MakeFriends() {
+    stage_.Run([this](Desktop&, Program& program) {
+      friends_ = program.GetDatabase().AddGroup("Friends").gid;
+      program.GetDatabase().AddContact({"Ann", "Archer", "Ms", "", "27821110001", {1, friends_}});
+      program.GetDatabase().AddContact({"Bob", "Brewer", "Mr", "", "27821110002", {1, friends_}});
+    });
+  }
+
+  static void Write(Desktop& desktop, const char* text) {
+    auto& field = DesktopStage::Find<QPlainTextEdit>(desktop, "messageText");
+    field.setFocus();
+    QTest::keyClicks(&field, QString::fromUtf8(text));
+  }
+
+  static void TickFirstGroup(Desktop& desktop) {
+    auto& tree = DesktopStage::Find<QTreeView>(desktop, "recipientTree");
+    const QModelIndex book = tree.model()->index(0, 0);
+    tree.expand(book);
+    ASSERT_GE(tree.model()->rowCount(book), 1);
+    tree.setCurrentIndex(tree.model()->index(0, 0, book));
+    QTest::keyClick(&tree, Qt::Key_Space);
+  }
+
+  // Right-clicks a row of the outbox and runs a command of its menu.
+  static void RunInOutbox(Desktop& desktop, std::size_t row, OutboxCommand command) {
+    DesktopStage::Click(desktop, "tabOutbox");
+    OutboxPage& outbox = desktop.Outbox().Page();
+    outbox.SelectionLost();
+    outbox.RowSelected(row, true);
+    ASSERT_TRUE(outbox.OpenMenu(static_cast<std::int64_t>(row)));
+    ASSERT_TRUE(outbox.IsEnabled(command));
+    outbox.Run(command);
+  }
+
+  DesktopStage stage_;
+  std::int32_t friends_ = 0;
+};
+
+TEST_F(DesktopJourney, AWrongPasswordIsRefusedAndTheRightOneOpensTheTabs) {
+  stage_.Run([this](Desktop& desktop, Program& program) {
+    EXPECT_FALSE(DesktopStage::Find<QWidget>(desktop, "tabs").isVisible());
+    QTest::keyClicks(&DesktopStage::Find<QLineEdit>(desktop, "loginUser"), QStringLiteral("demo"));
+    QTest::keyClicks(&DesktopStage::Find<QLineEdit>(desktop, "loginPassword"),
+                     QStringLiteral("wrong"));
+    QTest::keyClick(&DesktopStage::Find<QLineEdit>(desktop, "loginPassword"), Qt::Key_Return);
+    EXPECT_EQ(DesktopStage::Find<QLabel>(desktop, "loginMessage").text(),
+              QStringLiteral("Unknown username or password!"));
+    EXPECT_EQ(desktop.Shell().Page(), ShellPage::kLogin);
+    DesktopStage::LogIn(desktop);
+    EXPECT_TRUE(DesktopStage::Find<QWidget>(desktop, "tabs").isVisible());
+    EXPECT_TRUE(program.GetSettings().Flag(FlagSetting::kWorkingOnLine));
+    EXPECT_THAT(stage_.boxes.shown(), IsEmpty());
+  });
+}
+
+TEST_F(DesktopJourney, AGroupGetsItsMessage) {
+  MakeFriends();
+  Run([this](Desktop& desktop, Program& program) {
+    TickFirstGroup(desktop);
+    Write(desktop, "See you tonight");
+    DesktopStage::Click(desktop, "sendButton");
+    EXPECT_TRUE(DesktopStage::Until([&] { return Messages(program).size() == 3; }));
+    EXPECT_EQ(MessagesIn(program, SmsStatus::kExpanded).size(), 1u);
+    EXPECT_EQ(stage_.Gateway().Ledger().size(), 2u);
+    DesktopStage::Click(desktop, "tabOutbox");
+    auto& list = DesktopStage::Find<QTableView>(desktop, "outboxList");
+    EXPECT_EQ(list.model()->rowCount(), 3);
+    EXPECT_EQ(list.model()->index(0, 4).data().toString(), QStringLiteral("See you tonight"));
+  });
+}
+
+TEST_F(DesktopJourney, OfflineMessagesWaitForSendNow) {
+  MakeFriends();
+  Run([](Desktop& desktop, Program&) { EXPECT_TRUE(desktop.Window().isVisible()); });
+  Run(
+      [this](Desktop& desktop, Program& program) {
+        TickFirstGroup(desktop);
+        Write(desktop, "Later");
+        DesktopStage::Click(desktop, "sendButton");
+        QTest::qWait(300);
+        ASSERT_EQ(MessagesIn(program, SmsStatus::kPending).size(), 1u);
+        EXPECT_THAT(stage_.Gateway().Ledger(), IsEmpty());
+        DesktopStage::Click(desktop, "tabOutbox");
+        DesktopStage::Click(desktop, "outboxSendNow");
+        EXPECT_TRUE(DesktopStage::Until([&] { return stage_.Gateway().Ledger().size() == 2; }));
+        EXPECT_TRUE(DesktopStage::Until([&] { return Messages(program).size() == 3; }));
+      },
+      true);
+}
+
+TEST_F(DesktopJourney, AWaitingMessageIsEditedAndASentOneIsSentAgain) {
+  MakeFriends();
+  Run([](Desktop&, Program&) {});
+  Run(
+      [](Desktop& desktop, Program& program) {
+        TickFirstGroup(desktop);
+        Write(desktop, "Tonight at sevn");
+        DesktopStage::Click(desktop, "sendButton");
+        ASSERT_EQ(Messages(program).size(), 1u);
+        RunInOutbox(desktop, 0, OutboxCommand::kEdit);
+        ASSERT_TRUE(
+            DesktopStage::Until([&] { return desktop.Shell().Page() == ShellPage::kCompose; }));
+        EXPECT_EQ(MessagesIn(program, SmsStatus::kEditing).size(), 1u);
+        auto& text = DesktopStage::Find<QPlainTextEdit>(desktop, "messageText");
+        EXPECT_EQ(text.toPlainText(), QStringLiteral("Tonight at sevn"));
+        text.setFocus();
+        text.selectAll();
+        Write(desktop, "Tonight at seven");
+        DesktopStage::Click(desktop, "sendButton");
+        ASSERT_EQ(Messages(program).size(), 1u);
+        EXPECT_THAT(Messages(program).front(), AllOf(Field(&MessageRow::msg, "Tonight at seven"),
+                                                     Field(&MessageRow::stat, 0)));
+      },
+      true);
+  Run([this](Desktop& desktop, Program& program) {
+    DesktopStage::Click(desktop, "tabOutbox");
+    DesktopStage::Click(desktop, "outboxSendNow");
+    ASSERT_TRUE(DesktopStage::Until([&] { return Messages(program).size() == 3; }));
+    RunInOutbox(desktop, 0, OutboxCommand::kResend);
+    ASSERT_TRUE(DesktopStage::Until([&] { return desktop.Shell().Page() == ShellPage::kCompose; }));
+    DesktopStage::Click(desktop, "sendButton");
+    EXPECT_TRUE(DesktopStage::Until([&] { return stage_.Gateway().Ledger().size() > 2; }));
+  });
+}
+
+TEST_F(DesktopJourney, ExitStoresTheOptionsInFrontAndCloseAppOnlyHides) {
+  Run([](Desktop& desktop, Program& program) {
+    DesktopStage::Click(desktop, "tabOptions");
+    auto& prefix = DesktopStage::Find<QLineEdit>(desktop, "optionPrefix");
+    prefix.clear();
+    QTest::keyClicks(&prefix, QStringLiteral("0027"));
+    DesktopStage::Click(desktop, "closeApp");
+    EXPECT_TRUE(desktop.Window().isMinimized());  // there is no notification area here
+    desktop.Shell().TrayLeftClick();
+    EXPECT_FALSE(desktop.Window().isMinimized());
+    desktop.Shell().Run(ShellCommand::kExit);
+    EXPECT_FALSE(desktop.Window().isVisible());
+    EXPECT_EQ(program.GetSettings().Text(TextSetting::kPrefix), "27");
+  });
+}
+
+}  // namespace
+}  // namespace orvalo::ui

@@ -1,0 +1,108 @@
+// Draws the windows on demo data, for the documentation: screenshots FOLDER [dark]
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QPalette>
+#include <QPlainTextEdit>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "ui/desktop_stage.h"
+#include "ui/theme.h"
+
+namespace orvalo::test {
+namespace {
+
+class Album {
+ public:
+  explicit Album(QString folder) : folder_(std::move(folder)) {}
+
+  // False when the picture cannot be written.
+  void Take(QWidget& window, const char* name) {
+    QTest::qWait(50);
+    const QString path = folder_ + QStringLiteral("/%1.png").arg(QString::fromLatin1(name));
+    if (!window.grab().save(path)) failed_ = true;
+  }
+  bool Failed() const { return failed_; }
+
+ private:
+  QString folder_;
+  bool failed_ = false;
+};
+
+void FillAddressBook(SmsDatabase& database) {
+  const std::int32_t friends = database.AddGroup("Friends").gid;
+  const std::int32_t staff = database.AddGroup("Shop staff").gid;
+  const std::int32_t customers = database.AddGroup("Customers").gid;
+  const auto add = [&](const char* title, const char* name, const char* surname, const char* mobile,
+                       std::initializer_list<std::int32_t> groups) {
+    ContactRecord contact{name, surname, title, "", mobile, {1}};
+    contact.group_ids.insert(contact.group_ids.end(), groups);
+    database.AddContact(contact);
+  };
+  add("Ms", "Ann", "Archer", "27821110001", {friends, customers});
+  add("Mr", "Bob", "Brewer", "27821110002", {friends});
+  add("Dr", "Cleo", "Carter", "27821119907", {friends, staff});
+  add("Ms", "Dina", "Dlamini", "27835550104", {staff});
+  add("Mr", "Émile", "Éluard", "33612345678", {customers});
+  add("Ms", "Фаина", "Фёдорова", "79161234567", {customers});
+  add("Mr", "Goran", "Gašić", "381601234567", {customers, staff});
+}
+
+void FillOutbox(Program& program) {
+  const auto queue = [&](const char* to, const char* text, SmsStatus status = SmsStatus::kPending,
+                         std::int32_t time = 0) {
+    QueuedMessage message;
+    message.to = to;
+    message.text = text;
+    message.status = status;
+    message.time = time;
+    program.GetEngine().QueueMessage(message);
+  };
+  queue(",27830000001,27830000002,27830009909", "The shop opens at nine tomorrow.");
+  queue(",A1", "Dear <<FIRSTNAME>> <<SURNAME>>, your order is ready.");
+  queue(",27840000001", "Doors open!");
+  DesktopStage::Until([&] { return program.GetDatabase().CountWaitingSms() == 0; });
+  const auto now = static_cast<std::int32_t>(program.GetClock().Now());
+  queue(",A2,A4", "Rehearsal at 18:30, please be there.", SmsStatus::kScheduled, now + 86'400);
+  program.GetEngine().RequestQuery({false, {kEveryMessage}});
+  QTest::qWait(1500);
+}
+
+void TakeAll(ui::Desktop& desktop, Program& program, Album& album) {
+  auto& window = desktop.Window();
+  album.Take(window, "login");
+  DesktopStage::LogIn(desktop);
+  FillOutbox(program);
+  album.Take(window, "sms");
+  DesktopStage::Click(desktop, "tabOutbox");
+  album.Take(window, "outbox");
+  DesktopStage::Click(desktop, "tabOptions");
+  album.Take(window, "options");
+}
+
+}  // namespace
+}  // namespace orvalo::test
+
+int main(int count, char** values) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(count, values);
+  if (count < 2) {
+    std::fprintf(stderr, "usage: screenshots FOLDER [dark]\n");
+    return 2;
+  }
+  if (count > 2) QApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20)));
+  orvalo::ui::ApplyTheme(orvalo::ui::Theme(QApplication::palette()));
+  QDir().mkpath(QString::fromLocal8Bit(values[1]));
+  orvalo::test::Album album(QString::fromLocal8Bit(values[1]));
+  orvalo::test::DesktopStage stage;
+  // Once for the address book, so that the window finds it at its start.
+  stage.Run([](orvalo::ui::Desktop&, orvalo::Program& program) {
+    orvalo::test::FillAddressBook(program.GetDatabase());
+  });
+  stage.Run([&](orvalo::ui::Desktop& desktop, orvalo::Program& program) {
+    orvalo::test::TakeAll(desktop, program, album);
+  });
+  return album.Failed() ? 1 : 0;
+}
