@@ -1,0 +1,21 @@
+#pragma once
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <vector>
+
+namespace orvalo::bench {
+
+inline double SecondsFor(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+inline double Median(std::vector<double>& seconds) {
+  const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
+  std::nth_element(seconds.begin(), middle, seconds.end());
+  return *middle;
+}
+
+}  // namespace orvalo::bench
