@@ -12,7 +12,6 @@
 #include <QTreeView>
 
 #include "messages/message_types.h"
-#include "shell/shell_messages.h"
 #include "ui/compose_fixture.h"
 
 namespace orvalo::test {
@@ -307,8 +306,7 @@ TEST_F(ComposeWindowPageTest, TheBalanceIsAskedForAndShown) {
     line.menu()->actions().front()->trigger();
     EXPECT_EQ(main_window_.messages(), (std::vector{RecordingMailbox::Message{kWmBalance, 0, 0}}));
     program_->GetSettings().SetNumber(NumberSetting::kLastBalance, 872);
-    area_->Mailbox().Post(kWmQueryBalance, 0, 0);
-    QApplication::processEvents();
+    area_->Page().RefreshBalance();
     EXPECT_EQ(line.text().toStdString(), "Balance: 87.2?");
     EXPECT_EQ(caption_.updates, 1);
   });
