@@ -47,6 +47,9 @@ struct HttpRequest {
   std::int64_t connect_timeout_ms = 10'000;
   std::int64_t timeout_ms = 30'000;  // for the whole exchange
   std::size_t max_reply = 4u << 20;  // bytes
+  // Never send the request a second time by itself, on a kept connection that turns out to be
+  // closed either: for servers that know no keys. Only for POST.
+  bool once = false;
 };
 
 struct HttpReply {

@@ -70,6 +70,8 @@ void CurlHandle::SetConstantOptions() {
   curl_easy_setopt(easy_, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(easy_, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy_, CURLOPT_ERRORBUFFER, message_);
+  curl_easy_setopt(easy_, CURLOPT_READFUNCTION, &GiveBody);
+  curl_easy_setopt(easy_, CURLOPT_READDATA, this);
   curl_easy_setopt(easy_, CURLOPT_HEADERFUNCTION, &TakeHeader);
   curl_easy_setopt(easy_, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &TakeBody);
@@ -84,6 +86,7 @@ void CurlHandle::SetRequestOptions(const HttpRequest& request) {
   }
   SetMethod(request);
   SetHeaders(request);
+  curl_easy_setopt(easy_, CURLOPT_FRESH_CONNECT, request.once && request.body.empty() ? 1L : 0L);
   // To libcurl 0 means "for ever".
   constexpr std::int64_t kLongest = 24L * 3600 * 1000;
   curl_easy_setopt(easy_, CURLOPT_TIMEOUT_MS,
@@ -95,11 +98,7 @@ void CurlHandle::SetRequestOptions(const HttpRequest& request) {
 
 void CurlHandle::SetMethod(const HttpRequest& request) {
   const bool plain_get = request.method == "GET" && request.body.empty();
-  if (!plain_get && request.method != "HEAD") {
-    curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE_LARGE,
-                     static_cast<curl_off_t>(request.body.size()));
-    curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, request.body.data());
-  }
+  if (!plain_get && request.method != "HEAD") SetBody(request);
   const std::string& method = plain_get ? "" : request.method;
   if (method_ == method) return;
   method_ = method;
@@ -114,6 +113,24 @@ void CurlHandle::SetMethod(const HttpRequest& request) {
     curl_easy_setopt(easy_, CURLOPT_POST, 1L);
     curl_easy_setopt(easy_, CURLOPT_CUSTOMREQUEST, method == "POST" ? nullptr : method.c_str());
   }
+}
+
+// libcurl sends a request again when the connection it was sent on dies without a reply. What it
+// draws from a function it cannot send again, unless there was nothing to draw: an empty body gets
+// a connection of its own, on which nothing is retried.
+void CurlHandle::SetBody(const HttpRequest& request) {
+  curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE_LARGE,
+                   static_cast<curl_off_t>(request.body.size()));
+  const bool drawn = request.once && !request.body.empty();
+  curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, drawn ? nullptr : request.body.data());
+  unsent_ = request.body;
+}
+
+std::size_t CurlHandle::GiveBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto& unsent = static_cast<CurlHandle*>(self)->unsent_;
+  const auto length = unsent.copy(bytes, size * count);
+  unsent.remove_prefix(length);
+  return length;
 }
 
 void CurlHandle::SetHeaders(const HttpRequest& request) {

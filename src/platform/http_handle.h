@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -40,6 +41,8 @@ class CurlHandle {
   void SetRequestOptions(const HttpRequest& request);
   void SetMethod(const HttpRequest& request);
   void SetHeaders(const HttpRequest& request);
+  void SetBody(const HttpRequest& request);
+  static std::size_t GiveBody(char* bytes, std::size_t size, std::size_t count, void* self);
   static std::size_t TakeHeader(char* bytes, std::size_t size, std::size_t count, void* self);
   static std::size_t TakeBody(char* bytes, std::size_t size, std::size_t count, void* self);
 
@@ -58,6 +61,7 @@ class CurlHandle {
   bool has_headers_ = false;
   std::string method_for_headers_;
 
+  std::string_view unsent_;  // of the body of a request that goes out once
   HttpReply* reply_ = nullptr;
   bool is_head_complete_ = false;
   std::size_t max_reply_ = 0;

@@ -114,18 +114,17 @@ ServedReply AccountPage::ShowPage(const ServedRequest& request) {
   content.form_secret = visit->form_secret;
   content.form_number = ToHex(RandomBytes(kKeyBytes));
   const auto now = parts_.clock.Now();
-  std::vector<Ledger::Entry> latest;
   parts_.database.Read([&](Connection& connection) {
     const SQLite::Transaction one_view(connection.database());
     content.statement =
         ReadStatement(connection, visit->account, parts_.clock).value_or(Statement{});
-    latest = Ledger::Latest(connection, visit->account, kShownMessages);
+    auto latest = Ledger::Latest(connection, visit->account, kShownMessages);
+    content.messages.reserve(latest.size());
+    for (auto& entry : latest) {
+      const auto status = parts_.carrier.StatusOf(connection, entry.message, now);
+      content.messages.push_back({std::move(entry), status});
+    }
   });
-  content.messages.reserve(latest.size());
-  for (auto& entry : latest) {
-    const auto status = parts_.carrier.StatusOf(entry.message, now);
-    content.messages.push_back({std::move(entry), status});
-  }
   return Page(200, AccountPageHtml(content, parts_.clock));
 }
 

@@ -10,6 +10,7 @@
 #include "service/accounts.h"
 #include "service/database.h"
 #include "service/ledger.h"
+#include "service/outbox.h"
 #include "service/pricing.h"
 #include "service/secrets.h"
 #include "service/settings.h"
@@ -159,7 +160,10 @@ int AdminCommands::PrintLedger(bool json) {
   database.Read([&](Connection& connection) {
     Ledger::ForEach(connection, [&](const Ledger::Entry& entry) {
       const auto& message = entry.message;
-      const int status = static_cast<int>(carrier.StatusOf(message, now));
+      // Only messages that went to an engine have parts in the outbox.
+      const int status =
+          static_cast<int>(outbox::StatusOf(connection, message, now)
+                               .value_or(carrier.StatusOf(connection, message, now)));
       if (json) {
         const nlohmann::json line{{"id", message.id},         {"account", entry.user},
                                   {"number", message.number}, {"text", message.text},

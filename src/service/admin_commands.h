@@ -33,6 +33,15 @@ class AdminCommands {
 
   // One line for each accepted recipient, oldest first; with `json` one object a line.
   int PrintLedger(bool json);
+  // Proves that the ledger adds up; 1 when it does not.
+  int CheckLedger(bool as_json);
+
+  // The parts that something may still come of, or only those in doubt.
+  int ListOutbox(bool doubts_only, bool as_json);
+  // Decides about parts in doubt: a part's name as listed, a message's id, or "all". "sent": as if
+  // the engine had taken them; "not-sent": written off and refunded; "again": handed over anew, on
+  // the decider's own risk.
+  int SettleOutbox(const std::string& name, const std::string& decision);
 
  private:
   std::string folder_;

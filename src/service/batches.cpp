@@ -26,9 +26,14 @@ std::optional<Batches::Batch> Batches::Find(Connection& connection, std::int64_t
             Blob{bytes}, account);
   if (!row.Step()) return std::nullopt;
   Batch batch{row.Int(0), row.Int(1) != 0, row.Int(2), {}};
-  batch.content = {
-      row.Text(3), static_cast<int>(row.Int(4)), row.Int(5) != 0, static_cast<int>(row.Int(6)),
-      row.Text(7), static_cast<int>(row.Int(8)), row.Int(9) != 0};
+  auto& content = batch.content;
+  content.text = row.Text(3);
+  content.type = static_cast<int>(row.Int(4));
+  content.unicode = row.Int(5) != 0;
+  content.parts = content.most_parts = static_cast<int>(row.Int(6));
+  content.sender = row.Text(7);
+  content.delivery_minutes = static_cast<int>(row.Int(8));
+  content.ack = row.Int(9) != 0;
   return batch;
 }
 

@@ -1,5 +1,7 @@
 #include "service/gateway_service.h"
 
+#include <fmt/format.h>
+
 #include <stdexcept>
 
 #include "platform/file.h"
@@ -28,6 +30,28 @@ Router MakeRouter(AccountCalls& account_calls, MessageCalls& message_calls,
 
 }  // namespace
 
+std::unique_ptr<Carrier> GatewayService::MakeCarrier(const ServiceOptions& options,
+                                                     platform::Clock& clock) {
+  if (!options.kannel) return std::make_unique<SimulatedCarrier>(options.simulation, clock);
+  auto carrier = std::make_unique<KannelCarrier>(
+      *options.kannel, KannelCarrier::Parts{database_, clock, metrics_, log_});
+  kannel_ = carrier.get();
+  return carrier;
+}
+
+// Reports may come from the start; what is handed over from here on brings the first new ones.
+std::unique_ptr<HttpServer> GatewayService::ServeOperations(const ServiceOptions& options) {
+  if (!options.operations) return nullptr;
+  auto server = std::make_unique<HttpServer>(*options.operations, operations_handler_);
+  if (kannel_ != nullptr) {
+    const bool v6 = options.operations->address.find(':') != std::string::npos;
+    kannel_->Start(
+        fmt::format("{}://{}{}{}:{}", options.operations->certificate.empty() ? "http" : "https",
+                    v6 ? "[" : "", options.operations->address, v6 ? "]" : "", server->port()));
+  }
+  return server;
+}
+
 GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& clock)
     : lock_(TakeFolder(options.folder)),
       database_(options.folder),
@@ -35,17 +59,23 @@ GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& c
       sessions_(database_, clock),
       pricing_(database_),
       vouchers_(database_, clock),
-      carrier_(options.simulation, clock),
-      ledger_(pricing_, carrier_, clock),
+      log_(clock, options.report),
+      carrier_(MakeCarrier(options, clock)),
+      ledger_(pricing_, *carrier_, clock),
       submissions_(database_, clock, options.drop_replies),
       mail_(options.folder + "/mail", clock),
-      account_calls_({accounts_, sessions_, submissions_, vouchers_, carrier_, mail_, clock}),
-      message_calls_({database_, submissions_, ledger_, carrier_, clock}),
-      account_page_({database_, sessions_, submissions_, vouchers_, carrier_, clock,
+      account_calls_({accounts_, sessions_, submissions_, vouchers_, *carrier_, mail_, clock}),
+      message_calls_({database_, submissions_, ledger_, *carrier_, clock}),
+      account_page_({database_, sessions_, submissions_, vouchers_, *carrier_, clock,
                      !options.http.certificate.empty()}),
       router_(MakeRouter(account_calls_, message_calls_, account_page_)),
       requests_(clock, options.rate_limit, 1000),
-      api_(router_, sessions_, requests_, options.report),
+      api_(router_, sessions_, requests_,
+           [this](const std::string& line) {
+             log_.Error("call_failed", {{"reason", line}});
+           }),
+      operations_handler_({database_, metrics_, log_, *carrier_, kannel_}),
+      operations_(ServeOperations(options)),
       server_(options.http, api_) {
   SaveDeliverySeconds(database_, options.simulation.delivery_seconds);
 }

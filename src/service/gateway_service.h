@@ -1,6 +1,7 @@
 #pragma once
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/clock.h"
@@ -12,8 +13,10 @@
 #include "service/attempts.h"
 #include "service/database.h"
 #include "service/http_server.h"
+#include "service/kannel_carrier.h"
 #include "service/ledger.h"
 #include "service/message_calls.h"
+#include "service/operations_handler.h"
 #include "service/pricing.h"
 #include "service/recovery_mail.h"
 #include "service/router.h"
@@ -29,7 +32,10 @@ struct ServiceOptions {
   HttpServerOptions http;
   int rate_limit = 2000;  // requests of one account in a second
   SimulationOptions simulation;
-  double drop_replies = 0;  // share of the submissions, 0 to 1
+  double drop_replies = 0;              // share of the submissions, 0 to 1
+  std::optional<KannelOptions> kannel;  // the carrier; nothing: the simulated one
+  // For the engine and for monitors; always there with a carrier that reports come back from.
+  std::optional<HttpServerOptions> operations;
   std::function<void(const std::string&)> report = [](const std::string&) {};
 };
 
@@ -41,19 +47,27 @@ class GatewayService {
   GatewayService(const ServiceOptions& options, platform::Clock& clock);
 
   int port() const { return server_.port(); }
+  int operations_port() const { return operations_ ? operations_->port() : 0; }  // 0: none
   Accounts& accounts() { return accounts_; }
   Vouchers& vouchers() { return vouchers_; }
   Pricing& pricing() { return pricing_; }
   Database& database() { return database_; }
+  KannelCarrier* kannel() { return kannel_; }  // null: another carrier
 
  private:
+  std::unique_ptr<Carrier> MakeCarrier(const ServiceOptions& options, platform::Clock& clock);
+  std::unique_ptr<HttpServer> ServeOperations(const ServiceOptions& options);
+
   std::unique_ptr<platform::NamedMutex> lock_;
   Database database_;
   Accounts accounts_;
   Sessions sessions_;
   Pricing pricing_;
   Vouchers vouchers_;
-  SimulatedCarrier carrier_;
+  EventLog log_;
+  Metrics metrics_;
+  KannelCarrier* kannel_ = nullptr;
+  std::unique_ptr<Carrier> carrier_;
   Ledger ledger_;
   Submissions submissions_;
   RecoveryMail mail_;
@@ -63,6 +77,8 @@ class GatewayService {
   Router router_;
   Attempts requests_;
   Api api_;
+  OperationsHandler operations_handler_;
+  std::unique_ptr<HttpServer> operations_;
   HttpServer server_;  // last: requests come as soon as it is there
 };
 

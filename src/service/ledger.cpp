@@ -7,7 +7,7 @@ namespace {
 
 // The columns that make an entry, in the order in which EntryFrom reads them.
 #define ORVALO_ENTRY_COLUMNS \
-  "message.id,number,text,type,unicode,parts,sender,ack,accepted,due,charge,key"
+  "message.id,number,text,type,unicode,parts,sender,ack,accepted,due,charge,key,seq"
 
 Ledger::Entry EntryFrom(const Query& row) {
   Ledger::Entry entry;
@@ -15,7 +15,8 @@ Ledger::Entry EntryFrom(const Query& row) {
                    row.Text(2),        static_cast<int>(row.Int(3)),
                    row.Int(4) != 0,    static_cast<int>(row.Int(5)),
                    row.Text(6),        row.Int(7) != 0,
-                   row.Int(8),         row.Int(9)};
+                   row.Int(8),         row.Int(9),
+                   row.Int(12),        0};
   entry.charge = row.Int(10);
   entry.key = ToHex(row.Text(11));
   return entry;
@@ -56,8 +57,11 @@ std::vector<Ledger::Outcome> Ledger::Accept(Connection& connection, const Submis
                            content.sender,
                            content.ack,
                            now,
-                           now + content.delivery_minutes * std::int64_t{60}};
-    Insert(connection, submission, message, id, std::get<Money>(charge));
+                           now + content.delivery_minutes * std::int64_t{60},
+                           0,
+                           submission.batch};
+    message.row = Insert(connection, submission, message, id, std::get<Money>(charge));
+    carrier_.Record(connection, message, std::get<Money>(charge));
     total += std::get<Money>(charge);
     outcomes.emplace_back(std::move(message));
   }
@@ -77,8 +81,8 @@ std::variant<Money, Refusal> Ledger::Charge(Connection& connection, const std::s
   return charge;
 }
 
-void Ledger::Insert(Connection& connection, const Submission& submission,
-                    const CarriedMessage& message, std::string_view id, Money charge) {
+std::int64_t Ledger::Insert(Connection& connection, const Submission& submission,
+                            const CarriedMessage& message, std::string_view id, Money charge) {
   Query(connection,
         "INSERT INTO message(id,account,batch,number,text,type,unicode,parts,sender,ack,accepted,"
         "due,charge,key) VALUES(?,?,NULLIF(?,0),?,?,?,?,?,?,?,?,?,?,?)",
@@ -86,6 +90,7 @@ void Ledger::Insert(Connection& connection, const Submission& submission,
         message.unicode, message.parts, message.sender, message.ack, message.accepted, message.due,
         charge, Blob{submission.key})
       .Run();
+  return connection.database().getLastInsertRowid();
 }
 
 std::optional<Ledger::Entry> Ledger::Find(Connection& connection, std::int64_t account,
@@ -114,7 +119,7 @@ void Ledger::ForEach(Connection& connection, const std::function<void(const Entr
              ",user FROM message JOIN account ON account.id=message.account ORDER BY seq");
   while (rows.Step()) {
     auto entry = EntryFrom(rows);
-    entry.user = rows.Text(12);
+    entry.user = rows.Text(13);
     visit(entry);
   }
 }

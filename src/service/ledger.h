@@ -56,8 +56,8 @@ class Ledger {
  private:
   std::variant<Money, Refusal> Charge(Connection& connection, const std::string& number, int parts,
                                       Money balance);
-  static void Insert(Connection& connection, const Submission& submission,
-                     const CarriedMessage& message, std::string_view id, Money charge);
+  static std::int64_t Insert(Connection& connection, const Submission& submission,
+                             const CarriedMessage& message, std::string_view id, Money charge);
 
   Pricing& pricing_;
   Carrier& carrier_;

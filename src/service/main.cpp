@@ -11,6 +11,7 @@
 #include "platform/file.h"
 #include "platform/stop_signal.h"
 #include "service/admin_commands.h"
+#include "service/carrier_choice.h"
 #include "service/demo_data.h"
 #include "service/gateway_service.h"
 #include "service/secrets.h"
@@ -18,13 +19,9 @@
 namespace orvalo::service {
 namespace {
 
-// Wrong use of the program, as opposed to a failure: exit status 2.
-struct UsageError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
 struct ServeOptions {
   ServiceOptions service;
+  CarrierChoice carrier;
   std::string listen = "127.0.0.1:8480", port_file, tls_key, tls_cert;
   bool demo = false;
 };
@@ -33,7 +30,8 @@ void AddServeOptions(CLI::App& app, ServeOptions& options) {
   auto& service = options.service;
   app.add_option("--listen", options.listen, "Address and port to listen on; port 0 picks one")
       ->capture_default_str();
-  app.add_option("--port-file", options.port_file, "File to write the port into");
+  app.add_option("--port-file", options.port_file,
+                 "File to write the ports into: the service's, then the operations'");
   app.add_option("--tls-key", options.tls_key, "PEM file with the private key");
   app.add_option("--tls-cert", options.tls_cert, "PEM file with the certificate (and its chain)");
   app.add_flag("--demo", options.demo, "Lay out the account demo/demo and a few vouchers");
@@ -43,6 +41,7 @@ void AddServeOptions(CLI::App& app, ServeOptions& options) {
   app.add_option("--threads", service.http.threads, "Connections served at a time")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
+  options.carrier.AddOptions(app);
   auto& simulation = service.simulation;
   app.add_option("--sim-delivery-seconds", simulation.delivery_seconds,
                  "Simulated network: time to the final status")
@@ -97,17 +96,23 @@ int Serve(ServeOptions options, platform::Clock& clock) {
   platform::StopSignal stop;
   auto& service_options = options.service;
   service_options.http = ListeningOptions(options);
+  options.carrier.Apply(service_options);
   service_options.report = [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
   GatewayService service(service_options, clock);
   if (options.demo) fmt::print("{}", LayOutDemoData(service.accounts(), service.vouchers()));
   const auto port = std::to_string(service.port());
-  if (!options.port_file.empty() && !platform::ReplaceFile(options.port_file, port + "\n")) {
+  const auto operations_port = std::to_string(service.operations_port());
+  if (!options.port_file.empty() &&
+      !platform::ReplaceFile(options.port_file, port + "\n" + operations_port + "\n")) {
     throw std::runtime_error("the file " + options.port_file + " cannot be written");
   }
   const bool v6 = service_options.http.address.find(':') != std::string::npos;
   fmt::print("orvalo-gateway listening on {}://{}{}{}:{}\n",
              service_options.http.certificate.empty() ? "http" : "https", v6 ? "[" : "",
              service_options.http.address, v6 ? "]" : "", port);
+  if (service.operations_port() != 0) {
+    fmt::print("operations on port {}\n", operations_port);
+  }
   std::fflush(stdout);
   stop.Wait();
   return 0;
@@ -121,10 +126,12 @@ class CommandLine {
     app_.fallthrough();
     app_.require_subcommand(0, 1);
     app_.add_option("--data", serve_.service.folder, "Data folder")->capture_default_str();
+    app_.set_config("--config", "", "File with options, one \"name = value\" a line");
     app_.set_version_flag("--version", ORVALO_VERSION);
     AddServeOptions(app_, serve_);
     AddAccountCommands();
     AddOtherCommands();
+    AddOutboxCommands();
   }
 
   int Run(int argc, char** argv, platform::Clock& clock) {
@@ -187,13 +194,31 @@ class CommandLine {
     auto* ledger = app_.add_subcommand("ledger", "Every accepted recipient, oldest first");
     ledger->add_flag("--json", json_, "One object a line");
     On(ledger, [this](auto& to) { return to.PrintLedger(json_); });
+    auto* check = app_.add_subcommand("check", "Prove that the ledger adds up");
+    check->add_flag("--json", json_, "As one object");
+    On(check, [this](auto& to) { return to.CheckLedger(json_); });
+  }
+
+  void AddOutboxCommands() {
+    auto* outbox =
+        app_.add_subcommand("outbox", "Parts on their way to an engine")->require_subcommand(1);
+    auto* list = outbox->add_subcommand("list", "Parts that are not settled");
+    list->add_flag("--doubt", doubts_only_, "Only those that a person must decide about");
+    list->add_flag("--json", json_, "One object a line");
+    On(list, [this](auto& to) { return to.ListOutbox(doubts_only_, json_); });
+    auto* settle = outbox->add_subcommand("settle", "Decide about parts in doubt");
+    settle->add_option("PART", part_, "As listed; a message's id; or \"all\"")->required();
+    settle->add_option("DECISION", decision_, "What is known of them")
+        ->required()
+        ->check(CLI::IsMember({"sent", "not-sent", "again"}));
+    On(settle, [this](auto& to) { return to.SettleOutbox(part_, decision_); });
   }
 
   CLI::App app_{"Orvalo's gateway service: accounts, messages and a simulated phone network"};
   ServeOptions serve_;
-  std::string user_, email_, amount_ = "0", password_file_, prefix_;
+  std::string user_, email_, amount_ = "0", password_file_, prefix_, part_, decision_;
   std::vector<std::string> words_;
-  bool generate_ = false, json_ = false;
+  bool generate_ = false, json_ = false, doubts_only_ = false;
   std::function<int(AdminCommands&)> command_;
 };
 

@@ -20,10 +20,18 @@ void MessageCalls::Register(Router& router) {
               [this](const Call& call) { return GetMessage(call); }});
 }
 
+std::variant<MessageContent, Refusal> MessageCalls::ContentOf(const Call& call) {
+  auto content = ParseContent(call.body);
+  if (auto* parsed = std::get_if<MessageContent>(&content)) {
+    if (auto refusal = parts_.carrier.Fit(*parsed)) return std::move(*refusal);
+  }
+  return content;
+}
+
 ServedReply MessageCalls::PostMessage(const Call& call) {
   const auto number = ParseNumber(call.body);
   if (const auto* refusal = std::get_if<Refusal>(&number)) return ReplyOf(*refusal);
-  const auto content = ParseContent(call.body);
+  const auto content = ContentOf(call);
   if (const auto* refusal = std::get_if<Refusal>(&content)) return ReplyOf(*refusal);
   return Submit(call, [&](Connection& connection) {
     Accepted accepted;
@@ -41,7 +49,7 @@ ServedReply MessageCalls::PostMessage(const Call& call) {
 }
 
 ServedReply MessageCalls::OpenBatch(const Call& call) {
-  const auto content = ParseContent(call.body);
+  const auto content = ContentOf(call);
   if (const auto* refusal = std::get_if<Refusal>(&content)) return ReplyOf(*refusal);
   return parts_.submissions.Once(
       KeyedRequestOf(call), [] { return std::nullopt; },
@@ -98,11 +106,14 @@ ServedReply MessageCalls::EndBatch(const Call& call) {
 }
 
 ServedReply MessageCalls::GetMessage(const Call& call) {
-  const auto entry = parts_.database.Read([&](Connection& connection) {
-    return parts_.ledger.Find(connection, call.account, call.id);
+  std::optional<Ledger::Entry> entry;
+  auto status = GatewayStatus::kNotKnown;
+  parts_.database.Read([&](Connection& connection) {
+    entry = parts_.ledger.Find(connection, call.account, call.id);
+    if (!entry) return;
+    status = parts_.carrier.StatusOf(connection, entry->message, parts_.clock.Now());
   });
   if (!entry) return ReplyOf(Refuse(ErrorCode::kNoSuchMessage));
-  const auto status = parts_.carrier.StatusOf(entry->message, parts_.clock.Now());
   return {200,
           fmt::format(R"({{"id":"{}","status":{},"charge":"{}"}})", entry->message.id,
                       static_cast<int>(status), MoneyText(entry->charge)),

@@ -35,6 +35,7 @@ class MessageCalls {
     std::vector<Ledger::Outcome> outcomes;
   };
 
+  std::variant<MessageContent, Refusal> ContentOf(const Call& call);
   ServedReply PostMessage(const Call& call);
   ServedReply OpenBatch(const Call& call);
   ServedReply AddRecipients(const Call& call);

@@ -87,6 +87,7 @@ std::optional<Refusal> CountParts(MessageContent& content, int concat) {
   }
   if (parts > most) return Refuse(ErrorCode::kTextTooLong);
   content.parts = static_cast<int>(parts);
+  content.most_parts = static_cast<int>(most);
   return std::nullopt;
 }
 

@@ -19,6 +19,7 @@ struct MessageContent {
   int type = 0;
   bool unicode = false;
   int parts = 1;
+  int most_parts = 1;  // that the sender allows
   std::string sender;
   int delivery_minutes = 0;
   bool ack = false;

@@ -2,16 +2,15 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <stdexcept>
 
 namespace orvalo::service {
 namespace {
 
-constexpr int kSchemaNumber = 1;
-
 // Amounts are in thousandths, times in seconds since 1970 UTC, numbers, ids, keys and digests as
 // the protocol has them (ids and keys as 16 bytes).
-constexpr const char* kTables = R"(
+constexpr const char* kFirstTables = R"(
 CREATE TABLE account(
   id INTEGER PRIMARY KEY, user TEXT NOT NULL UNIQUE, email TEXT NOT NULL,
   password TEXT NOT NULL, temporary TEXT NOT NULL DEFAULT '',
@@ -48,6 +47,25 @@ CREATE INDEX IF NOT EXISTS message_account ON message(account, accepted, charge)
 CREATE INDEX IF NOT EXISTS voucher_account ON voucher(redeemed_by, redeemed_at);
 )";
 
+// Parts on their way to an engine. `state` is a PartState; `since` is when the part came into it,
+// and of a waiting part the time before which it is not handed over; `seen` the types of reports
+// that have come. The first index holds open parts only.
+constexpr const char* kOutboxTable = R"(
+CREATE TABLE outbox(
+  message INTEGER NOT NULL, part INTEGER NOT NULL, state INTEGER NOT NULL, number TEXT NOT NULL,
+  price INTEGER NOT NULL, reference INTEGER NOT NULL, since INTEGER NOT NULL,
+  attempts INTEGER NOT NULL DEFAULT 0, report_key BLOB, seen INTEGER NOT NULL DEFAULT 0,
+  refunded INTEGER NOT NULL DEFAULT 0, reason TEXT NOT NULL DEFAULT '',
+  PRIMARY KEY(message,part)) WITHOUT ROWID;
+CREATE INDEX outbox_open ON outbox(state,since) WHERE state<=4;
+CREATE INDEX outbox_report ON outbox(report_key,number) WHERE report_key IS NOT NULL;
+)";
+
+// What leads from each schema number to the next; a file keeps its number. Never changed, only
+// added to.
+constexpr std::array kSteps{kFirstTables, kOutboxTable};
+constexpr int kSchemaNumber = static_cast<int>(kSteps.size());
+
 }  // namespace
 
 void PrepareSchema(Connection& connection) {
@@ -61,8 +79,10 @@ void PrepareSchema(Connection& connection) {
     throw std::runtime_error(
         fmt::format("{} was made by a newer version of this program", database.getFilename()));
   }
-  if (number == 0) {
-    database.exec(kTables);
+  for (int step = number; step < kSchemaNumber; ++step) {
+    database.exec(kSteps[static_cast<std::size_t>(step)]);
+  }
+  if (number < kSchemaNumber) {
     database.exec(fmt::format("PRAGMA user_version={}", kSchemaNumber));
   }
   database.exec(kPageIndices);

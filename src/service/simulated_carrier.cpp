@@ -34,7 +34,8 @@ bool SimulatedCarrier::TakesNumber(std::string_view number) { return SpecialEndi
 
 void SimulatedCarrier::Submit(const CarriedMessage&) { ++accepted_; }
 
-GatewayStatus SimulatedCarrier::StatusOf(const CarriedMessage& message, std::int64_t now) {
+GatewayStatus SimulatedCarrier::StatusOf(Connection&, const CarriedMessage& message,
+                                         std::int64_t now) {
   const auto last = FinalStatus(SpecialEnding(message.number));
   // These three are where such a message stays from the start.
   if (last == GatewayStatus::kNotKnown || last == GatewayStatus::kQueued ||

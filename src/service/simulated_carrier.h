@@ -21,9 +21,11 @@ class SimulatedCarrier : public Carrier {
   SimulatedCarrier(const SimulationOptions& options, platform::Clock& clock);
 
   std::optional<Refusal> Admit() override;
+  std::optional<Refusal> Fit(MessageContent&) override { return std::nullopt; }
   bool TakesNumber(std::string_view number) override;
+  void Record(Connection&, const CarriedMessage&, Money) override {}
   void Submit(const CarriedMessage& message) override;
-  GatewayStatus StatusOf(const CarriedMessage& message, std::int64_t now) override;
+  GatewayStatus StatusOf(Connection&, const CarriedMessage& message, std::int64_t now) override;
   bool IsHealthy() override;
 
  private:

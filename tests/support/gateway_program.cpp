@@ -1,5 +1,6 @@
 #include "support/gateway_program.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -20,7 +21,9 @@ GatewayProgram::GatewayProgram(const std::string& folder, const std::vector<std:
   process_ = std::make_unique<ChildProcess>(std::move(words), folder + "/out", folder + "/err");
   const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (port_ == 0 && std::chrono::steady_clock::now() < give_up) {
-    port_ = std::atoi(Slurp(port_file).c_str());
+    const auto ports = Slurp(port_file);
+    port_ = std::atoi(ports.c_str());
+    operations_port_ = std::atoi(ports.c_str() + std::min(ports.find('\n'), ports.size()));
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
 }

@@ -15,7 +15,8 @@ class GatewayProgram {
   // "data", its data; `options` are added to its command line.
   GatewayProgram(const std::string& folder, const std::vector<std::string>& options);
 
-  int port() const { return port_; }  // 0: it does not listen
+  int port() const { return port_; }                        // 0: it does not listen
+  int operations_port() const { return operations_port_; }  // 0: it has none
   std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
 
   int Stop(int signal);  // and its exit status; -1 when a signal ended it
@@ -26,7 +27,7 @@ class GatewayProgram {
  private:
   std::string data_;
   std::unique_ptr<ChildProcess> process_;
-  int port_ = 0;
+  int port_ = 0, operations_port_ = 0;
 };
 
 // Runs one of the program's commands to its end.

@@ -1,0 +1,119 @@
+#include "service/kannel_carrier.h"
+
+#include <algorithm>
+
+#include "service/message_parts.h"
+#include "service/secrets.h"
+
+namespace orvalo::service {
+namespace {
+
+constexpr std::int64_t kCountEveryMs = 1'000;
+
+}  // namespace
+
+bool IsSender(std::string_view text) {
+  constexpr std::size_t kMostDigits = 15, kMostLetters = 11;
+  const auto digits = text.starts_with('+') ? text.substr(1) : text;
+  if (digits.find_first_not_of("0123456789") == std::string_view::npos) {
+    return !digits.empty() && digits.size() <= kMostDigits;
+  }
+  constexpr std::string_view kSigns = " .,-_&!?()/'";
+  return text.size() <= kMostLetters && !text.starts_with(' ') && !text.ends_with(' ') &&
+         std::all_of(text.begin(), text.end(), [&](char character) {
+           return (character >= 'a' && character <= 'z') ||
+                  (character >= 'A' && character <= 'Z') ||
+                  (character >= '0' && character <= '9') ||
+                  kSigns.find(character) != std::string_view::npos;
+         });
+}
+
+KannelCarrier::KannelCarrier(KannelOptions options, const Parts& parts)
+    : options_(std::move(options)),
+      parts_(parts),
+      watch_(options_, parts.clock, parts.log),
+      sender_({parts.database, watch_, client_, parts.clock, parts.metrics, parts.log, options_}),
+      warden_({parts.database, watch_, client_, parts.clock, parts.metrics, parts.log, options_}),
+      reference_(static_cast<unsigned char>(RandomBytes(1)[0])) {
+  client_.SetCertificateAuthorities(options_.authorities);
+}
+
+KannelCarrier::~KannelCarrier() {
+  warden_.Stop();
+  sender_.Stop();
+}
+
+void KannelCarrier::Start(const std::string& report_url) {
+  if (options_.report_url.empty()) options_.report_url = report_url;
+  std::int64_t doubted = 0;
+  parts_.database.Write([&](Connection& connection) {
+    doubted = outbox::DoubtAsked(connection, parts_.clock.Now());
+  });
+  if (doubted > 0) parts_.log.Warn("parts_in_doubt", {{"parts", std::to_string(doubted)}});
+  watch_.Refresh(client_);
+  sender_.Start();
+  warden_.Start();
+}
+
+std::optional<Refusal> KannelCarrier::Admit() {
+  // Counting for each submission would cost more than the submission.
+  const auto now = parts_.clock.Tick();
+  auto next = next_count_.load();
+  if (now >= next && next_count_.compare_exchange_strong(next, now + kCountEveryMs)) {
+    waiting_ = parts_.database.Read(
+        [](Connection& connection) { return outbox::CountOpen(connection, PartState::kWaiting); });
+  }
+  if (waiting_ > options_.backlog) return Refuse(ErrorCode::kNetworkDown);
+  return std::nullopt;
+}
+
+std::optional<Refusal> KannelCarrier::Fit(MessageContent& content) {
+  if (content.sender.empty()) content.sender = options_.sender;
+  if (!IsSender(content.sender)) {
+    return Refusal{ErrorCode::kMalformed,
+                   "The sender must be up to 15 digits or up to 11 letters and digits"};
+  }
+  const auto message = SplitMessage(content.text, {content.type, content.unicode, 0});
+  if (!message || message->parts.size() > static_cast<std::size_t>(content.most_parts)) {
+    return Refuse(ErrorCode::kTextTooLong);
+  }
+  content.parts = static_cast<int>(message->parts.size());
+  return std::nullopt;
+}
+
+// The messages of a batch have one reference, so that they can share requests.
+void KannelCarrier::Record(Connection& connection, const CarriedMessage& message, Money charge) {
+  std::uint32_t reference = 0;
+  if (message.parts > 1) {
+    reference = message.batch > 0 ? static_cast<std::uint32_t>(message.batch) : reference_++;
+  }
+  outbox::Add(connection, message, charge, static_cast<int>(reference & 0xFF));
+}
+
+void KannelCarrier::Submit(const CarriedMessage&) { sender_.Poke(); }
+
+GatewayStatus KannelCarrier::StatusOf(Connection& connection, const CarriedMessage& message,
+                                      std::int64_t now) {
+  return outbox::StatusOf(connection, message, now).value_or(GatewayStatus::kNotKnown);
+}
+
+bool KannelCarrier::TakeReport(std::string_view key, std::string_view number, int bits,
+                               std::string_view detail) {
+  std::optional<outbox::Reported> reported;
+  parts_.database.Write([&](Connection& connection) {
+    reported = outbox::TakeReport(connection, key, number, bits, detail, parts_.clock.Now());
+  });
+  if (!reported) {
+    parts_.metrics.Count("orvalo_reports_unknown_total");
+    return false;
+  }
+  parts_.metrics.Count("orvalo_reports_total", "type=\"" + std::to_string(bits) + "\"");
+  if (reported->repeated) parts_.metrics.Count("orvalo_reports_repeated_total");
+  if (reported->after != reported->before) {
+    parts_.metrics.Count("orvalo_reported_parts_total",
+                         std::string("state=\"") + NameOf(reported->after) + "\"");
+  }
+  return true;
+}
+
+}  // namespace orvalo::service

@@ -1,0 +1,204 @@
+#include "service/outbox.h"
+
+#include "service/secrets.h"
+
+namespace orvalo::service::outbox {
+namespace {
+
+std::string_view DigitsOf(std::string_view number) {
+  if (number.starts_with('+')) number.remove_prefix(1);
+  return number;
+}
+
+PartState StateFrom(const Query& row, int column) {
+  return static_cast<PartState>(row.Int(column));
+}
+
+void SetState(Connection& connection, const PartId& id, PartState state, std::int64_t now,
+              const std::string& reason) {
+  Query(connection, "UPDATE outbox SET state=?,since=?,reason=? WHERE message=? AND part=?",
+        static_cast<int>(state), now, reason, id.message, id.part)
+      .Run();
+}
+
+void Refund(Connection& connection, const PartId& id) {
+  Query row(connection,
+            "UPDATE outbox SET refunded=1 WHERE message=? AND part=? AND refunded=0 "
+            "RETURNING price",
+            id.message, id.part);
+  if (!row.Step()) return;
+  const auto price = row.Int(0);
+  Query(connection, "UPDATE message SET charge=charge-? WHERE seq=?", price, id.message).Run();
+  Query(connection,
+        "UPDATE account SET balance=balance+? WHERE id=(SELECT account FROM message WHERE seq=?)",
+        price, id.message)
+      .Run();
+}
+
+}  // namespace
+
+void Add(Connection& connection, const CarriedMessage& message, Money charge, int reference) {
+  const std::string number(DigitsOf(message.number));
+  const auto price = charge / message.parts;
+  for (int part = 0; part < message.parts; ++part) {
+    Query(connection,
+          "INSERT INTO outbox(message,part,state,number,price,reference,since) "
+          "VALUES(?,?,?,?,?,?,?)",
+          message.row, part, static_cast<int>(PartState::kWaiting), number, price, reference,
+          message.due)
+        .Run();
+  }
+}
+
+std::vector<Waiting> Due(Connection& connection, std::int64_t now, int most) {
+  Query rows(
+      connection,
+      "SELECT outbox.message,part,outbox.number,COALESCE(batch,0),text,sender,type,parts,"
+      "unicode,ack,reference,attempts FROM outbox JOIN message ON message.seq=outbox.message "
+      "WHERE state=0 AND state<=4 AND since<=? ORDER BY since,outbox.message,part LIMIT ?",
+      now, most);
+  std::vector<Waiting> waiting;
+  while (rows.Step()) {
+    waiting.push_back({{rows.Int(0), static_cast<int>(rows.Int(1))},
+                       rows.Text(2),
+                       rows.Int(3),
+                       rows.Text(4),
+                       rows.Text(5),
+                       static_cast<int>(rows.Int(6)),
+                       static_cast<int>(rows.Int(7)),
+                       rows.Int(8) != 0,
+                       rows.Int(9) != 0,
+                       static_cast<int>(rows.Int(10)),
+                       static_cast<int>(rows.Int(11))});
+  }
+  return waiting;
+}
+
+bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now) {
+  return Query(connection,
+               "UPDATE outbox SET state=1,since=?,report_key=?,attempts=attempts+1 "
+               "WHERE message=? AND part=? AND state=0",
+               now, Blob{key}, id.message, id.part)
+             .Run() == 1;
+}
+
+void PutBack(Connection& connection, const PartId& id, std::int64_t due,
+             const std::string& reason) {
+  Query(connection,
+        "UPDATE outbox SET state=0,since=?,reason=? WHERE message=? AND part=? AND state=1", due,
+        reason, id.message, id.part)
+      .Run();
+}
+
+void Answer(Connection& connection, const PartId& id, PartState state, std::int64_t now,
+            const std::string& reason) {
+  if (StateOf(connection, id) == PartState::kAsked) Move(connection, id, state, now, reason);
+}
+
+std::optional<PartState> StateOf(Connection& connection, const PartId& id) {
+  Query row(connection, "SELECT state FROM outbox WHERE message=? AND part=?", id.message, id.part);
+  if (!row.Step()) return std::nullopt;
+  return StateFrom(row, 0);
+}
+
+void Move(Connection& connection, const PartId& id, PartState state, std::int64_t now,
+          const std::string& reason) {
+  SetState(connection, id, state, now, reason);
+  if (!IsFree(state)) return;
+  Refund(connection, id);
+  std::vector<PartId> siblings;
+  {
+    Query rows(connection, "SELECT part FROM outbox WHERE message=? AND state=0", id.message);
+    while (rows.Step()) siblings.push_back({id.message, static_cast<int>(rows.Int(0))});
+  }
+  for (const auto& sibling : siblings) {
+    SetState(connection, sibling, PartState::kWithdrawn, now, "another part was refused");
+    Refund(connection, sibling);
+  }
+}
+
+std::int64_t DoubtAsked(Connection& connection, std::int64_t now) {
+  return Query(connection,
+               "UPDATE outbox SET state=2,since=?,reason='the service ended while it was handed "
+               "over' WHERE state=1 AND state<=4",
+               now)
+      .Run();
+}
+
+std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
+                                   std::string_view number, int bits, std::string_view detail,
+                                   std::int64_t now) {
+  const std::string digits(DigitsOf(number));
+  Reported reported{};
+  int seen = 0;
+  {
+    Query row(connection,
+              "SELECT message,part,state,seen FROM outbox WHERE report_key=? AND number=?",
+              Blob{key}, digits);
+    if (!row.Step()) return std::nullopt;
+    reported.id = {row.Int(0), static_cast<int>(row.Int(1))};
+    reported.before = StateFrom(row, 2);
+    seen = static_cast<int>(row.Int(3));
+  }
+  reported.after = AfterReport(reported.before, bits, detail);
+  reported.repeated = (bits & ~seen) == 0;
+  if (!reported.repeated) {
+    Query(connection, "UPDATE outbox SET seen=seen|? WHERE message=? AND part=?", bits,
+          reported.id.message, reported.id.part)
+        .Run();
+  }
+  if (reported.after != reported.before) {
+    Move(connection, reported.id, reported.after, now, std::string(detail));
+  }
+  return reported;
+}
+
+std::vector<PartId> Stale(Connection& connection, PartState state, std::int64_t before, int most) {
+  Query rows(connection,
+             "SELECT message,part FROM outbox WHERE state=? AND state<=4 AND since<? LIMIT ?",
+             static_cast<int>(state), before, most);
+  std::vector<PartId> parts;
+  while (rows.Step()) parts.push_back({rows.Int(0), static_cast<int>(rows.Int(1))});
+  return parts;
+}
+
+std::optional<GatewayStatus> StatusOf(Connection& connection, const CarriedMessage& message,
+                                      std::int64_t now) {
+  Query rows(connection, "SELECT state FROM outbox WHERE message=?", message.row);
+  std::optional<GatewayStatus> worst;
+  while (rows.Step()) {
+    const auto status = StatusOfPart(StateFrom(rows, 0), message.due, now);
+    worst = worst ? Worse(*worst, status) : status;
+  }
+  return worst;
+}
+
+std::int64_t CountOpen(Connection& connection, PartState state) {
+  Query row(connection, "SELECT count(*) FROM outbox WHERE state=? AND state<=4",
+            static_cast<int>(state));
+  return row.Step() ? row.Int(0) : 0;
+}
+
+void ForEach(Connection& connection, const std::function<void(const Row&)>& visit) {
+  Query rows(connection,
+             "SELECT outbox.message,part,message.id,user,outbox.number,reason,state,since,attempts,"
+             "seen,price,refunded FROM outbox JOIN message ON message.seq=outbox.message "
+             "JOIN account ON account.id=message.account ORDER BY outbox.message,part");
+  while (rows.Step()) {
+    Row row;
+    row.id = {rows.Int(0), static_cast<int>(rows.Int(1))};
+    row.message_id = ToHex(rows.Text(2));
+    row.user = rows.Text(3);
+    row.number = rows.Text(4);
+    row.reason = rows.Text(5);
+    row.state = StateFrom(rows, 6);
+    row.since = rows.Int(7);
+    row.attempts = static_cast<int>(rows.Int(8));
+    row.seen = static_cast<int>(rows.Int(9));
+    row.price = rows.Int(10);
+    row.refunded = rows.Int(11) != 0;
+    visit(row);
+  }
+}
+
+}  // namespace orvalo::service::outbox

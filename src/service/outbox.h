@@ -1,0 +1,97 @@
+#pragma once
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "service/carrier.h"
+#include "service/database.h"
+#include "service/money.h"
+#include "service/part_state.h"
+
+namespace orvalo::service {
+
+// The parts of messages on their way to an engine: one row for each, made in the transaction that
+// accepts the message and kept with the ledger. A row says before the engine is asked that it will
+// be, so that a crash never leads to a second try by itself. Operations run within the caller's
+// read or write.
+namespace outbox {
+
+struct PartId {
+  std::int64_t message = 0;  // the message's row in the ledger
+  int part = 0;              // from 0
+  friend auto operator<=>(const PartId&, const PartId&) = default;
+};
+
+// A part that waits to be handed over.
+struct Waiting {
+  PartId id;
+  std::string number;  // digits only
+  std::int64_t batch = 0;
+  std::string text, sender;
+  int type = 0, parts = 1;
+  bool unicode = false, ack = false;
+  int reference = 0, attempts = 0;
+};
+
+// Rows for all parts of a message that is in the ledger since `message.row`.
+void Add(Connection& connection, const CarriedMessage& message, Money charge, int reference);
+
+// Waiting parts that are due, the longest due first. (In one read; the texts are in there.)
+std::vector<Waiting> Due(Connection& connection, std::int64_t now, int most);
+
+// Marks the part as asked under the report key (16 bytes). False when it no longer waits.
+bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now);
+
+// Puts an asked part back: surely nothing was sent. It waits until `due`.
+void PutBack(Connection& connection, const PartId& id, std::int64_t due, const std::string& reason);
+
+// What became of an asked part. One that a report has moved on meanwhile stays where it is.
+void Answer(Connection& connection, const PartId& id, PartState state, std::int64_t now,
+            const std::string& reason);
+
+std::optional<PartState> StateOf(Connection& connection, const PartId& id);
+
+// Moves the part to a state, whatever it was in; when the new one is free, its price goes back to
+// the account, once, and its siblings that still wait are withdrawn.
+void Move(Connection& connection, const PartId& id, PartState state, std::int64_t now,
+          const std::string& reason);
+
+// What was asked when the service last ended is in doubt. The number of such parts.
+std::int64_t DoubtAsked(Connection& connection, std::int64_t now);
+
+// Takes a delivery report in. Nothing when no part has this key and number.
+struct Reported {
+  PartId id;
+  PartState before, after;
+  bool repeated;  // every bit of it was known
+};
+std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
+                                   std::string_view number, int bits, std::string_view detail,
+                                   std::int64_t now);
+
+// Up to `most` parts that have been in an open state since before a time.
+std::vector<PartId> Stale(Connection& connection, PartState state, std::int64_t before, int most);
+
+// The worst of the parts' statuses; nothing when the message has no rows here.
+std::optional<GatewayStatus> StatusOf(Connection& connection, const CarriedMessage& message,
+                                      std::int64_t now);
+
+std::int64_t CountOpen(Connection& connection, PartState state);
+
+// One row as a person sees it.
+struct Row {
+  PartId id;
+  std::string message_id, user, number, reason;
+  PartState state = PartState::kWaiting;
+  std::int64_t since = 0;
+  int attempts = 0, seen = 0;
+  Money price = 0;
+  bool refunded = false;
+};
+void ForEach(Connection& connection, const std::function<void(const Row&)>& visit);
+
+}  // namespace outbox
+}  // namespace orvalo::service

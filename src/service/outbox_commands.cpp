@@ -1,0 +1,115 @@
+#include <fmt/format.h>
+
+#include <charconv>
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "platform/clock.h"
+#include "service/admin_commands.h"
+#include "service/ledger_check.h"
+#include "service/outbox.h"
+#include "service/secrets.h"
+
+// The administrator's commands about parts on their way to an engine, and about the whole ledger.
+namespace orvalo::service {
+namespace {
+
+std::string PartName(const outbox::Row& row) {
+  return fmt::format("{}/{}", row.message_id, row.id.part + 1);
+}
+
+void PrintRow(const outbox::Row& row, bool as_json) {
+  if (!as_json) {
+    fmt::print("{:<36} {:<16} {:<17} {:<12} {}\n", PartName(row), row.user, row.number,
+               NameOf(row.state), row.reason);
+    return;
+  }
+  const nlohmann::json line{{"part", PartName(row)},    {"account", row.user},
+                            {"number", row.number},     {"state", NameOf(row.state)},
+                            {"since", row.since},       {"attempts", row.attempts},
+                            {"reports", row.seen},      {"price", MoneyText(row.price)},
+                            {"refunded", row.refunded}, {"reason", row.reason}};
+  fmt::print("{}\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+// The parts that a name stands for: "all", a message's id, or that and "/" and the part from 1 on.
+// Only those in doubt.
+std::vector<outbox::PartId> InDoubt(Connection& connection, const std::string& name) {
+  std::vector<outbox::PartId> parts;
+  outbox::ForEach(connection, [&](const outbox::Row& row) {
+    if (row.state != PartState::kInDoubt) return;
+    if (name == "all" || name == row.message_id || name == PartName(row)) parts.push_back(row.id);
+  });
+  return parts;
+}
+
+const std::map<std::string, PartState>& Decisions() {
+  static const std::map<std::string, PartState> decisions{{"sent", PartState::kTaken},
+                                                          {"not-sent", PartState::kWrittenOff},
+                                                          {"again", PartState::kWaiting}};
+  return decisions;
+}
+
+}  // namespace
+
+int AdminCommands::ListOutbox(bool doubts_only, bool as_json) {
+  Database database(folder_);
+  database.Read([&](Connection& connection) {
+    outbox::ForEach(connection, [&](const outbox::Row& row) {
+      const bool shown = doubts_only ? row.state == PartState::kInDoubt
+                                     : static_cast<int>(row.state) <= kLastOpenState;
+      if (shown) PrintRow(row, as_json);
+    });
+  });
+  return 0;
+}
+
+int AdminCommands::SettleOutbox(const std::string& name, const std::string& decision) {
+  const auto chosen = Decisions().find(decision);
+  if (chosen == Decisions().end()) {
+    fmt::print(stderr, "orvalo-gateway: decide sent, not-sent or again\n");
+    return 1;
+  }
+  Database database(folder_);
+  const auto parts =
+      database.Read([&](Connection& connection) { return InDoubt(connection, name); });
+  const auto now = clock_.Now();
+  std::size_t settled = 0;
+  database.Write([&](Connection& connection) {
+    settled = 0;
+    for (const auto& part : parts) {
+      // A report may have decided meanwhile.
+      if (outbox::StateOf(connection, part) != PartState::kInDoubt) continue;
+      outbox::Move(connection, part, chosen->second, now, "decided by a person: " + decision);
+      ++settled;
+    }
+  });
+  if (settled == 0) {
+    fmt::print(stderr, "orvalo-gateway: nothing of \"{}\" is in doubt\n", name);
+    return 1;
+  }
+  fmt::print("{}\n", settled);
+  return 0;
+}
+
+int AdminCommands::CheckLedger(bool as_json) {
+  Database database(folder_);
+  const auto check = database.Read(
+      [](Connection& connection) { return orvalo::service::CheckLedger(connection); });
+  if (as_json) {
+    const nlohmann::json line{{"accounts", check.accounts},
+                              {"messages", check.messages},
+                              {"parts", check.parts},
+                              {"refunds", check.refunds},
+                              {"faults", check.faults}};
+    fmt::print("{}\n", line.dump());
+  } else {
+    for (const auto& fault : check.faults) fmt::print("{}\n", fault);
+    fmt::print("{} accounts, {} messages, {} parts, {} refunds: {}\n", check.accounts,
+               check.messages, check.parts, check.refunds,
+               check.faults.empty() ? "the ledger adds up" : "THE LEDGER DOES NOT ADD UP");
+  }
+  return check.faults.empty() ? 0 : 1;
+}
+
+}  // namespace orvalo::service

@@ -1,0 +1,96 @@
+#include "service/outbox_warden.h"
+
+namespace orvalo::service {
+namespace {
+
+constexpr std::int64_t kStatusMs = 2'000, kReconcileMs = 30'000, kGraceSeconds = 3'600;
+constexpr int kMostAtOnce = 1'000;
+
+std::vector<outbox::PartId> Outdated(Connection& connection, std::int64_t due_before) {
+  Query rows(connection,
+             "SELECT outbox.message,part FROM outbox JOIN message ON message.seq=outbox.message "
+             "WHERE state=0 AND state<=4 AND due<? LIMIT 1000",
+             due_before);
+  std::vector<outbox::PartId> parts;
+  while (rows.Step()) parts.push_back({rows.Int(0), static_cast<int>(rows.Int(1))});
+  return parts;
+}
+
+}  // namespace
+
+void OutboxWarden::Start() {
+  thread_ = std::thread([this] { Watch(); });
+}
+
+void OutboxWarden::Stop() {
+  {
+    std::lock_guard guard(mutex_);
+    stops_ = true;
+  }
+  changed_.notify_all();
+  if (thread_.joinable()) thread_.join();
+}
+
+void OutboxWarden::Watch() {
+  auto reconcile_at = parts_.clock.Tick() + kReconcileMs;
+  std::unique_lock lock(mutex_);
+  while (!stops_) {
+    lock.unlock();
+    parts_.watch.Refresh(parts_.client);
+    if (parts_.clock.Tick() >= reconcile_at) {
+      try {
+        Reconcile();
+      } catch (const std::exception& failure) {
+        parts_.log.Error("reconciliation_failed", {{"reason", failure.what()}});
+      }
+      reconcile_at = parts_.clock.Tick() + kReconcileMs;
+    }
+    lock.lock();
+    parts_.clock.WaitUntil(lock, changed_, parts_.clock.Tick() + kStatusMs,
+                           [this] { return stops_; });
+  }
+}
+
+void OutboxWarden::Reconcile() {
+  const auto now = parts_.clock.Now();
+  const auto validity = parts_.options.validity_minutes * std::int64_t{60};
+  const auto stale = [&](PartState state, std::int64_t seconds) {
+    return parts_.database.Read([&](Connection& connection) {
+      return outbox::Stale(connection, state, now - seconds, kMostAtOnce);
+    });
+  };
+  const auto outdated = parts_.database.Read(
+      [&](Connection& connection) { return Outdated(connection, now - validity); });
+  Settle(outdated, PartState::kWaiting, PartState::kOutdated, "its validity passed");
+  const auto status = parts_.watch.status();
+  if (status && status->running && status->links_usable > 0 && status->queued == 0) {
+    Settle(stale(PartState::kTaken, parts_.options.silence_minutes * std::int64_t{60}),
+           PartState::kTaken, PartState::kInDoubt, "the engine is idle and has not reported it");
+  }
+  Settle(stale(PartState::kTaken, validity + kGraceSeconds), PartState::kTaken, PartState::kInDoubt,
+         "the engine never reported it");
+  Settle(stale(PartState::kAtNetwork, validity + kGraceSeconds), PartState::kAtNetwork,
+         PartState::kExpired, "the network never reported it");
+}
+
+void OutboxWarden::Settle(const std::vector<outbox::PartId>& parts, PartState from, PartState to,
+                          const char* reason) {
+  if (parts.empty()) return;
+  const auto now = parts_.clock.Now();
+  std::int64_t settled = 0;
+  parts_.database.Write([&](Connection& connection) {
+    settled = 0;
+    for (const auto& part : parts) {
+      if (outbox::StateOf(connection, part) != from) continue;
+      outbox::Move(connection, part, to, now, reason);
+      ++settled;
+    }
+  });
+  if (settled == 0) return;
+  parts_.metrics.Count("orvalo_reconciled_parts_total", std::string("state=\"") + NameOf(to) + "\"",
+                       settled);
+  parts_.log.Warn("parts_reconciled",
+                  {{"parts", std::to_string(settled)}, {"state", NameOf(to)}, {"reason", reason}});
+}
+
+}  // namespace orvalo::service
