@@ -165,7 +165,7 @@ Accessible AccessibleWindow::Row(const std::string& tree, const std::string& tex
 
 bool AccessibleWindow::IsTicked(const Accessible& row) { return Has(row, ATSPI_STATE_CHECKED); }
 
-void AccessibleWindow::Tick(const std::string& tree, const std::string& text) const {
+void AccessibleWindow::ClickRow(const std::string& tree, const std::string& text) const {
   const auto row = Row(tree, text);
   if (row == nullptr) return;
   AtspiComponent* component = atspi_accessible_get_component_iface(row.get());
@@ -175,6 +175,16 @@ void AccessibleWindow::Tick(const std::string& tree, const std::string& text) co
                              nullptr);
   g_free(place);
   g_object_unref(component);
+}
+
+void AccessibleWindow::Open(const std::string& tree, const std::string& text) const {
+  constexpr int kRightKey = 0xff53;
+  ClickRow(tree, text);
+  atspi_generate_keyboard_event(kRightKey, nullptr, ATSPI_KEY_SYM, nullptr);
+}
+
+void AccessibleWindow::Tick(const std::string& tree, const std::string& text) const {
+  ClickRow(tree, text);
   atspi_generate_keyboard_event(0, " ", ATSPI_KEY_STRING, nullptr);
   EXPECT_TRUE(Until([&] { return IsTicked(Row(tree, text)); })) << text;
 }

@@ -28,7 +28,8 @@ class AccessibleWindow {
   // The text of a table's cell.
   std::string Cell(const std::string& table, int row, int column) const;
   int RowsOf(const std::string& table) const;
-  // A row of a tree or list by its text: clicked with the pointer, then ticked with the space bar.
+  // A row of a tree by its text: clicked with the pointer, then opened or ticked by the keyboard.
+  void Open(const std::string& tree, const std::string& row) const;
   void Tick(const std::string& tree, const std::string& row) const;
   static bool IsTicked(const Accessible& row);
   Accessible Row(const std::string& tree, const std::string& text) const;
@@ -37,6 +38,7 @@ class AccessibleWindow {
 
  private:
   Accessible Find(const std::string& object_name) const;
+  void ClickRow(const std::string& tree, const std::string& text) const;
 
   std::string application_;
 };
