@@ -22,7 +22,11 @@ Program::Result DesktopStage::Run(const Body& body) {
   Program::Options options;
   options.data_folder = folder_.File("client");
   options.enter_data_folder = false;
-  DataFile(options.data_folder + "/SMS.dat", true).SetString("COMBaseURL", gateway_->url());
+  {
+    DataFile file(options.data_folder + "/SMS.dat", true);
+    file.SetString("COMBaseURL", gateway_->url());
+    file.SetString("client_id", "Orvalo");
+  }
   const ui::Surroundings around{files, shell, clipboard, {}, {}, {}, {}};
   return Program(boxes, platform::SystemClock(), registry).Run(options, [&](Program& program) {
     ui::Desktop desktop(program, around);

@@ -4,6 +4,8 @@
 #include <QLineEdit>
 #include <QPalette>
 #include <QPlainTextEdit>
+#include <QTimer>
+#include <QTreeView>
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -64,10 +66,41 @@ void FillOutbox(Program& program) {
   queue(",A1", "Dear <<FIRSTNAME>> <<SURNAME>>, your order is ready.");
   queue(",27840000001", "Doors open!");
   DesktopStage::Until([&] { return program.GetDatabase().CountWaitingSms() == 0; });
+  IdList all;
+  program.GetDatabase().ForEachSms([&](const MessageRow& row) {
+    all.ids.push_back(row.id);
+    return true;
+  });
+  program.GetEngine().RequestQuery(all);
   const auto now = static_cast<std::int32_t>(program.GetClock().Now());
   queue(",A2,A4", "Rehearsal at 18:30, please be there.", SmsStatus::kScheduled, now + 86'400);
-  program.GetEngine().RequestQuery({false, {kEveryMessage}});
   QTest::qWait(1500);
+}
+
+void Compose(ui::Desktop& desktop) {
+  DesktopStage::Click(desktop, "tabSms");
+  auto& text = DesktopStage::Find<QPlainTextEdit>(desktop, "messageText");
+  text.setFocus();
+  QTest::keyClicks(
+      &text, QStringLiteral("Dear <<FIRSTNAME>>, the summer sale begins tomorrow at nine. Bring "
+                            "this message and a friend!"));
+  auto& tree = DesktopStage::Find<QTreeView>(desktop, "recipientTree");
+  const QModelIndex book = tree.model()->index(0, 0);
+  tree.expand(book);
+  tree.setCurrentIndex(tree.model()->index(1, 0, book));
+  QTest::keyClick(&tree, Qt::Key_Space);
+  tree.expand(tree.currentIndex());
+}
+
+// Opens a dialog by a button and takes its picture.
+void TakeDialog(ui::Desktop& desktop, Album& album, const char* button, const char* name) {
+  QTimer::singleShot(300, qApp, [&album, name] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (dialog == nullptr) return;
+    album.Take(*dialog, name);
+    dialog->close();
+  });
+  DesktopStage::Click(desktop, button);
 }
 
 void TakeAll(ui::Desktop& desktop, Program& program, Album& album) {
@@ -75,10 +108,18 @@ void TakeAll(ui::Desktop& desktop, Program& program, Album& album) {
   album.Take(window, "login");
   DesktopStage::LogIn(desktop);
   FillOutbox(program);
+  Compose(desktop);
+  window.LightBalance(true);
   album.Take(window, "sms");
+  TakeDialog(desktop, album, "scheduleButton", "schedule");
+  DesktopStage::Click(desktop, "tabAddresses");
+  album.Take(window, "addresses");
   DesktopStage::Click(desktop, "tabOutbox");
   album.Take(window, "outbox");
+  TakeDialog(desktop, album, "outboxExport", "export");
+  TakeDialog(desktop, album, "outboxHelp", "legend");
   DesktopStage::Click(desktop, "tabOptions");
+  window.LightBalance(true);
   album.Take(window, "options");
 }
 

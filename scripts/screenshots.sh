@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Draws the pictures of the documentation anew: docs/screenshots/light and docs/screenshots/dark.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/packages.sh build test
+scripts/build.sh dev screenshots orvalo-gateway
+build/dev/bin/screenshots docs/screenshots/light 2>/dev/null
+build/dev/bin/screenshots docs/screenshots/dark dark 2>/dev/null
