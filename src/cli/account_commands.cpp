@@ -140,6 +140,22 @@ ExitCode VoucherCommand::Execute(Context& context) {
   return ExitCode::kDone;
 }
 
+// --------------------------------------------------------------------------------- account page
+
+AccountPageCommand::AccountPageCommand()
+    : Command("account-page", "Print the address of the account's web page, good for one visit") {}
+
+ExitCode AccountPageCommand::Execute(Context& context) {
+  if (context.program.GetSettings().Flag(FlagSetting::kWorkingOnLine)) LogInAsStored(context);
+  const std::string address = context.program.GetAccount().AccountPageAddress();
+  if (context.json) {
+    PrintJson(context.out, {{"address", address}});
+  } else {
+    context.out << address << '\n';
+  }
+  return ExitCode::kDone;
+}
+
 // -------------------------------------------------------------------------------------- recover
 
 RecoverCommand::RecoverCommand()

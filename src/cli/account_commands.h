@@ -51,6 +51,15 @@ class VoucherCommand : public Command {
   std::string number_;
 };
 
+// Prints the address of the account's web page: online with a key that opens it once.
+class AccountPageCommand : public Command {
+ public:
+  AccountPageCommand();
+  void Define(CLI::App&) override {}
+  Access AccessNeeded() const override { return Access::kGateway; }
+  ExitCode Execute(Context& context) override;
+};
+
 // Has the gateway send a password.
 class RecoverCommand : public Command {
  public:

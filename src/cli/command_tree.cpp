@@ -24,6 +24,7 @@ CommandTree::CommandTree(CLI::App& root) {
   Add(root, std::make_unique<LoginCommand>());
   Add(root, std::make_unique<BalanceCommand>());
   Add(root, std::make_unique<VoucherCommand>());
+  Add(root, std::make_unique<AccountPageCommand>());
   Add(root, std::make_unique<RecoverCommand>());
   Add(root, std::make_unique<SendCommand>());
   Add(root, std::make_unique<ScheduleCommand>());

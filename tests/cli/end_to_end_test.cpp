@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "orvaloctl_fixture.h"
+#include "platform/http.h"
 #include "support/gateway_program.h"
 
 namespace orvalo::test {
@@ -149,9 +150,9 @@ TEST_F(EndToEndTest, SendsWhatIsScheduledAndDue) {
     const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (gateway_.Ledger().size() < 2 && std::chrono::steady_clock::now() < give_up)
       std::this_thread::yield();
-    hurrying_clock_.Advance(60'000);
+    hurrying_clock_.Advance(10'000);
   });
-  const Outcome run = Hurry({"run", "--for", "100"});
+  const Outcome run = Hurry({"run", "--for", "70"});
   time.join();
   EXPECT_THAT(run, EndsWith(0));
   EXPECT_THAT(
@@ -166,6 +167,12 @@ TEST_F(EndToEndTest, ServesTheAccount) {
   EXPECT_EQ(Balance() - before, 500);
   EXPECT_THAT(Hurry({"voucher", "1234567890123456"}), FailsWith(4, "already been redeemed"));
   EXPECT_THAT(Hurry({"voucher", "123"}), FailsWith(1, "not long enough"));
+  platform::HttpRequest page;
+  page.url = nlohmann::json::parse(Hurry({"account-page"}).out).at("address");
+  EXPECT_THAT(page.url, testing::StartsWith(gateway_.url() + "/account?session_id="));
+  platform::HttpClient browser;
+  EXPECT_EQ(browser.Perform(page).status, 303);
+  EXPECT_EQ(browser.Perform(page).status, 403) << "good for one visit";
   EXPECT_THAT(RunWith("wrong\n", {"login", "demo"}, hurrying_clock_),
               FailsWith(4, "Unknown username or password!"));
   EXPECT_EQ(Balance() - before, 500) << "a refused login leaves the stored one";
