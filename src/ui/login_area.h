@@ -1,4 +1,5 @@
 #pragma once
+#include <QPointer>
 #include <functional>
 
 #include "shell/login_page.h"
@@ -11,8 +12,8 @@ class Program;
 
 namespace orvalo::ui {
 
-// The login page and its window. Main thread; owned by the desktop, which takes the window into
-// its own.
+// The login page and its window. Main thread; owned by the desktop. The window may be given to a
+// parent; it goes with the area or with that parent, whichever goes first.
 class LoginArea {
  public:
   // All of it must outlive the area; `logged_in` is told that the operator is in, on-line or
@@ -20,10 +21,14 @@ class LoginArea {
   LoginArea(Program& program, const Kit& kit, platform::Shell& shell,
             std::function<void()> logged_in);
 
-  LoginWindow& Window() { return window_; }
+  ~LoginArea();
+  LoginArea(const LoginArea&) = delete;
+  LoginArea& operator=(const LoginArea&) = delete;
+
+  LoginWindow& Window() { return *window_; }
 
  private:
-  LoginWindow window_;
+  QPointer<LoginWindow> window_;
   LoginPage page_;
 };
 

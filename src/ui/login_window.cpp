@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 
+#include "ui/character_limit.h"
 #include "ui/form_loader.h"
 #include "ui/images.h"
 #include "ui/recovery_window.h"
@@ -38,8 +39,8 @@ LoginWindow::LoginWindow(const Kit& kit, QWidget* parent)
       message_(Child<QLabel>(*this, "loginMessage")),
       ok_(Child<QPushButton>(*this, "loginOk")),
       forgot_(Child<QPushButton>(*this, "forgotPassword")) {
-  user_.setMaxLength(static_cast<int>(LoginPage::kFieldLength));
-  password_.setMaxLength(static_cast<int>(LoginPage::kFieldLength));
+  LimitTyped(user_, LoginPage::kFieldLength);
+  LimitTyped(password_, LoginPage::kFieldLength);
   message_.hide();
 }
 

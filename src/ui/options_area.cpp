@@ -10,25 +10,28 @@ OptionsArea::OptionsArea(Program& program, const Kit& kit, platform::Shell& shel
                          platform::Mailbox& main_window, BalanceLines& balance)
     : program_(program),
       kit_(kit),
-      window_(kit),
+      window_(new OptionsWindow(kit)),
       proxy_(program.GetSettings(), *program.GetGateway(), program.GetTexts(),
              program.GetMessageBoxes()),
       proxy_form_({program.GetSettings(), proxy_, program.GetTexts(), program.GetMessageBoxes(),
-                   window_.Proxy()},
+                   window_->Proxy()},
                   ProxyForm::Place::kOptionsPage),
       mode_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), main_window,
              program.GetAccount(), balance, page_}),
       page_({program.GetSettings(), program.GetDataFile(), main_window, program.GetAccount(), shell,
-             mode_, balance, proxy_form_, window_}),
+             mode_, balance, proxy_form_, *window_}),
       mailbox_([this](std::uint32_t message, std::int32_t, std::int32_t) {
         if (message == kWmGoOffline) page_.OfflineChosen();
       }) {
-  window_.Connect(page_, proxy_form_, [&main_window] { main_window.Post(kWmBalance, 0, 0); });
+  window_->Connect(page_, proxy_form_, [&main_window] { main_window.Post(kWmBalance, 0, 0); });
   page_.SetUp();
   program_.GetNotices().SetOptionsPage(&mailbox_);
 }
 
-OptionsArea::~OptionsArea() { program_.GetNotices().SetOptionsPage(nullptr); }
+OptionsArea::~OptionsArea() {
+  program_.GetNotices().SetOptionsPage(nullptr);
+  delete window_;
+}
 
 void OptionsArea::OpenProxySettings(QWidget* owner) {
   ProxyWindow window(kit_, owner);

@@ -1,4 +1,6 @@
 #pragma once
+#include <QPointer>
+
 #include "net/proxy_form.h"
 #include "net/proxy_settings.h"
 #include "shell/options_page.h"
@@ -15,7 +17,8 @@ namespace orvalo::ui {
 
 // The options page with its window, the proxy settings, and the switch between working on-line and
 // off-line. Answers the engine's wish to go off-line as long as it lives. Main thread; owned by the
-// desktop, which takes the window into its own and keeps that longer than the area.
+// desktop. The window may be given to a parent; it goes with the area or with that parent,
+// whichever goes first.
 class OptionsArea {
  public:
   // All of it must outlive the area. Throws FormError.
@@ -25,7 +28,7 @@ class OptionsArea {
   OptionsArea(const OptionsArea&) = delete;
   OptionsArea& operator=(const OptionsArea&) = delete;
 
-  OptionsWindow& Window() { return window_; }
+  OptionsWindow& Window() { return *window_; }
   OptionsPage& Page() { return page_; }
 
   // The "Proxy Settings" dialog; returns when it has been closed. Throws FormError.
@@ -34,7 +37,7 @@ class OptionsArea {
  private:
   Program& program_;
   Kit kit_;
-  OptionsWindow window_;
+  QPointer<OptionsWindow> window_;
   ProxySettings proxy_;
   ProxyForm proxy_form_;
   WorkingMode mode_;

@@ -14,6 +14,7 @@
 #include <QToolButton>
 #include <utility>
 
+#include "ui/character_limit.h"
 #include "ui/form_loader.h"
 #include "ui/images.h"
 #include "ui/wheel_guard.h"
@@ -73,11 +74,11 @@ OptionsWindow::OptionsWindow(const Kit& kit, QWidget* parent)
 OptionsWindow::~OptionsWindow() = default;
 
 void OptionsWindow::LimitTexts() {
-  prefix_.setMaxLength(static_cast<int>(OptionsPage::kPrefixLength));
-  signature_.setMaxLength(static_cast<int>(OptionsPage::kSignatureLength));
-  sender_.setMaxLength(static_cast<int>(OptionsPage::kSenderLength));
-  profile_.setMaxLength(static_cast<int>(OptionsPage::kTextLength));
-  profile_password_.setMaxLength(static_cast<int>(OptionsPage::kTextLength));
+  LimitTyped(prefix_, OptionsPage::kPrefixLength);
+  LimitTyped(signature_, OptionsPage::kSignatureLength);
+  LimitTyped(sender_, OptionsPage::kSenderLength);
+  LimitTyped(profile_, OptionsPage::kTextLength);
+  LimitTyped(profile_password_, OptionsPage::kTextLength);
 }
 
 void OptionsWindow::Connect(OptionsPage& page, ProxyForm& proxy,

@@ -8,6 +8,7 @@
 #include <QSignalBlocker>
 #include <QValidator>
 
+#include "ui/character_limit.h"
 #include "ui/form_loader.h"
 #include "ui/kit.h"
 #include "ui/wheel_guard.h"
@@ -39,7 +40,7 @@ ProxyControls::ProxyControls(QWidget& form)
       test_(Child<QPushButton>(form, "proxyTest")),
       description_(form.findChild<QLabel*>(QStringLiteral("proxyDescription"))) {
   for (QLineEdit* field : {&host_, &port_, &user_, &password_})
-    field->setMaxLength(static_cast<int>(ProxyForm::kFieldLength));
+    LimitTyped(*field, ProxyForm::kFieldLength);
   GuardFromWheel(mode_);
 }
 

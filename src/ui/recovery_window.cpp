@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "ui/character_limit.h"
 #include "ui/form_loader.h"
 
 namespace orvalo::ui {
@@ -20,8 +21,8 @@ RecoveryWindow::RecoveryWindow(const Kit& kit, RecoveryDialog& dialog, QWidget* 
   user_ = &Child<QLineEdit>(*this, "recoveryUser");
   email_ = &Child<QLineEdit>(*this, "recoveryEmail");
   ok_ = &Child<QPushButton>(*this, "recoveryOk");
-  user_->setMaxLength(static_cast<int>(RecoveryDialog::kUserLength));
-  email_->setMaxLength(static_cast<int>(RecoveryDialog::kEmailLength));
+  LimitTyped(*user_, RecoveryDialog::kUserLength);
+  LimitTyped(*email_, RecoveryDialog::kEmailLength);
   connect(user_, &QLineEdit::textChanged, this,
           [&dialog](const QString& text) { dialog.UserTyped(text.toStdString()); });
   connect(email_, &QLineEdit::textChanged, this,
@@ -31,6 +32,7 @@ RecoveryWindow::RecoveryWindow(const Kit& kit, RecoveryDialog& dialog, QWidget* 
   connect(ok_, &QPushButton::clicked, this, [&dialog] { dialog.Ok(); });
   connect(&Child<QPushButton>(*this, "recoveryCancel"), &QPushButton::clicked, this,
           [&dialog] { dialog.Cancel(); });
+  user_->setFocus();
   dialog.SetView(this);
 }
 

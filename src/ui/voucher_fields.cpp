@@ -28,12 +28,15 @@ QString DigitsOf(const QString& text) {
 class VoucherValidator : public QValidator {
  public:
   VoucherValidator(QLineEdit& field, std::function<void(QString)> pasted)
-      : QValidator(&field), field_(field), pasted_(std::move(pasted)) {}
+      : QValidator(&field), field_(field), pasted_(std::move(pasted)) {
+    connect(&field, &QLineEdit::textChanged, this,
+            [this](const QString& text) { held_ = text.size(); });
+  }
 
   State validate(QString& text, int&) const override {
     if (OptionsPage::AcceptsVoucher(text.toStdString())) return Acceptable;
     // Once the field is done with refusing the text.
-    if (text.size() > field_.text().size() + 1)
+    if (text.size() > held_ + 1)
       QTimer::singleShot(0, &field_, [this, text] { pasted_(DigitsOf(text)); });
     return Invalid;
   }
@@ -41,6 +44,7 @@ class VoucherValidator : public QValidator {
  private:
   QLineEdit& field_;
   const std::function<void(QString)> pasted_;
+  qsizetype held_ = 0;  // characters; while asked, the field holds the text in question already
 };
 
 }  // namespace

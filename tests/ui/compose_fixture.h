@@ -1,29 +1,19 @@
 #pragma once
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QTest>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "app/startup/program.h"
 #include "messages/outbox_caption.h"
-#include "platform/resource_container.h"
-#include "support/fake_clock.h"
-#include "support/fake_component.h"
-#include "support/recording_mailbox.h"
-#include "support/scripted_message_boxes.h"
-#include "support/temporary_folder.h"
 #include "ui/compose_area.h"
-#include "ui/form_loader.h"
-#include "ui/images.h"
-#include "ui/scripted_file_dialogs.h"
+#include "ui/window_fixture.h"
 
 namespace orvalo::test {
 
 // The compose page in front of a whole program, whose gateway is scripted.
-class ComposeWindowTest : public testing::Test {
+class ComposeWindowTest : public WindowTest {
  protected:
   struct SampleBook : AddressBookSource {
     bool Walk(AddressBookKind, AddressTree& tree) override {
@@ -39,34 +29,21 @@ class ComposeWindowTest : public testing::Test {
     int updates = 0;
   };
 
-  ComposeWindowTest() { fake_.Register(registry_); }
-
   // Runs `test` in a program with the page shown and active.
   void OnPage(const std::function<void()>& test) {
-    Program::Options options;
-    options.data_folder = folder_.path();
-    options.enter_data_folder = false;
-    const auto result = Program(boxes_, clock_, registry_).Run(options, [&](Program& program) {
-      program_ = &program;
-      program.GetNotices().SetMainWindow(&main_window_);
+    RunProgram([&](Program& program) {
       program.GetSettings().SetFlag(FlagSetting::kWorkingOnLine, false);
       if (prepare_) prepare_();
       ui::ComposeArea area(program, kit_, caption_, &book_);
       area_ = &area;
-      area.Window().resize(904, 510);
-      area.Window().show();
-      area.Window().activateWindow();
-      EXPECT_TRUE(QTest::qWaitForWindowActive(&area.Window()));
+      ShowActive(area.Window());
       for (QAction* action : forms_.LoadAccelerators(128, area.Window())) {
         QObject::connect(action, &QAction::triggered, &area.Window(), [&area, action] {
           area.Window().Run(static_cast<ShellCommand>(action->data().toInt()));
         });
       }
       test();
-      program.GetNotices().SetMainWindow(nullptr);
-      return 0;
     });
-    EXPECT_EQ(result.reason, "");
   }
   template <typename Control>
   Control& Get(const char* name) {
@@ -91,21 +68,9 @@ class ComposeWindowTest : public testing::Test {
     return rows;
   }
 
-  TemporaryFolder folder_;
-  FakeClock clock_;
-  ScriptedMessageBoxes boxes_;
-  FakeGateway fake_;
-  platform::ClassRegistry registry_;
-  RecordingMailbox main_window_;
   CountingCaption caption_;
   SampleBook book_;
-  ScriptedFileDialogs files_;
-  ui::FormLoader forms_{platform::ResourceContainer::BuiltIn()};
-  ui::Images images_{platform::ResourceContainer::BuiltIn()};
-  Texts texts_;
-  ui::Kit kit_{forms_, images_, texts_, files_};
   std::function<void()> prepare_;  // with the program there, before the page is
-  Program* program_ = nullptr;
   ui::ComposeArea* area_ = nullptr;
 };
 
