@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "cli/account_commands.h"
+#include "cli/addressbook_command.h"
 #include "cli/contact_commands.h"
 #include "cli/group_commands.h"
 #include "cli/init_command.h"
@@ -48,6 +49,7 @@ CommandTree::CommandTree(CLI::App& root) {
   Add(contacts, std::make_unique<ContactDeleteCommand>());
   Add(root, std::make_unique<ImportCommand>());
   Add(root, std::make_unique<ExportCommand>());
+  Add(root, std::make_unique<AddressBookCommand>());
   Add(root, std::make_unique<SettingsCommand>());
 }
 

@@ -13,6 +13,10 @@ bool ExternalAddressBook::WouldLoad(bool force) const {
   return source_ != nullptr && (force || !loaded_ || in_memory_ != Chosen());
 }
 
+std::vector<std::string> ExternalAddressBook::Problems() const {
+  return source_ == nullptr ? std::vector<std::string>() : source_->Problems();
+}
+
 void ExternalAddressBook::LoadExternalAddressBook(bool force) {
   if (!WouldLoad(force)) return;
   const AddressBookKind kind = Chosen();

@@ -1,4 +1,7 @@
 #pragma once
+#include <string>
+#include <vector>
+
 #include "contacts/address_tree.h"
 
 namespace orvalo {
@@ -17,6 +20,11 @@ class AddressBookSource {
   // read from (the source has told the operator what is worth telling); what was read stays. May
   // throw: the caller then reports that the search failed.
   virtual bool Walk(AddressBookKind kind, AddressTree& tree) = 0;
+  // What the last walk could not read, in words, for logs and terminals.
+  virtual const std::vector<std::string>& Problems() const {
+    static const std::vector<std::string> none;
+    return none;
+  }
 };
 
 // The external address book of the process: its tree, and when to read it anew. Owned by start-up;
@@ -36,6 +44,9 @@ class ExternalAddressBook {
   bool WouldLoad(bool force) const;
   // Whether a load has succeeded since the program started.
   bool IsLoaded() const { return loaded_; }
+
+  // What the last load could not read, in words; for terminals.
+  std::vector<std::string> Problems() const;
 
   AddressTree& tree() { return tree_; }
   const AddressTree& tree() const { return tree_; }

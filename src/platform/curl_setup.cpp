@@ -1,11 +1,9 @@
 #include "platform/curl_setup.h"
 
-#include <signal.h>
-
-#include <csignal>
 #include <mutex>
 #include <utility>
 
+#include "platform/broken_pipe.h"
 #include "platform/collation.h"
 
 namespace orvalo::platform {
@@ -14,12 +12,7 @@ CURL* OpenEasyHandle() {
   static std::once_flag initialized;
   std::call_once(initialized, [] {
     curl_global_init(CURL_GLOBAL_DEFAULT);
-    // A TLS connection that the other side has closed would end the process at the next write:
-    // libcurl, told to use no signals, leaves this one to its user.
-    struct sigaction present {};
-    if (sigaction(SIGPIPE, nullptr, &present) == 0 && present.sa_handler == SIG_DFL) {
-      std::signal(SIGPIPE, SIG_IGN);
-    }
+    SurviveBrokenPipes();  // libcurl, told to use no signals, leaves TLS connections to its user
   });
   return curl_easy_init();
 }

@@ -6,6 +6,7 @@
 
 #include "platform/code_page.h"
 #include "platform/collation.h"
+#include "platform/config_lines.h"
 #include "platform/file.h"
 
 namespace orvalo::platform {
@@ -13,57 +14,46 @@ namespace {
 
 constexpr std::size_t kLongestValue = 259;              // bytes
 constexpr std::uint64_t kLargestConfigFile = 1u << 20;  // bytes
-constexpr std::string_view kConfigFile = "/Corvane/Orvalo3.conf";
+constexpr std::string_view kVendorFolder = "/Corvane/";
 
 std::string EnvironmentValue(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;
 }
 
-std::vector<std::string> StandardFiles() {
-  std::vector<std::string> files;
-  std::string user = EnvironmentValue("XDG_CONFIG_HOME");
-  if (!user.starts_with('/')) {  // a relative folder would depend on where the program stands
-    user = EnvironmentValue("HOME");
-    if (!user.empty()) user += "/.config";
-  }
-  if (!user.empty()) files.push_back(user.append(kConfigFile));
-  files.push_back(std::string("/etc/xdg").append(kConfigFile));
-  return files;
-}
-
-std::string_view WithoutBlanks(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\v\f";
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-// The value that one line gives to `name`, if it does.
-std::optional<std::string_view> ValueInLine(std::string_view line, std::string_view name) {
-  line = WithoutBlanks(line);
-  if (line.empty() || line[0] == '#' || line[0] == ';' || line[0] == '[') return std::nullopt;
-  const auto equals = line.find('=');
-  if (equals == std::string_view::npos) return std::nullopt;
-  if (!EqualNoCaseAscii(WithoutBlanks(line.substr(0, equals)), name)) return std::nullopt;
-  return WithoutBlanks(line.substr(equals + 1));
-}
-
 std::optional<std::string_view> ValueInText(std::string_view text, std::string_view name) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  while (!text.empty()) {
-    const auto end = text.find('\n');
-    if (const auto value = ValueInLine(text.substr(0, end), name)) return value;
-    if (end == std::string_view::npos) break;
-    text.remove_prefix(end + 1);
-  }
-  return std::nullopt;
+  std::optional<std::string_view> value;
+  ReadConfigLines(text, [&](const ConfigLine& line) {
+    if (line.kind == ConfigLine::Kind::kValue && EqualNoCaseAscii(line.name, name))
+      value = line.value;
+    return !value;
+  });
+  return value;
+}
+
+// The folder that a variable names, else the one below the user's home; empty without either. A
+// relative one would depend on where the program stands.
+std::string UserFolder(const char* variable, const char* below_home) {
+  std::string folder = EnvironmentValue(variable);
+  if (folder.starts_with('/')) return folder;
+  folder = EnvironmentValue("HOME");
+  return folder.empty() ? folder : folder + below_home;
 }
 
 }  // namespace
 
-MachineConfig::MachineConfig() : MachineConfig(StandardFiles()) {}
+std::vector<std::string> ConfigFiles(std::string_view name) {
+  std::vector<std::string> files;
+  const std::string user = UserFolder("XDG_CONFIG_HOME", "/.config");
+  if (!user.empty()) files.push_back(user);
+  files.emplace_back("/etc/xdg");
+  for (std::string& file : files) file.append(kVendorFolder).append(name);
+  return files;
+}
+
+std::string UserDataFolder() { return UserFolder("XDG_DATA_HOME", "/.local/share"); }
+
+MachineConfig::MachineConfig() : MachineConfig(ConfigFiles("Orvalo3.conf")) {}
 
 MachineConfig::MachineConfig(std::vector<std::string> files) : files_(std::move(files)) {}
 

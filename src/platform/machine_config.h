@@ -5,15 +5,22 @@
 
 namespace orvalo::platform {
 
+// Where a configuration file of that name may stand, in the order of precedence: the user's
+// ($XDG_CONFIG_HOME or ~/.config)/Corvane/, then the machine's /etc/xdg/Corvane/.
+std::vector<std::string> ConfigFiles(std::string_view name);
+
+// The user's folder for the data of programs: $XDG_DATA_HOME or ~/.local/share; empty when there is
+// no home.
+std::string UserDataFolder();
+
 // The per-machine configuration: the vendor's key "Corvane/Orvalo3" as a small file of "Name=value"
 // lines ('#' and ';' start comment lines, "[section]" lines are ignored, blanks around name and
 // value are dropped). Names compare without regard to ASCII case; the first line with the name
 // counts, even when its value is empty.
 //
-// Read from, first match wins: the user's file ($XDG_CONFIG_HOME or
-// ~/.config)/Corvane/Orvalo3.conf, then the machine's /etc/xdg/Corvane/Orvalo3.conf. Values are cut
-// at 259 bytes, never inside a character. A file that cannot be read, or is larger than 1 MiB,
-// counts as empty. Any thread; reads the files anew at every call.
+// Read from ConfigFiles("Orvalo3.conf"), first match wins. Values are cut at 259 bytes, never
+// inside a character. A file that cannot be read, or is larger than 1 MiB, counts as empty. Any
+// thread; reads the files anew at every call.
 class MachineConfig {
  public:
   MachineConfig();                                         // the two standard files

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/settings.h"
+#include "contacts/address_walk.h"
 #include "contacts/external_address_book.h"
 
 namespace orvalo::test {
@@ -80,6 +81,28 @@ TEST(AddressTreeTest, DepthCostsNoStack) {
   tree.Select(AddressTree::kRoot, true);
   EXPECT_EQ(tree.SelectedCount(), 1u);
   EXPECT_EQ(tree.Depth(tree.ChainHead()), 100'001);
+}
+
+// Every list holds two more and a person: a tree without end.
+struct EndlessBook : platform::AddressBook {
+  std::vector<HierarchyRow> Hierarchy(EntryId) override { return {}; }
+  std::vector<ContentsRow> Contents(EntryId list) override {
+    return {{Kind::kDistributionList, list * 2 + 1, "l", ""},
+            {Kind::kMailUser, kNoEntry, "\xFFn\n", "5"},
+            {Kind::kDistributionList, list * 2 + 2, "r", ""}};
+  }
+  std::vector<std::string> Problems() const override { return {}; }
+};
+
+TEST(AddressWalkTest, EndsWhateverTheBookSays) {
+  EndlessBook book;
+  AddressTree tree;
+  AddressWalk walk(book, tree, 1000);
+  walk.Walk();
+  EXPECT_TRUE(walk.WasCut());
+  tree.PruneAndChain();
+  EXPECT_GT(tree.EntryCount(), 100u);
+  EXPECT_EQ(tree.Name(tree.ChainHead()), "\uFFFDn");
 }
 
 struct ScriptedSource : AddressBookSource {

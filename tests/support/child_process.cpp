@@ -36,6 +36,13 @@ void ChildProcess::Signal(int signal) const {
   if (process_ > 0) kill(process_, signal);
 }
 
+bool ChildProcess::IsRunning() const {
+  siginfo_t ended{};
+  return process_ > 0 &&
+         waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+         ended.si_pid == 0;
+}
+
 int ChildProcess::Wait() {
   int status = 0;
   const int process = process_;

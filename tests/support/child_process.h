@@ -16,6 +16,7 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   void Signal(int signal) const;
+  bool IsRunning() const;  // it has not ended yet
   int Wait();  // for its end; the exit status, or -1 when a signal ended it or it never began
 
  private:

@@ -52,5 +52,7 @@ class RawServer {
 
 // A loopback port on which nobody listens.
 int UnusedPort();
+// A socket that is connected to a loopback port; -1 when nobody listens there.
+int ConnectLoopback(int port);
 
 }  // namespace orvalo::test

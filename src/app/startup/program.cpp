@@ -74,6 +74,10 @@ void Program::OpenObjects(const Options& options) {
     database_->AttachLog(log_.get());
   }
   ChooseTexts();
+  outside_address_books_ = std::make_unique<OutsideAddressBooks>(
+      settings_, texts_, boxes_, log_.get(), OutsideAddressBooks::PlacesOf(data_folder_));
+  external_address_book_ =
+      std::make_unique<ExternalAddressBook>(settings_, outside_address_books_.get());
 }
 
 void Program::ChooseTexts() {
@@ -103,6 +107,7 @@ void Program::Guarded(const Options& options, const Launcher& launcher, Result* 
 void Program::Launch(const Options& options, const Launcher& launcher, Result* result) {
   status_names_.LoadFrom(texts_);
   type_names_.LoadFrom(texts_);
+  OutsideAddressBooks::EnsureMapiRouting(false);
   if (options.with_gateway && !ConnectGateway(options, result)) return;
   if (!database_->IsUsable()) {
     boxes_.Show(texts_.Load(1361), texts_.Load(1360), platform::BoxIcon::kStop);
@@ -113,6 +118,7 @@ void Program::Launch(const Options& options, const Launcher& launcher, Result* r
     result->exit_code = launcher(*this);
   }
   StopEngine();
+  outside_address_books_->CloseAddressBookSession();
   if (!look_only_) settings_.Save(*data_file_);
 }
 
@@ -159,6 +165,8 @@ void Program::StopEngine() {
 void Program::Close() {
   engine_.reset();
   account_.reset();
+  external_address_book_.reset();
+  outside_address_books_.reset();
   if (database_ != nullptr) database_->AttachLog(nullptr);
   database_.reset();
   data_file_.reset();

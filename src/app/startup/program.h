@@ -7,6 +7,8 @@
 #include "app/log_file.h"
 #include "app/settings.h"
 #include "app/texts.h"
+#include "contacts/external_address_book.h"
+#include "contacts/outside_address_books.h"
 #include "gateway/account.h"
 #include "gateway/engine_notices.h"
 #include "gateway/gateway_client.h"
@@ -25,8 +27,9 @@ namespace orvalo {
 // it on through constructors.
 //
 // A run creates them in a fixed order (lock, data folder, data file, settings, database, log,
-// texts, gateway client), calls the launcher, and takes them down in the reverse order: engine,
-// settings saved, database committed, data file, log, lock. Everything happens on the main thread.
+// texts, address books, gateway client), calls the launcher, and takes them down in the reverse
+// order: engine, address-book session, settings saved, database committed, data file, log, lock.
+// Everything happens on the main thread.
 class Program {
  public:
   struct Options {
@@ -78,6 +81,7 @@ class Program {
     return language_ != nullptr ? *language_ : platform::ResourceContainer::BuiltIn();
   }
   const Texts& GetTexts() const { return texts_; }
+  ExternalAddressBook& GetExternalAddressBook() { return *external_address_book_; }
   const SmsStatusNames& GetStatusNames() const { return status_names_; }
   const MessageTypeNames& GetTypeNames() const { return type_names_; }
   platform::MessageBoxes& GetMessageBoxes() { return boxes_; }
@@ -115,6 +119,8 @@ class Program {
   std::unique_ptr<SmsDatabase> database_;
   std::unique_ptr<LogFile> log_;
   std::unique_ptr<platform::ResourceContainer> language_;
+  std::unique_ptr<OutsideAddressBooks> outside_address_books_;
+  std::unique_ptr<ExternalAddressBook> external_address_book_;
   SmsStatusNames status_names_;
   MessageTypeNames type_names_;
   std::unique_ptr<GatewayClient> gateway_;
