@@ -7,12 +7,11 @@
 namespace orvalo::ui {
 
 ComposeArea::ComposeArea(Program& program, const Kit& kit, OutboxCaption& outbox,
-                         AddressBookSource* source)
+                         ExternalAddressBook& external)
     : program_(program),
       kit_(kit),
       services_(program.GetEngine(), program.GetAccount()),
       recent_(program.GetSettings()),
-      external_(program.GetSettings(), source),
       window_(new ComposeWindow(
           kit,
           {.boxes = program.GetMessageBoxes(),
@@ -20,7 +19,7 @@ ComposeArea::ComposeArea(Program& program, const Kit& kit, OutboxCaption& outbox
            .ask_schedule = [this](QWidget& owner) { return AskSchedule(owner); },
            .request_balance = [&program] { program.GetNotices().ToMainWindow(kWmBalance); }})) {
   recipients_.emplace(RecipientSelection::Parts{program.GetDatabase(), program.GetSettings(),
-                                                recent_, external_, program.GetTexts(),
+                                                recent_, external, program.GetTexts(),
                                                 program.GetMessageBoxes(), window_->Recipients()});
   page_.emplace(ComposePage::Parts{program.GetDatabase(), program.GetSettings(), program.GetTexts(),
                                    program.GetTypeNames(), program.GetMessageBoxes(), services_,

@@ -18,14 +18,14 @@ class Program;
 
 namespace orvalo::ui {
 
-// The compose page put together: its logic and its window. Owned by Desktop; main thread. The window may be given to a parent; it
-// goes with the area or with that parent, whichever goes first.
+// The compose page put together: its logic and its window. Owned by Desktop; main thread. The
+// window may be given to a parent; it goes with the area or with that parent, whichever goes first.
 class ComposeArea {
  public:
-  // `outbox` is told when messages were queued; `source` is where external entries come from, and
-  // may be null. Both must outlive the area, as must the program and the kit. Throws FormError.
+  // `outbox` is told when messages were queued; `external` is offered in the recipient tree. Both
+  // must outlive the area, as must the program and the kit. Throws FormError.
   ComposeArea(Program& program, const Kit& kit, OutboxCaption& outbox,
-              AddressBookSource* source = nullptr);
+              ExternalAddressBook& external);
   ~ComposeArea();
   ComposeArea(const ComposeArea&) = delete;
   ComposeArea& operator=(const ComposeArea&) = delete;
@@ -43,7 +43,6 @@ class ComposeArea {
   const Kit& kit_;
   EngineServices services_;
   RecentList recent_;
-  ExternalAddressBook external_;
   QPointer<ComposeWindow> window_;
   std::optional<RecipientSelection> recipients_;  // these two speak to the window
   std::optional<ComposePage> page_;

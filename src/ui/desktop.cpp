@@ -33,7 +33,7 @@ Desktop::Desktop(Program& program, const Surroundings& around)
           program, kit_, around.clipboard, mailbox_,
           [this](const std::string& caption) { window_.SetTabCaption(ShellTab::kOutbox, caption); },
           [this] { return shell_.Page() == ShellPage::kOutbox; }),
-      compose_(program, kit_, outbox_.Page()),
+      compose_(program, kit_, outbox_.Page(), program.GetExternalAddressBook()),
       options_(program, kit_, around.shell, mailbox_, balances_),
       banner_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), mailbox_,
                program.DataFolder(), {}}),

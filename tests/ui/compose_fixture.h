@@ -34,7 +34,8 @@ class ComposeWindowTest : public WindowTest {
     RunProgram([&](Program& program) {
       program.GetSettings().SetFlag(FlagSetting::kWorkingOnLine, false);
       if (prepare_) prepare_();
-      ui::ComposeArea area(program, kit_, caption_, &book_);
+      ExternalAddressBook external(program.GetSettings(), &book_);
+      ui::ComposeArea area(program, kit_, caption_, external);
       area_ = &area;
       ShowActive(area.Window());
       for (QAction* action : forms_.LoadAccelerators(128, area.Window())) {
