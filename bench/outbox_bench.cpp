@@ -5,8 +5,6 @@
 #include <sqlite3.h>
 #include <unicode/ucol.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
@@ -16,26 +14,16 @@
 
 #include "app/texts.h"
 #include "messages/outbox_rows.h"
+#include "million_messages.h"
 #include "platform/clock.h"
 #include "store/sms_database.h"
 #include "support/temporary_folder.h"
+#include "timing.h"
 
 namespace orvalo {
 namespace {
 
 constexpr int kRounds = 5;
-
-constexpr const char* kFill = R"(
-WITH RECURSIVE Numbers(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM Numbers WHERE n < 1000000),
-  Mixed(n, a, b, c) AS (SELECT n, n * 7919 % 1000003, n * 104729 % 997, n * 15485863 % 991
-                        FROM Numbers)
-INSERT INTO SMS SELECT n, 1700000000 + a * 37, a % 18, 0, n, ',2782' || (1000000 + a),
-  char(65 + b % 26) || 'n' || char(97 + b / 26) || 'a ' || char(65 + c % 26) || 'e'
-    || char(97 + c / 26) || 'mark ' || a,
-  'Dear customer, your order ' || a || ' has left our house and will be with you on Friday.',
-  ',ID: 0123456789abcdef0123456789abcdef', 0, 'Orvalo', 0, 0, 0, '1.' || b % 10 FROM Mixed;
-CREATE INDEX BY_TIME ON SMS(Time);
-)";
 
 // The database's side: a connection of its own and the collation that ours uses.
 class BareOrder {
@@ -83,7 +71,7 @@ class BareOrder {
 // One file for all measurements, made when the first asks for it.
 struct Million {
   Million() {
-    bare.Execute(kFill);
+    bare.Execute(bench::kFillMessages);
     bare.Execute("ANALYZE; PRAGMA wal_checkpoint(TRUNCATE)");
   }
   static Million& Get() {
@@ -96,18 +84,6 @@ struct Million {
   BareOrder bare{folder.File("SMS.db")};
 };
 
-double SecondsFor(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double Median(std::vector<double>& seconds) {
-  const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
-  std::nth_element(seconds.begin(), middle, seconds.end());
-  return *middle;
-}
-
 // `prepare` comes before each of our turns and is not measured.
 void CompareOrders(benchmark::State& state, const std::function<void()>& prepare,
                    const std::function<void()>& ours, const std::string& order) {
@@ -115,14 +91,14 @@ void CompareOrders(benchmark::State& state, const std::function<void()>& prepare
   std::vector<double> bare_seconds;
   for (auto unused : state) {
     prepare();
-    our_seconds.push_back(SecondsFor(ours));
+    our_seconds.push_back(bench::SecondsFor(ours));
     state.SetIterationTime(our_seconds.back());
     bare_seconds.push_back(
-        SecondsFor([&] { benchmark::DoNotOptimize(Million::Get().bare.Ids(order)); }));
+        bench::SecondsFor([&] { benchmark::DoNotOptimize(Million::Get().bare.Ids(order)); }));
   }
-  state.counters["ours_ms"] = Median(our_seconds) * 1e3;
-  state.counters["bare_ms"] = Median(bare_seconds) * 1e3;
-  state.counters["ratio"] = Median(our_seconds) / Median(bare_seconds);
+  state.counters["ours_ms"] = bench::Median(our_seconds) * 1e3;
+  state.counters["bare_ms"] = bench::Median(bare_seconds) * 1e3;
+  state.counters["ratio"] = bench::Median(our_seconds) / bench::Median(bare_seconds);
 }
 
 void NumberOrder(benchmark::State& state) {

@@ -1,6 +1,7 @@
 #pragma once
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <functional>
 #include <vector>
 
@@ -10,6 +11,13 @@ inline double SecondsFor(const std::function<void()>& work) {
   const auto start = std::chrono::steady_clock::now();
   work();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Of processor time, all threads: for work that waits for nothing, on a machine that is shared.
+inline double CpuSecondsFor(const std::function<void()>& work) {
+  const std::clock_t start = std::clock();
+  work();
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
 inline double Median(std::vector<double>& seconds) {

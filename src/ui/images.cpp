@@ -24,28 +24,20 @@ QColor ColorOf(IconTint tint, QIcon::Mode mode, QIcon::State state) {
 
 constexpr std::size_t kMostDrawn = 16;  // sizes and colours of one picture that are kept
 
+}  // namespace
+
 // Draws an SVG picture anew for every size and colour, and keeps what it has drawn.
-class SvgIconEngine : public QIconEngine {
+class Images::Picture {
  public:
-  SvgIconEngine(QByteArray svg, IconTint tint) : svg_(std::move(svg)), tint_(tint) {}
+  explicit Picture(QByteArray svg) : svg_(std::move(svg)) {}
 
-  void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
-    const qreal scale = painter->device()->devicePixelRatioF();
-    QPixmap picture = pixmap((QSizeF(rect.size()) * scale).toSize(), mode, state);
-    picture.setDevicePixelRatio(scale);
-    painter->drawPixmap(rect, picture);
-  }
-
-  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-    const QColor color = ColorOf(tint_, mode, state);
+  const QPixmap& In(const QSize& size, const QColor& color) {
     const auto key = std::tuple(size.width(), size.height(), color.rgba());
     const auto known = drawn_.find(key);
     if (known != drawn_.end()) return known->second;
     if (drawn_.size() >= kMostDrawn) drawn_.clear();
     return drawn_[key] = Draw(size, color);
   }
-
-  QIconEngine* clone() const override { return new SvgIconEngine(svg_, tint_); }
 
  private:
   QPixmap Draw(const QSize& size, const QColor& color) const {
@@ -61,16 +53,50 @@ class SvgIconEngine : public QIconEngine {
   }
 
   const QByteArray svg_;
-  const IconTint tint_;
   std::map<std::tuple<int, int, QRgb>, QPixmap> drawn_;
+};
+
+namespace {
+
+// One picture in the colours that a tint stands for.
+template <typename Picture>
+class SvgIconEngine : public QIconEngine {
+ public:
+  SvgIconEngine(std::shared_ptr<Picture> picture, IconTint tint)
+      : picture_(std::move(picture)), tint_(tint) {}
+
+  void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
+    const qreal scale = painter->device()->devicePixelRatioF();
+    QPixmap picture = pixmap((QSizeF(rect.size()) * scale).toSize(), mode, state);
+    picture.setDevicePixelRatio(scale);
+    painter->drawPixmap(rect, picture);
+  }
+
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    return picture_->In(size, ColorOf(tint_, mode, state));
+  }
+
+  QIconEngine* clone() const override { return new SvgIconEngine(picture_, tint_); }
+
+ private:
+  const std::shared_ptr<Picture> picture_;
+  const IconTint tint_;
 };
 
 }  // namespace
 
+Images::Images(const platform::ResourceContainer& container) : container_(container) {}
+
+Images::~Images() = default;
+
 QIcon Images::Icon(const std::string& name, IconTint tint) const {
-  const auto bytes = container_.Read("images/" + name + ".svg");
-  if (!bytes) return {};
-  return QIcon(new SvgIconEngine(QByteArray::fromStdString(*bytes), tint));
+  std::shared_ptr<Picture>& picture = pictures_[name];
+  if (picture == nullptr) {
+    const auto bytes = container_.Read("images/" + name + ".svg");
+    if (!bytes) return {};
+    picture = std::make_shared<Picture>(QByteArray::fromStdString(*bytes));
+  }
+  return QIcon(new SvgIconEngine<Picture>(picture, tint));
 }
 
 QPixmap Images::Pixmap(const std::string& name, QSize size, qreal scale, IconTint tint) const {

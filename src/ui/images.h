@@ -2,6 +2,8 @@
 #include <QIcon>
 #include <QPixmap>
 #include <QSize>
+#include <map>
+#include <memory>
 #include <string>
 
 #include "platform/resource_container.h"
@@ -25,7 +27,10 @@ inline std::string StatusIconName(int status) { return "status/" + std::to_strin
 // or does not parse is empty.
 class Images {
  public:
-  explicit Images(const platform::ResourceContainer& container) : container_(container) {}
+  explicit Images(const platform::ResourceContainer& container);
+  ~Images();
+  Images(const Images&) = delete;
+  Images& operator=(const Images&) = delete;
 
   // "images/<name>.svg".
   QIcon Icon(const std::string& name, IconTint tint = IconTint::kText) const;
@@ -33,7 +38,11 @@ class Images {
                  IconTint tint = IconTint::kText) const;
 
  private:
+  class Picture;
+
   const platform::ResourceContainer& container_;
+  // What has been asked for, with what was drawn of it: windows share their icons.
+  mutable std::map<std::string, std::shared_ptr<Picture>> pictures_;
 };
 
 }  // namespace orvalo::ui

@@ -15,6 +15,7 @@
 #include "app/texts.h"
 #include "ui/form_loader.h"
 #include "ui/images.h"
+#include "ui/outbox_delegate.h"
 #include "ui/outbox_header.h"
 
 namespace orvalo::ui {
@@ -26,40 +27,14 @@ constexpr int kMenu = 213;
 constexpr int kEmptyTitleId = 2150;
 constexpr int kEmptyTextId = 2151;
 
-constexpr int kIconSize = 16;
 constexpr int kEmptyIconSize = 48;
-constexpr int kCellSpace = 28;  // around and between an icon and its text
+constexpr int kMenuInset = 16;  // of the menu that a key opens, from the list's edge
 constexpr int kLineSpace = 10;  // above and below a line's text
 constexpr int kLeastColumn = 32;
+constexpr int kGridLine = 1;
 
 // The widest time of string 1033.
 QString WidestTime() { return QStringLiteral("00/00/0000 00:00"); }
-
-// What stands in the list while it has no line.
-QWidget* MakeEmptyNotice(const Kit& kit, QWidget& viewport) {
-  auto* notice = new QWidget(&viewport);
-  notice->setObjectName(QStringLiteral("outboxEmpty"));
-  notice->setAttribute(Qt::WA_TransparentForMouseEvents);
-  auto* lines = new QVBoxLayout(notice);
-  lines->addStretch();
-  const auto add = [&](QLabel* label, const char* role) {
-    label->setAlignment(Qt::AlignCenter);
-    label->setWordWrap(true);
-    label->setTextFormat(Qt::PlainText);
-    label->setProperty("role", QString::fromLatin1(role));
-    lines->addWidget(label);
-  };
-  auto* picture = new QLabel;
-  picture->setPixmap(kit.images.Pixmap("outbox-empty", {kEmptyIconSize, kEmptyIconSize},
-                                       viewport.devicePixelRatioF(), IconTint::kMuted));
-  add(picture, "muted");
-  add(new QLabel(Qt8(kit.texts.Load(kEmptyTitleId))), "heading");
-  add(new QLabel(Qt8(kit.texts.Load(kEmptyTextId))), "muted");
-  lines->addStretch();
-  auto* fill = new QVBoxLayout(&viewport);
-  fill->addWidget(notice);
-  return notice;
-}
 
 }  // namespace
 
@@ -102,8 +77,11 @@ void OutboxWindowPage::WireList() {
   list_->setHorizontalHeader(header);
   list_->verticalHeader()->hide();
   list_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-  empty_ = MakeEmptyNotice(kit_, *list_->viewport());
+  MakeEmptyNotice();
+  list_->setItemDelegate(new OutboxDelegate(list_));
   list_->setModel(&model_);
+  // The headers do not show what is selected; for that they would walk all lines in every drawing.
+  header->setSelectionModel(new QItemSelectionModel(&model_, header));
   SizeColumns();
   setTabOrder(&Child<QPushButton>(*this, "outboxHelp"), header);
   setTabOrder(header, list_);
@@ -117,23 +95,54 @@ void OutboxWindowPage::WireList() {
           &OutboxWindowPage::TakeSelection);
 }
 
+void OutboxWindowPage::MakeEmptyNotice() {
+  empty_ = new QWidget;
+  empty_->setObjectName(QStringLiteral("outboxEmpty"));
+  empty_->setAttribute(Qt::WA_TransparentForMouseEvents);
+  auto* lines = new QVBoxLayout(empty_);
+  lines->addStretch();
+  const auto add = [&](const QString& text, const char* role) {
+    auto* label = new QLabel(text);
+    label->setAlignment(Qt::AlignCenter);
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+    label->setProperty("role", QString::fromLatin1(role));
+    lines->addWidget(label);
+    return label;
+  };
+  empty_picture_ = add(QString(), "muted");
+  add(Qt8(kit_.texts.Load(kEmptyTitleId)), "heading");
+  add(Qt8(kit_.texts.Load(kEmptyTextId)), "muted");
+  lines->addStretch();
+  auto* fill = new QVBoxLayout(list_->viewport());
+  fill->addWidget(empty_);
+}
+
+void OutboxWindowPage::DrawEmptyPicture() {
+  empty_picture_->setPixmap(kit_.images.Pixmap("outbox-empty", {kEmptyIconSize, kEmptyIconSize},
+                                               devicePixelRatioF(), IconTint::kMuted));
+}
+
 // The widths that the columns have are for a small font; they grow with the text so that a time is
 // never cut. The last column has what is left.
 void OutboxWindowPage::SizeColumns() {
   const QFontMetrics metrics(list_->font());
-  const int time = metrics.horizontalAdvance(WidestTime()) + kIconSize + kCellSpace;
+  const int time = metrics.horizontalAdvance(WidestTime()) + OutboxDelegate::kIconSize +
+                   OutboxDelegate::kIconGap + 2 * OutboxDelegate::kMargin + kGridLine;
   const double scale = std::max(1.0, static_cast<double>(time) / kOutboxHeaders[0].width);
   for (int column = 0; column < kOutboxColumnCount - 1; ++column) {
     const double width = kOutboxHeaders[static_cast<std::size_t>(column)].width * scale;
     list_->setColumnWidth(column, static_cast<int>(width + 0.5));
   }
-  list_->verticalHeader()->setDefaultSectionSize(std::max(metrics.height(), kIconSize) +
-                                                 kLineSpace);
+  list_->verticalHeader()->setDefaultSectionSize(
+      std::max(metrics.height(), OutboxDelegate::kIconSize) + kLineSpace);
 }
 
 void OutboxWindowPage::changeEvent(QEvent* event) {
   QWidget::changeEvent(event);
-  if (event->type() == QEvent::FontChange && list_ != nullptr) SizeColumns();
+  if (empty_ == nullptr) return;  // not made yet
+  if (event->type() == QEvent::FontChange) SizeColumns();
+  if (event->type() == QEvent::PaletteChange && !empty_->isHidden()) DrawEmptyPicture();
 }
 
 void OutboxWindowPage::SetRowCount(std::size_t rows) {
@@ -141,6 +150,7 @@ void OutboxWindowPage::SetRowCount(std::size_t rows) {
   model_.SetRowCount(rows);
   showing_selection_ = before;
   empty_->setVisible(rows == 0);
+  if (rows == 0) DrawEmptyPicture();
 }
 
 void OutboxWindowPage::Redraw() {
@@ -238,7 +248,7 @@ void OutboxWindowPage::OpenMenuByKey() {
   if (current.isValid()) list_->scrollTo(current);
   const QRect cell = current.isValid() ? list_->visualRect(current) : QRect();
   ShowMenu(current.isValid() ? current.row() : -1,
-           list_->viewport()->mapToGlobal(QPoint(kCellSpace, cell.bottom() + 1)));
+           list_->viewport()->mapToGlobal(QPoint(kMenuInset, cell.bottom() + 1)));
 }
 
 void OutboxWindowPage::ShowMenu(std::int64_t position, const QPoint& global) {

@@ -58,6 +58,8 @@ class OutboxWindowPage : public QWidget, public OutboxWindow {
 
   void WireButtons();
   void WireList();
+  void MakeEmptyNotice();
+  void DrawEmptyPicture();
   void MakeMenu();
   void SizeColumns();
   void TakeSelection(const QItemSelection& selected, const QItemSelection& deselected);
@@ -72,6 +74,7 @@ class OutboxWindowPage : public QWidget, public OutboxWindow {
   QTableView* list_ = nullptr;
   QLabel* status_ = nullptr;
   QWidget* empty_ = nullptr;  // stands in the list while there is no message
+  QLabel* empty_picture_ = nullptr;
   std::unique_ptr<QMenu> menu_;
   bool showing_selection_ = false;
 };
