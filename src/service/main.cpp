@@ -103,7 +103,8 @@ int Serve(ServeOptions options, platform::Clock& clock) {
   const auto port = std::to_string(service.port());
   const auto operations_port = std::to_string(service.operations_port());
   if (!options.port_file.empty() &&
-      !platform::ReplaceFile(options.port_file, port + "\n" + operations_port + "\n")) {
+      !(platform::ReplaceFile(options.port_file + ".operations", operations_port + "\n") &&
+        platform::ReplaceFile(options.port_file, port + "\n"))) {
     throw std::runtime_error("the file " + options.port_file + " cannot be written");
   }
   const bool v6 = service_options.http.address.find(':') != std::string::npos;

@@ -21,9 +21,8 @@ GatewayProgram::GatewayProgram(const std::string& folder, const std::vector<std:
   process_ = std::make_unique<ChildProcess>(std::move(words), folder + "/out", folder + "/err");
   const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (port_ == 0 && std::chrono::steady_clock::now() < give_up) {
-    const auto ports = Slurp(port_file);
-    port_ = std::atoi(ports.c_str());
-    operations_port_ = std::atoi(ports.c_str() + std::min(ports.find('\n'), ports.size()));
+    port_ = std::atoi(Slurp(port_file).c_str());
+    operations_port_ = std::atoi(Slurp(port_file + ".operations").c_str());
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
 }
