@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that are missing here; does nothing, and asks for nothing, when all are there.
-# Usage: packages.sh [build|test|lint]...   (default: build)
+# Usage: packages.sh [build|test|package|lint]...   (default: build)
 set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev
@@ -10,6 +10,7 @@ build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev
 test=(libgtest-dev libgmock-dev libbenchmark-dev sqlite3 openssl kannel xvfb xauth openbox dbus dbus-x11 at-spi2-core
       libatspi2.0-dev tinyproxy-bin libglib2.0-bin gsettings-desktop-schemas chromium chromium-driver
       slapd ldap-utils)
+package=(dpkg-dev file)
 lint=(clang-format clang-tidy clang libclang-rt-14-dev git python3)
 
 wanted=()
@@ -17,6 +18,7 @@ for set in "${@:-build}"; do
   case "$set" in
     build) wanted+=("${build[@]}") ;;
     test) wanted+=("${test[@]}") ;;
+    package) wanted+=("${package[@]}") ;;
     lint) wanted+=("${lint[@]}") ;;
     *) echo "packages.sh: no package set '$set'" >&2; exit 2 ;;
   esac

@@ -16,6 +16,7 @@ class InitCommand : public Command {
  private:
   std::string gateway_;
   std::string client_id_;
+  bool plain_http_ = false;
 };
 
 }  // namespace orvalo::cli

@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "app/startup/program.h"
+#include "cli/gateway_address.h"
 #include "cli/json_output.h"
 #include "cli/setting_access.h"
 #include "cli/table.h"
@@ -85,8 +86,10 @@ ExitCode SettingsCommand::Execute(Context& context) {
 }
 
 void SettingsCommand::Change(Context& context, const SettingInfo& setting) const {
-  WriteSetting(context.program, setting,
-               setting.secret ? secret_.Read(context, std::string(setting.key) + ": ") : value_);
+  std::string value =
+      setting.secret ? secret_.Read(context, std::string(setting.key) + ": ") : value_;
+  if (setting.key == "COMBaseURL") value = GatewayAddress(value, false);
+  WriteSetting(context.program, setting, value);
 }
 
 }  // namespace orvalo::cli

@@ -37,6 +37,16 @@ TEST_F(CommandsTest, OnlyInitMakesADataFolder) {
   EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
   EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://127.0.0.1:1/");
   EXPECT_EQ(StoredSetting(folder(), "voucher_url"), "http://127.0.0.1:1/account");
+  for (const std::string open : {"http://sms.example.org", "HTTP://127.0.0.1.example.org",
+                                 "http://localhost@example.org", "http://[::2]/"}) {
+    EXPECT_THAT(Run({"init", "--gateway", open}), EndsWith(1)) << open;
+    EXPECT_THAT(Run({"settings", "COMBaseURL", open}), EndsWith(1)) << open;
+  }
+  EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://127.0.0.1:1/");
+  EXPECT_THAT(Run({"init", "--gateway", "http://10.0.0.1", "--plain-http"}), EndsWith(0));
+  EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://10.0.0.1");
+  EXPECT_THAT(Run({"init", "--gateway", "sms.example.org:8443"}), EndsWith(0));
+  EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "https://sms.example.org:8443");
   EXPECT_THAT(Run({"init"}), EndsWith(0)) << "a second time changes nothing";
   EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
   EXPECT_THAT(Json({"outbox"}).All(), testing::IsEmpty());

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Builds the Debian package and prints its path.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/packages.sh build package >&2
+scripts/build.sh package
+cd build/package
+rm -f ./*.deb
+cpack -G DEB >cpack.log || { cat cpack.log >&2; exit 1; }
+echo "$PWD"/*.deb
