@@ -213,6 +213,7 @@ void ComposeWindow::ShowInputs(std::uint32_t mask) {
   for (const InsertButton& insert : kInsertButtons) {
     Child<QPushButton>(*this, insert.name).setEnabled((mask & insert.input) != 0);
   }
+  text_.SetVisible(text);
   Child<QWidget>(*this, "textInputs").setVisible(text);
   Child<QWidget>(*this, "fileInputs").setVisible((mask & (kPathField | kPicturePreview)) != 0);
   form_.path.setVisible((mask & kPathField) != 0);

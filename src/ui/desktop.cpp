@@ -94,29 +94,7 @@ void Desktop::OpenProxySettings() {
   options_.OpenProxySettings(&window_);
 }
 
-void Desktop::RunComposeCommand(ShellCommand command) {
-  Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this, command] {
-    switch (command) {
-      case ShellCommand::kComposeKey:
-        compose_.Page().Send();
-        break;
-      case ShellCommand::kCopy:
-        compose_.Page().Edit(EditCommand::kCopy);
-        break;
-      case ShellCommand::kCut:
-        compose_.Page().Edit(EditCommand::kCut);
-        break;
-      case ShellCommand::kPaste:
-        compose_.Page().Edit(EditCommand::kPaste);
-        break;
-      case ShellCommand::kSelectAll:
-        compose_.Page().Edit(EditCommand::kSelectAll);
-        break;
-      default:
-        break;
-    }
-  });
-}
+void Desktop::RunComposeCommand(ShellCommand command) { compose_.Window().Run(command); }
 
 void Desktop::ApplyOptions() { options_.Page().Apply(); }
 

@@ -6,12 +6,26 @@
 #include <QScopedValueRollback>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextOption>
 #include <utility>
 
 #include "ui/character_limit.h"
 #include "ui/kit.h"
 
 namespace orvalo::ui {
+
+namespace {
+
+// Beyond this many units a text is no longer one that people write, but a file's digits.
+constexpr qsizetype kLongText = 10'000;
+
+// Looking for the ends of words in a long line without any takes a time that grows with the square
+// of its length: seconds for 100,000 digits.
+QTextOption::WrapMode WrapModeFor(qsizetype units) {
+  return units > kLongText ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere;
+}
+
+}  // namespace
 
 MessageField::MessageField(QPlainTextEdit& edit, Events events)
     : edit_(edit), events_(std::move(events)) {
@@ -27,15 +41,32 @@ QString MessageField::Text() const {
 }
 
 void MessageField::Show(const std::string& text) {
-  const QString wanted = Qt8(text);
+  QString wanted = Qt8(text);
+  waiting_.reset();
+  if (!visible_ && wanted.size() > kLongText) {
+    waiting_ = std::move(wanted);
+  } else {
+    Put(wanted);
+  }
+}
+
+void MessageField::SetVisible(bool visible) {
+  visible_ = visible;
+  if (!visible_ || !waiting_) return;
+  Put(*std::exchange(waiting_, std::nullopt));
+}
+
+void MessageField::Put(const QString& text) {
   QString shown;
   {
     const QScopedValueRollback own(own_change_, true);
-    edit_.setPlainText(wanted);
+    edit_.clear();  // nothing is laid out anew for the other way of wrapping
+    edit_.setWordWrapMode(WrapModeFor(text.size()));
+    edit_.setPlainText(text);
     shown = Text();
     count_ = CountCharacters(shown);
   }
-  if (shown != wanted) events_.changed(shown.toStdString());
+  if (shown != text) events_.changed(shown.toStdString());
 }
 
 void MessageField::Insert(std::size_t position, const std::string& text) {
@@ -85,6 +116,7 @@ void MessageField::TextChanged() {
   CutExcess();
   const QString text = Text();
   count_ = CountCharacters(text);
+  edit_.setWordWrapMode(WrapModeFor(text.size()));
   events_.changed(text.toStdString());
 }
 

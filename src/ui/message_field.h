@@ -28,7 +28,9 @@ class MessageField : public QObject {
 
   MessageField(QPlainTextEdit& edit, Events events);
 
+  // A long text comes into a field that is hidden when that is shown.
   void Show(const std::string& text);
+  void SetVisible(bool visible);
   void Insert(std::size_t position, const std::string& text);
   // Of what is typed, pasted or dropped; nothing: any length.
   void LimitTo(std::optional<std::size_t> characters) { limit_ = characters; }
@@ -43,15 +45,18 @@ class MessageField : public QObject {
 
  private:
   QString Text() const;
+  void Put(const QString& text);
   void TextChanged();
   void CutExcess();
 
   QPlainTextEdit& edit_;
   Events events_;
   std::optional<std::size_t> limit_;
-  std::size_t count_ = 0;    // characters before the change that is being reported
-  bool own_change_ = false;  // made by the program
-  bool away_ = false;        // the whole window lost the focus while the field had it
+  bool visible_ = true;
+  std::optional<QString> waiting_;  // to be shown with the field
+  std::size_t count_ = 0;           // characters before the change that is being reported
+  bool own_change_ = false;         // made by the program
+  bool away_ = false;               // the whole window lost the focus while the field had it
 };
 
 }  // namespace orvalo::ui

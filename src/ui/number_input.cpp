@@ -174,7 +174,7 @@ class NumberInput::Field : public QStyledItemDelegate {
 
 NumberInput::NumberInput(QListView& list)
     : list_(list),
-      rows_(std::make_unique<Rows>(list.property("placeholderText").toString())),
+      rows_(std::make_unique<Rows>(list.toolTip())),
       field_(std::make_unique<Field>(
           *rows_,
           [this](std::size_t row, std::string text) {

@@ -20,8 +20,8 @@ class RecipientSelection;
 namespace orvalo::ui {
 
 // The list of typed numbers on the compose page: draws the rows, opens the editing field of a row,
-// and forwards keys, clicks and finished edits. Owned by RecipientInputs; main thread. A hint in
-// the empty last row comes from the list's dynamic property "placeholderText".
+// and forwards keys, clicks and finished edits. Owned by RecipientInputs; main thread. The
+// list's tool tip stands as a hint in the empty last row.
 class NumberInput : public QObject {
  public:
   explicit NumberInput(QListView& list);

@@ -74,8 +74,7 @@ class ComposeWindowPageTest : public ComposeWindowTest {
   }
   QAction* TreeCommand(const QModelIndex& index, const char* name) {
     const QPoint place = Tree().visualRect(index).center();
-    QContextMenuEvent event(QContextMenuEvent::Mouse, place,
-                            Tree().viewport()->mapToGlobal(place));
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, Tree().viewport()->mapToGlobal(place));
     QApplication::sendEvent(Tree().viewport(), &event);
     auto& menu = ui::Child<QMenu>(Tree(), "menu227");
     if (!menu.isVisible()) return nullptr;
@@ -279,6 +278,17 @@ TEST_F(ComposeWindowPageTest, AFileTypeTakesItsTextFromAFile) {
     ASSERT_EQ(boxes_.shown().size(), 1u);
     EXPECT_THAT(boxes_.shown()[0].text, HasSubstr("missing"));
     EXPECT_EQ(path.text() + Text().toPlainText(), QStringLiteral("00AB7F"));
+
+    // A large file is not laid out before its digits are looked at.
+    Spill(folder_.File("card"), std::string(100'000, 'J'));
+    path.setText(QString::fromStdString(folder_.File("card")));
+    QTest::keyClick(&path, Qt::Key_Return);
+    EXPECT_EQ(Counter(), "200000 (1250)");
+    EXPECT_EQ(Text().toPlainText(), QStringLiteral("00AB7F"));
+    type.setFocus();
+    QTest::keyClick(&type, Qt::Key_Home);
+    EXPECT_EQ(Text().toPlainText().size(), 200'000);
+    EXPECT_TRUE(Text().isVisible());
 
     // A stored picture message is edited with its file and its preview.
     const auto id = Store().AddSms({SmsStatus::kFailed, 1, 4, 0, ",5", "00", "", 0, "?"});
