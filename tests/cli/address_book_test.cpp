@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "orvaloctl_fixture.h"
 
 namespace orvalo::test {
@@ -99,6 +101,23 @@ TEST_F(AddressBookTest, ImportsAndExports) {
   EXPECT_THAT(Run({"export", out, "--contact", "9"}), FailsWith(1, "no contact 9"));
   EXPECT_THAT(Run({"export", out, "--contact", "1", "--group", "Club"}), FailsWith(2, "Either"));
   EXPECT_THAT(Run({"export", folder(), "--contact", "1"}), FailsWith(1, "for writing"));
+}
+
+TEST_F(AddressBookTest, ShowsTheBookOutside) {
+  std::filesystem::create_directory(folder() + "/vCards");
+  Spill(folder() + "/vCards/phone.vcf",
+        "BEGIN:VCARD\nFN:Ann\nTEL;CELL:+1 2\nEND:VCARD\nBEGIN:VCARD\nFN:Bo\nTEL;CELL:3\nEND:VCARD");
+  EXPECT_EQ(Run({"addressbook"}).out, "phone\n  Ann (12)\n  Bo (3)\n");
+  EXPECT_EQ(Json({"addressbook", "--source", "vcard"}).First(),
+            nlohmann::json::parse(R"({"Folders": ["phone"], "Name": "Ann", "Mobile": "12"})"));
+  Spill(folder() + "/vCards/empty.vcf", "nothing");
+  const auto partly = Run({"addressbook"});
+  EXPECT_THAT(partly, FailsWith(1, "empty.vcf holds no vCard"));
+  EXPECT_NE(partly.out, "");
+  ASSERT_THAT(Run({"settings", "Outlook_Name", "ldap://127.0.0.1:1/dc=x"}), EndsWith(0));
+  EXPECT_THAT(Run({"addressbook", "--source", "ldap"}), FailsWith(1, "Can't contact LDAP server"));
+  EXPECT_EQ(Json({"addressbook", "--source", "ldap"}).All().size(), 0u);
+  EXPECT_NE(Run({"settings", "MAPI_AddressBook"}).out, "1\n");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "support/fake_clock.h"
 #include "support/fake_component.h"
 #include "support/scripted_message_boxes.h"
+#include "support/slapd.h"
 #include "support/temporary_folder.h"
 
 namespace orvalo {
@@ -200,6 +201,27 @@ TEST_F(ProgramTest, WhatAKilledRunLeftInHandIsFailedAndLogged) {
   EXPECT_THAT(
       test::Slurp(folder_.File("SMS.log")),
       EndsWith("Sending was interrupted, not sent again: SMS_ID (" + std::to_string(id) + ")\r\n"));
+}
+
+TEST_F(ProgramTest, AnAddressBookSessionEndsWithTheRunAndItsNameIsKept) {
+  const test::Slapd directory(
+      "dn: dc=orvalo,dc=test\nobjectClass: domain\n\n"
+      "dn: cn=Ann,dc=orvalo,dc=test\nobjectClass: inetOrgPerson\nsn: A\nmobile: 7\n");
+  ASSERT_TRUE(directory.IsUp());
+  Run([&](Program& program) {
+    program.GetSettings().SetFlag(FlagSetting::kMapiAddressBook, true);
+    program.GetSettings().SetText(TextSetting::kOutlookName, directory.url());
+    program.GetExternalAddressBook().LoadExternalAddressBook(false);
+    EXPECT_EQ(program.GetExternalAddressBook().tree().EntryCount(), 1u);
+    EXPECT_EQ(directory.Connections(), 1);
+    return 0;
+  });
+  EXPECT_EQ(directory.Connections(), 0);
+  Run([&](Program& program) {
+    EXPECT_EQ(program.GetSettings().Text(TextSetting::kOutlookName),
+              directory.url() + "/dc=orvalo,dc=test");
+    return 0;
+  });
 }
 
 TEST_F(ProgramTest, ADamagedLanguageContainerIsPassedOver) {

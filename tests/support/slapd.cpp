@@ -1,10 +1,13 @@
 #include "support/slapd.h"
 
+#include <arpa/inet.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -53,6 +56,19 @@ bool Slapd::Serve() {
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
   return false;
+}
+
+int Slapd::Connections() const {
+  int count = 0;
+  for (const auto& item : std::filesystem::directory_iterator("/proc/self/fd")) {
+    const int descriptor = std::atoi(item.path().filename().c_str());
+    sockaddr_in peer{};
+    socklen_t length = sizeof peer;
+    const bool connected =
+        ::getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &length) == 0;
+    if (connected && peer.sin_family == AF_INET && ntohs(peer.sin_port) == port_) ++count;
+  }
+  return count;
 }
 
 void Slapd::Stop() {

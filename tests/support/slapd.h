@@ -23,6 +23,9 @@ class Slapd {
   int tls_port() const { return tls_port_; }
   bool IsUp() const { return port_ != 0; }  // else the error output says why
 
+  // How many connections this process has to it.
+  int Connections() const;
+
   void Stop();   // as if the machine went away
   void Start();  // again, on the same ports
 
