@@ -34,6 +34,7 @@ Desktop::Desktop(Program& program, const Surroundings& around)
           [this](const std::string& caption) { window_.SetTabCaption(ShellTab::kOutbox, caption); },
           [this] { return shell_.Page() == ShellPage::kOutbox; }),
       compose_(program, kit_, outbox_.Page(), program.GetExternalAddressBook()),
+      contacts_(program, kit_, mailbox_, compose_.Recipients()),
       options_(program, kit_, around.shell, mailbox_, balances_),
       banner_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), mailbox_,
                program.DataFolder(), {}}),
@@ -53,6 +54,7 @@ Desktop::Desktop(Program& program, const Surroundings& around)
   });
   window_.AddPage(ShellPage::kLogin, login_.Window());
   window_.AddPage(ShellPage::kCompose, compose_.Window());
+  window_.AddPage(ShellPage::kContacts, contacts_.Window());
   window_.AddPage(ShellPage::kOutbox, outbox_.Window());
   window_.AddPage(ShellPage::kOptions, options_.Window());
   window_.FixSize();
@@ -108,6 +110,7 @@ void Desktop::SetOutboxActivity(const std::string& text) { outbox_.Page().SetAct
 void Desktop::PageShown(ShellPage page) {
   Guarded(program_.GetMessageBoxes(), program_.GetTexts(), [this, page] {
     if (page == ShellPage::kCompose) compose_.PageShown();
+    if (page == ShellPage::kContacts) contacts_.PageShown();
     if (page == ShellPage::kOutbox) outbox_.Page().BroughtToFront();
   });
 }

@@ -8,6 +8,7 @@
 #include "shell/main_shell.h"
 #include "shell/working_mode.h"
 #include "ui/compose_area.h"
+#include "ui/contacts_area.h"
 #include "ui/form_loader.h"
 #include "ui/images.h"
 #include "ui/kit.h"
@@ -44,6 +45,7 @@ class Desktop : public MainShellActions {
   MainWindow& Window() { return window_; }
   MainShell& Shell() { return shell_; }
   ComposeArea& Compose() { return compose_; }
+  ContactsArea& Contacts() { return contacts_; }
   OutboxArea& Outbox() { return outbox_; }
   OptionsArea& Options() { return options_; }
   const ui::Kit& Kit() const { return kit_; }
@@ -77,6 +79,7 @@ class Desktop : public MainShellActions {
   LoginArea login_;
   OutboxArea outbox_;
   ComposeArea compose_;
+  ContactsArea contacts_;
   OptionsArea options_;
   BannerDownload banner_;
   bool banner_started_ = false;

@@ -67,8 +67,11 @@ class ContactsWindowTest : public testing::Test, protected test::AddressBook {
   bool Drop(int group, Qt::KeyboardModifiers keys) {
     const std::unique_ptr<QMimeData> data(
         members.model()->mimeData({members.selectionModel()->currentIndex()}));
-    QDropEvent drop(groups.visualRect(groups.model()->index(group, 0)).center(),
-                    Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton, keys);
+    const QPoint place = groups.visualRect(groups.model()->index(group, 0)).center();
+    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+    QDragEnterEvent enter(place, actions, data.get(), Qt::LeftButton, keys);
+    QApplication::sendEvent(groups.viewport(), &enter);
+    QDropEvent drop(place, actions, data.get(), Qt::LeftButton, keys);
     drop.ignore();
     QApplication::sendEvent(groups.viewport(), &drop);
     return drop.isAccepted();
@@ -93,7 +96,7 @@ TEST_F(ContactsWindowTest, ShowsSearchesAndSorts) {
   EXPECT_EQ(groups.model()->index(1, 0).data().toString().toStdString(), "Friends (2)");
   EXPECT_THAT(Names(), ElementsAre("Ann", "Bob"));
   EXPECT_FALSE(Get<QPushButton>("contactSearchButton").isEnabled());
-  QTest::keyClicks(&Get<QLineEdit>("contactSearch"), "BAK");
+  QTest::keyClicks(&Get<QLineEdit>("contactSearch"), QStringLiteral("BAK"));
   Press("contactSearchButton");
   EXPECT_EQ(Get<QLabel>("membersCaption").text().toStdString(), "Friends");
   EXPECT_THAT(window.SelectedMembers(), ElementsAre(1));
@@ -102,6 +105,9 @@ TEST_F(ContactsWindowTest, ShowsSearchesAndSorts) {
   EXPECT_THAT(window.SelectedMembers(), ElementsAre(0)) << "the selection follows";
   ShowGroup(2);
   EXPECT_THAT(Names(), ElementsAre("Bob"));
+  window.activateWindow();
+  EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+  groups.setFocus();
   QTest::keyClick(&groups, Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(window.SelectedGroups().size(), 3u);
 }
@@ -109,7 +115,8 @@ TEST_F(ContactsWindowTest, ShowsSearchesAndSorts) {
 TEST_F(ContactsWindowTest, WritesContactsAndGroups) {
   Meet("groupDialog", [this](QDialog& dialog) {
     EXPECT_FALSE(Get<QPushButton>("groupDialogOk", &dialog).isEnabled());
-    QTest::keyClicks(&Get<QLineEdit>("groupName", &dialog), "123456789012345678901x");
+    QTest::keyClicks(&Get<QLineEdit>("groupName", &dialog),
+                     QStringLiteral("123456789012345678901x"));
     Press("groupDialogOk", &dialog);
   });
   Press("newGroup");
@@ -118,9 +125,9 @@ TEST_F(ContactsWindowTest, WritesContactsAndGroups) {
   ShowGroup(2);
   Meet("contactDialog", [this](QDialog& dialog) {
     EXPECT_EQ(dialog.windowTitle().toStdString(), "ADD NEW MEMBER");
-    QTest::keyClicks(&Get<QLineEdit>("contactName", &dialog), "Cyril");
+    QTest::keyClicks(&Get<QLineEdit>("contactName", &dialog), QStringLiteral("Cyril"));
     auto& mobile = Get<QLineEdit>("contactMobile", &dialog);
-    QTest::keyClicks(&mobile, "+27a8 2");
+    QTest::keyClicks(&mobile, QStringLiteral("+27a8 2"));
     EXPECT_EQ(mobile.text().toStdString(), "2782") << "typed: digits only";
     auto& ok = Get<QPushButton>("contactDialogOk", &dialog);
     auto& list = Get<QListWidget>("contactGroups", &dialog);

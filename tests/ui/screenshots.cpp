@@ -39,8 +39,7 @@ void FillAddressBook(SmsDatabase& database) {
   const std::int32_t customers = database.AddGroup("Customers").gid;
   const auto add = [&](const char* title, const char* name, const char* surname, const char* mobile,
                        std::initializer_list<std::int32_t> groups) {
-    ContactRecord contact{name, surname, title, "", mobile, {1}};
-    contact.group_ids.insert(contact.group_ids.end(), groups);
+    ContactRecord contact{name, surname, title, "", mobile, groups};
     database.AddContact(contact);
   };
   add("Ms", "Ann", "Archer", "27821110001", {friends, customers});
@@ -116,6 +115,8 @@ void TakeAll(ui::Desktop& desktop, Program& program, Album& album) {
   album.Take(window, "addresses");
   DesktopStage::Click(desktop, "tabOutbox");
   album.Take(window, "outbox");
+  DesktopStage::Click(desktop, "tabAddresses");
+  album.Take(window, "addresses");
   TakeDialog(desktop, album, "outboxExport", "export");
   TakeDialog(desktop, album, "outboxHelp", "legend");
   DesktopStage::Click(desktop, "tabOptions");
