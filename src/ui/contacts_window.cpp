@@ -132,7 +132,6 @@ void ContactsWindow::WireMembers() {
   members_->verticalHeader()->hide();
   members_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   members_->setModel(&member_model_);
-  header->setSortIndicatorShown(true);
   SizeColumns();
   setTabOrder(groups_, header);
   setTabOrder(header, members_);
