@@ -63,43 +63,53 @@ LdapConnection::LdapConnection(const LdapProfile& profile)
     : bind_name_(profile.bind_name),
       start_tls_if_secret_(profile.NeedsStartTls(true)),
       start_tls_always_(profile.NeedsStartTls(false)),
+      tls_from_start_(profile.server.starts_with("ldaps:")),
+      authorities_(profile.authorities),
       answer_time_(profile.timeout_s),
       limits_(std::make_unique<LdapSocketLimits>(answer_time_)) {
   SurviveBrokenPipes();
   if (ldap_initialize(&handle_, profile.server.c_str()) != LDAP_SUCCESS) handle_ = nullptr;
-  if (handle_ != nullptr) SetOptions(profile);
+  if (handle_ != nullptr) SetOptions();
 }
 
 LdapConnection::~LdapConnection() {
   if (handle_ != nullptr) ldap_unbind_ext_s(handle_, nullptr, nullptr);
 }
 
-void LdapConnection::SetOptions(const LdapProfile& profile) {
+void LdapConnection::SetOptions() {
   SetOption(handle_, LDAP_OPT_PROTOCOL_VERSION, int{LDAP_VERSION3});
   ldap_set_option(handle_, LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
   SetOption(handle_, LDAP_OPT_DEREF, int{LDAP_DEREF_NEVER});
   SetOption(handle_, LDAP_OPT_NETWORK_TIMEOUT, AsTimeval(answer_time_));
   SetOption(handle_, LDAP_OPT_TIMEOUT, AsTimeval(answer_time_));
   limits_->Attach(handle_);
-  // Whatever the machine's own configuration says about certificates that are not checked.
+}
+
+// With certificates checked, whatever the machine's own configuration says. A context of our own
+// or none: the library would take the machine's in its place.
+bool LdapConnection::SetUpTls() {
   SetOption(handle_, LDAP_OPT_X_TLS_REQUIRE_CERT, int{LDAP_OPT_X_TLS_DEMAND});
   SetOption(handle_, LDAP_OPT_X_TLS_PROTOCOL_MIN, int{LDAP_OPT_X_TLS_PROTOCOL_TLS1_2});
   char* configured = nullptr;
   ldap_get_option(handle_, LDAP_OPT_X_TLS_CACERTFILE, &configured);
-  if (!profile.authorities.empty())
-    ldap_set_option(handle_, LDAP_OPT_X_TLS_CACERTFILE, profile.authorities.c_str());
+  if (!authorities_.empty())
+    ldap_set_option(handle_, LDAP_OPT_X_TLS_CACERTFILE, authorities_.c_str());
   else if (configured == nullptr)
     ldap_set_option(handle_, LDAP_OPT_X_TLS_CACERTFILE, kSystemAuthorities);
   ldap_memfree(configured);
-  SetOption(handle_, LDAP_OPT_X_TLS_NEWCTX, int{0});
+  const int for_client = 0;
+  return ldap_set_option(handle_, LDAP_OPT_X_TLS_NEWCTX, &for_client) == LDAP_OPT_SUCCESS;
 }
 
 LdapResult LdapConnection::LogOn(const std::string& password) {
   if (handle_ == nullptr) return Gone("The server's address cannot be used");
-  SetTimeLimit(kLogOnAnswers * answer_time_);
   const bool with_secret = !bind_name_.empty() && !password.empty();
+  const bool start_tls = with_secret ? start_tls_if_secret_ : start_tls_always_;
+  if ((start_tls || tls_from_start_) && !SetUpTls())
+    return Gone("The certificates to trust cannot be read");
+  SetTimeLimit(kLogOnAnswers * answer_time_);
   int code = LDAP_SUCCESS;
-  if (with_secret ? start_tls_if_secret_ : start_tls_always_) {
+  if (start_tls) {
     code = ldap_start_tls_s(handle_, nullptr, nullptr);
     // A server that refuses to encrypt is as good as none: nothing must be sent to it.
     if (code != LDAP_SUCCESS) return Gone("StartTLS: " + Outcome(code).text);

@@ -88,7 +88,8 @@ class LdapConnection {
   };
   using Message = std::unique_ptr<ldapmsg, FreeMessage>;
 
-  void SetOptions(const LdapProfile& profile);
+  void SetOptions();
+  bool SetUpTls();
   LdapResult Start(const LdapQuery& query, const std::string* cookie, int* request);
   // The next message of a request (of any, for -1); none when `result` says why.
   Message Next(int request, LdapResult* result);
@@ -101,6 +102,8 @@ class LdapConnection {
   std::string bind_name_;
   bool start_tls_if_secret_;
   bool start_tls_always_;
+  bool tls_from_start_;
+  std::string authorities_;
   std::chrono::seconds answer_time_;
   std::unique_ptr<LdapSocketLimits> limits_;  // outlives the handle
   bool gone_ = false;

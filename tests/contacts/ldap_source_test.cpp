@@ -268,6 +268,7 @@ TEST_F(LdapSourceTest, NothingGoesOverAConnectionThatCannotBeTrusted) {
       {server.tls_url(), "ca-file=" + tls.ours(), true},
       {server.tls_url(), "ca-file=" + folder_.File("other.pem"), false},
       {server.tls_url(), "", false},
+      {server.tls_url(), "ca-file=" + folder_.File("missing.pem"), false},
       {server.url(), "start-tls=yes\nca-file=" + tls.ours(), true},
       {server.url(), "start-tls=yes\nca-file=" + folder_.File("other.pem"), false},
       {server.url() + "/?"
