@@ -11,7 +11,6 @@
 #include "app/texts.h"
 #include "net/link_message.h"
 #include "net/version_info.h"
-#include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/message_box.h"
 #include "platform/new_file.h"
@@ -69,9 +68,9 @@ void UpdateCheck::CheckForUpdates() {
                     0);
     return;
   }
-  running_ = true;
   cancel_ = false;
   parts_.view.Open();
+  running_ = true;
   RunSteps();
   parts_.view.Hide();
   parts_.view.Close();
@@ -149,15 +148,13 @@ void UpdateCheck::Install() {
   parts_.view.RunMessages(0);
   if (!cancel_ && (!platform::MakeExecutable(Installer()) || !parts_.start_program(Installer())))
     Complain(kNotStartedTextId, "file://" + Installer());
-  parts_.clock.Sleep(kEndWait);
-  parts_.view.RunMessages(0);
+  parts_.view.RunMessages(kEndWait);
   if (!cancel_) parts_.end_program();
 }
 
 void UpdateCheck::BeginStep(UpdateView::Step step, std::int64_t wait) {
   parts_.view.MarkStep(step);
-  parts_.view.RunMessages(0);
-  parts_.clock.Sleep(wait);
+  parts_.view.RunMessages(wait);
 }
 
 DownloadResult UpdateCheck::Fetch(const std::string& url, const std::string& target,

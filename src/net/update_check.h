@@ -5,10 +5,6 @@
 
 #include "net/file_downloader.h"
 
-namespace orvalo::platform {
-class Clock;
-}
-
 namespace orvalo {
 
 class AppSettings;
@@ -39,7 +35,6 @@ class UpdateCheck {
   struct Parts {
     const AppSettings& settings;
     const Texts& texts;
-    platform::Clock& clock;
     platform::MessageBoxes& boxes;
     UpdateView& view;
     std::string data_folder;
@@ -67,7 +62,7 @@ class UpdateCheck {
   bool FetchInstaller();
   bool IsSigned();
   void Install();
-  void BeginStep(UpdateView::Step step, std::int64_t wait);
+  void BeginStep(UpdateView::Step step, std::int64_t wait);  // the windows live on meanwhile
   DownloadResult Fetch(const std::string& url, const std::string& target, bool show_progress,
                        std::int64_t limit);
   void Complain(int text_id, const std::string& link);

@@ -5,6 +5,7 @@
 
 #include "app/startup/program.h"
 #include "net/version_info.h"
+#include "platform/new_file.h"
 #include "shell/shell_messages.h"
 #include "ui/guarded.h"
 #include "ui/version_dialog.h"
@@ -38,6 +39,9 @@ Desktop::Desktop(Program& program, const Surroundings& around)
       options_(program, kit_, around.shell, mailbox_, balances_),
       banner_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), mailbox_,
                program.DataFolder(), {}}),
+      update_window_(kit_, window_, around.pause),
+      update_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), update_window_,
+               program.DataFolder(), platform::StartProgram, [this] { shell_.End(); }, {}}),
       shell_({program.GetSettings(), program.GetTexts(), program.GetClock(),
               program.GetMessageBoxes(), mailbox_, balance_mailbox_, *this, window_}) {
   outbox_.Page().SetMessageLoader(&compose_.Page());
@@ -47,7 +51,11 @@ Desktop::Desktop(Program& program, const Surroundings& around)
   });
   window_.SetShell(&shell_);
   window_.SetPageShown([this](ShellPage page) { PageShown(page); });
-  window_.SetClosed([this] { loop_.quit(); });
+  window_.SetClosed([this] {
+    update_.Stop();
+    loop_.quit();
+  });
+  update_window_.SetCancelled([this] { update_.Cancel(); });
   window_.SetBalanceLight([this](bool lit) {
     compose_.Window().LightBalance(lit);
     options_.Window().LightBalance(lit);
@@ -90,7 +98,7 @@ void Desktop::ShowVersion() {
       .exec();
  }
 
-void Desktop::CheckForUpdates() {}
+void Desktop::CheckForUpdates() { update_.CheckForUpdates(); }
 
 void Desktop::OpenProxySettings() {
   options_.OpenProxySettings(&window_);

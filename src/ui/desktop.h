@@ -17,6 +17,7 @@
 #include "ui/options_area.h"
 #include "ui/outbox_area.h"
 #include "ui/surroundings.h"
+#include "ui/update_window.h"
 #include "ui/window_mailbox.h"
 
 namespace orvalo {
@@ -83,6 +84,8 @@ class Desktop : public MainShellActions {
   OptionsArea options_;
   BannerDownload banner_;
   bool banner_started_ = false;
+  UpdateWindow update_window_;
+  UpdateCheck update_;
   MainShell shell_;
   QEventLoop loop_;
 };

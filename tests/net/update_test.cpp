@@ -9,7 +9,6 @@
 #include "app/texts.h"
 #include "net/update_check.h"
 #include "platform/new_file.h"
-#include "support/fake_clock.h"
 #include "support/scoped_variable.h"
 #include "support/scripted_http_server.h"
 #include "support/scripted_message_boxes.h"
@@ -26,14 +25,6 @@ struct Journal {
   }
   std::string text;
   std::function<void(const std::string&)> on_event;
-};
-
-struct JournalClock : FakeClock {
-  explicit JournalClock(Journal& journal) : journal_(journal) {}
-  void Sleep(std::int64_t milliseconds) override {
-    journal_.Add("wait" + std::to_string(milliseconds));
-  }
-  Journal& journal_;
 };
 
 struct JournalView : UpdateView {
@@ -84,7 +75,6 @@ struct UpdateTest : testing::Test {
     return file == files.end() ? ScriptedReply{404, "none"} : ScriptedReply{200, file->second};
   }};
   Journal journal;
-  JournalClock clock{journal};
   JournalView view{journal};
   AppSettings settings;
   Texts texts;
@@ -93,7 +83,6 @@ struct UpdateTest : testing::Test {
   const std::string installer = folder.File("temp/Update.exe");
   UpdateCheck check{{settings,
                      texts,
-                     clock,
                      boxes,
                      view,
                      folder.path(),
@@ -107,29 +96,29 @@ struct UpdateTest : testing::Test {
 };
 
 TEST_F(UpdateTest, GoesThroughTheFourSteps) {
-  const std::string begin = "open step1 wait1000 step2 wait1000";
+  const std::string begin = "open step1 run1000 step2 run1000";
   journal.on_event = [&](const std::string& event) {
     if (event == "step2") check.CheckForUpdates();  // one is running
     struct stat about {};
-    if (event != "step4" && event != "wait800") return;
+    if (event != "step4" && event != "run800") return;
     stat(installer.c_str(), &about);
     EXPECT_EQ(about.st_mode & 0777, 0600u);
   };
   EXPECT_EQ(Check(), begin +
-                         " step3 wait1000 0KB 0KB run20 cancel- step4 wait800 hide started "
-                         "wait500 end hide close");
+                         " step3 run1000 0KB 0KB run20 cancel- step4 run800 hide started "
+                         "run500 end hide close");
   EXPECT_TRUE(boxes.shown().empty());
   EXPECT_EQ(Slurp(installer), files["/setup"]);
   EXPECT_EQ(Slurp(folder.File("update.ver")), "99.0.0.0\n");
 
   files["/setup"] = "no program";
   EXPECT_EQ(Check(), begin +
-                         " step3 wait1000 0KB 0KB run20 cancel- step4 wait800 hide not-started "
-                         "wait500 end hide close");
+                         " step3 run1000 0KB 0KB run20 cancel- step4 run800 hide not-started "
+                         "run500 end hide close");
   ExpectMessage(1203, 1202, "file://" + installer, "no program");
 
   files.erase("/setup");
-  EXPECT_EQ(Check(), begin + " step3 wait1000 0KB hide close");
+  EXPECT_EQ(Check(), begin + " step3 run1000 0KB hide close");
   ExpectMessage(1204, 1202, "https://update.example", "no installer");
 
   for (const char* version : {"0.0.0.1", "", "nonsense 99", "3.1.99.99"}) {
@@ -138,7 +127,7 @@ TEST_F(UpdateTest, GoesThroughTheFourSteps) {
     ExpectMessage(1206, 1207, "", version);
   }
   files.erase("/version");
-  EXPECT_EQ(Check(), "open step1 wait1000 hide close");
+  EXPECT_EQ(Check(), "open step1 run1000 hide close");
   ExpectMessage(1205, 1202, "https://update.example", "no version");
 }
 
@@ -160,20 +149,20 @@ TEST_F(UpdateTest, ContactsNobodyUnlessItIsSetUp) {
 }
 
 TEST_F(UpdateTest, StopsWhereTheOperatorCancels) {
-  const std::string begin = "open step1 wait1000 step2 wait1000";
+  const std::string begin = "open step1 run1000 step2 run1000";
   files["/setup"] = std::string(3000, 'x');
   const struct {
     const char* at;
     const char* events;
     bool complains;
   } cases[] = {
-      {"step1", "open step1 wait1000 hide close", true},
-      {"step2", "open step1 wait1000 step2 wait1000 step3 wait1000 hide close", false},
-      {"step3", "open step1 wait1000 step2 wait1000 step3 wait1000 hide close", false},
-      {"1KB", "open step1 wait1000 step2 wait1000 step3 wait1000 0KB 1KB run20 hide close", false},
+      {"step1", "open step1 run1000 hide close", true},
+      {"step2", "open step1 run1000 step2 run1000 step3 run1000 hide close", false},
+      {"step3", "open step1 run1000 step2 run1000 step3 run1000 hide close", false},
+      {"1KB", "open step1 run1000 step2 run1000 step3 run1000 0KB 1KB run20 hide close", false},
       {"step4",
-       "open step1 wait1000 step2 wait1000 step3 wait1000 0KB 1KB run20 2KB run20 2KB run20 "
-       "cancel- step4 wait800 hide wait500 hide close",
+       "open step1 run1000 step2 run1000 step3 run1000 0KB 1KB run20 2KB run20 2KB run20 "
+       "cancel- step4 run800 hide run500 hide close",
        false},
   };
   for (const auto& c : cases) {
@@ -190,7 +179,7 @@ TEST_F(UpdateTest, StopsWhereTheOperatorCancels) {
   journal.on_event = [&](const std::string& event) {
     if (event == "step1") check.Stop();
   };
-  EXPECT_EQ(Check(), "open step1 wait1000 hide close");
+  EXPECT_EQ(Check(), "open step1 run1000 hide close");
   EXPECT_EQ(Check(), "");
   EXPECT_EQ(boxes.shown().size(), messages);
 }
