@@ -31,7 +31,7 @@ constexpr int kEmptyIconSize = 48;
 constexpr int kMenuInset = 16;  // of the menu that a key opens, from the list's edge
 constexpr int kLineSpace = 10;  // above and below a line's text
 constexpr int kLeastColumn = 32;
-constexpr int kGridLine = 1;
+constexpr int kSlack = 5;  // pixels: the line of the grid, fractions of a pixel
 
 // The widest time of string 1033.
 QString WidestTime() { return QStringLiteral("00/00/0000 00:00"); }
@@ -128,7 +128,7 @@ void OutboxWindowPage::DrawEmptyPicture() {
 void OutboxWindowPage::SizeColumns() {
   const QFontMetrics metrics(list_->font());
   const int time = metrics.horizontalAdvance(WidestTime()) + OutboxDelegate::kIconSize +
-                   OutboxDelegate::kIconGap + 2 * OutboxDelegate::kMargin + kGridLine;
+                   OutboxDelegate::kIconGap + 2 * OutboxDelegate::kMargin + kSlack;
   const double scale = std::max(1.0, static_cast<double>(time) / kOutboxHeaders[0].width);
   for (int column = 0; column < kOutboxColumnCount - 1; ++column) {
     const double width = kOutboxHeaders[static_cast<std::size_t>(column)].width * scale;
