@@ -1,6 +1,7 @@
 #include "ui/compose_area.h"
 
 #include "app/startup/program.h"
+#include "ui/form_loader.h"
 #include "ui/guarded.h"
 #include "ui/schedule_window.h"
 
@@ -37,7 +38,11 @@ void ComposeArea::PageShown() {
 std::optional<Schedule> ComposeArea::AskSchedule(QWidget& owner) {
   ScheduleDialog logic(program_.GetDataFile(), program_.GetSettings(), program_.GetTexts(),
                        program_.GetClock());
-  return ScheduleWindow(kit_, logic, owner).Ask();
+  try {
+    return ScheduleWindow(kit_, logic, owner).Ask();
+  } catch (const FormError&) {
+    return std::nullopt;  // the dialog does not open
+  }
 }
 
 }  // namespace orvalo::ui

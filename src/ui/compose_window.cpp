@@ -67,10 +67,10 @@ std::optional<EditCommand> EditCommandOf(ShellCommand command) {
 QPixmap Draw(const PicturePreview& preview) {
   constexpr int kSide = PicturePreview::kSide;
   QImage picture(kSide, kSide, QImage::Format_RGB32);
+  auto pixel = preview.pixels.begin();
   for (int y = 0; y < kSide; ++y) {
     for (int x = 0; x < kSide; ++x) {
-      const auto pixel = preview.pixels[static_cast<std::size_t>(y * kSide + x)];
-      const auto& [red, green, blue] = preview.colours[pixel];
+      const auto& [red, green, blue] = preview.colours[*pixel++];
       picture.setPixel(x, y, qRgb(red, green, blue));
     }
   }

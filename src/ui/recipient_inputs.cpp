@@ -143,7 +143,13 @@ void RecipientInputs::Reveal(const RecipientNode& node) {
 void RecipientInputs::TicksChanged() { tree_.viewport()->update(); }
 
 void RecipientInputs::ShowWait(bool shown) {
-  wait_ = shown ? std::make_unique<WaitWindow>(kit_, clock_, tree_) : nullptr;
+  wait_.reset();
+  if (!shown) return;
+  try {
+    wait_ = std::make_unique<WaitWindow>(kit_, clock_, tree_);
+  } catch (const FormError&) {
+    // A translation without this window: the work is done without it.
+  }
 }
 
 void RecipientInputs::Beep() { QApplication::beep(); }
