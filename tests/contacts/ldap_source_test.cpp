@@ -335,7 +335,7 @@ TEST_F(LdapSourceTest, WhatWasReadStaysWhenTheServerGoesAwayMeanwhile) {
     Stage stage;
   } cases[] = {
       {Then::kClose, false, 5, kLogOn},        {Then::kClose, false, 40, kBase},
-      {Then::kClose, false, 900, kEntries},    {Then::kTalkNonsense, false, 5, kLogOn},
+      {Then::kClose, false, 900, kEntries},    {Then::kTalkNonsense, false, 0, kLogOn},
       {Then::kTalkNonsense, false, 40, kBase}, {Then::kTalkNonsense, false, 900, kEntries},
       {Then::kStall, false, 900, kEntries},    {Then::kStall, true, 300, kLogOn},
       {Then::kStall, true, 1800, kEntries},
