@@ -113,10 +113,12 @@ void TakeAll(ui::Desktop& desktop, Program& program, Album& album) {
   TakeDialog(desktop, album, "scheduleButton", "schedule");
   DesktopStage::Click(desktop, "tabAddresses");
   album.Take(window, "addresses");
+  TakeDialog(desktop, album, "newContact", "contact");
+  TakeDialog(desktop, album, "newGroup", "group");
+  TakeDialog(desktop, album, "uploadContacts", "import");
+  TakeDialog(desktop, album, "exportContacts", "export-contacts");
   DesktopStage::Click(desktop, "tabOutbox");
   album.Take(window, "outbox");
-  DesktopStage::Click(desktop, "tabAddresses");
-  album.Take(window, "addresses");
   TakeDialog(desktop, album, "outboxExport", "export");
   TakeDialog(desktop, album, "outboxHelp", "legend");
   DesktopStage::Click(desktop, "tabOptions");
