@@ -14,7 +14,7 @@ namespace orvalo {
 namespace {
 
 constexpr int kBusyMilliseconds = 5000;
-constexpr std::chrono::seconds kTurnPatience(10);
+constexpr std::chrono::minutes kTurnPatience(1);  // a long import is one transaction
 constexpr Sql kBegin("BEGIN IMMEDIATE");
 constexpr Sql kCommit("COMMIT");
 

@@ -31,7 +31,7 @@ enum class StoreAccess { kReadWrite, kReadOnly };
 // mutex but for the patience. Any thread.
 class WriteTurn {
  public:
-  bool Take();  // false when the turn has not come within ten seconds
+  bool Take();  // false when the turn has not come within a minute
   void Give();
 
  private:

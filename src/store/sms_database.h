@@ -66,8 +66,8 @@ class SmsDatabase {
 
   // Groups changes: all of them, or, when it is destroyed before Commit (or Commit throws), none.
   // Nesting is allowed; the outermost decides, and when an inner one was given up its Commit throws
-  // StoreError and keeps nothing. Keep it short: another thread's write waits meanwhile, ten
-  // seconds at most, and then throws.
+  // StoreError and keeps nothing. Keep it short: another thread's write waits meanwhile, a
+  // minute at most, and then throws.
   class Transaction {
    public:
     explicit Transaction(SmsDatabase& database);
