@@ -91,22 +91,26 @@ void OutsideAddressBooks::WalkBook(platform::AddressBook& book, AddressTree& tre
 void OutsideAddressBooks::LogOn() {
   const std::string name = settings_.Text(TextSetting::kOutlookName);
   const std::string password = settings_.Text(TextSetting::kOutlookPassword);
-  if (session_ != nullptr && session_->ProfileName() == name && session_password_ == password)
-    return;
-  CloseAddressBookSession();
-  session_password_ = password;
-
   const platform::LdapProfiles profiles(places_.profile_files);
   std::string problem;
   auto profile = name.empty() ? profiles.Default(&problem) : profiles.Find(name, &problem);
-  bool refused = !profile && !name.empty();
-  if (profile) TryProfile(*profile, password, &refused);
-  if (!profile) AddProblem(problem);
-  if (session_ == nullptr && refused) {
-    if (!profile) profile = profiles.Default(&problem);
-    if (profile) TryProfile(*profile, "", &refused);
+  if (profile != session_profile_ || password != session_password_) CloseAddressBookSession();
+  if (session_ == nullptr) {
+    bool refused = !profile && !name.empty();
+    if (profile) {
+      TryProfile(*profile, password, &refused);
+    } else {
+      AddProblem(problem);
+    }
+    if (session_ == nullptr && refused) {
+      if (!profile) profile = profiles.Default(&problem);
+      if (profile) TryProfile(*profile, "", &refused);
+    }
+    if (session_ == nullptr) return;
+    session_profile_ = profile->is_address ? session_->Profile() : *profile;
+    session_password_ = password;
   }
-  if (session_ != nullptr) settings_.SetText(TextSetting::kOutlookName, session_->ProfileName());
+  settings_.SetText(TextSetting::kOutlookName, session_->Profile().name);
 }
 
 // `refused`: there is a server that might take somebody else.

@@ -1,5 +1,6 @@
 #pragma once
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,8 @@ class MessageBoxes;
 //
 // The settings Outlook_Name (an LDAP address or the name of a profile) and Outlook_Password say
 // whom to log on as; after a logon Outlook_Name is the profile in use. The session lasts until
-// CloseAddressBookSession, or until the settings name another one. Owned by start-up, main thread.
+// CloseAddressBookSession, or until the settings, or the profile's file, say something else. Owned
+// by start-up, main thread.
 class OutsideAddressBooks : public AddressBookSource {
  public:
   // Where the platform keeps things, in the order of precedence.
@@ -63,7 +65,8 @@ class OutsideAddressBooks : public AddressBookSource {
   Places places_;
   std::vector<std::string> problems_;  // of the last walk
   std::unique_ptr<platform::LdapSession> session_;
-  std::string session_password_;  // as it was set when the session began
+  std::optional<platform::LdapProfile> session_profile_;  // these two as they were set, or stood
+  std::string session_password_;                          // in their file, when it began
 };
 
 }  // namespace orvalo

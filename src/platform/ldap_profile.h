@@ -21,6 +21,7 @@ struct LdapProfile {
   bool is_address = false;  // typed as an address, not taken from a file
 
   bool NeedsStartTls(bool has_password) const;
+  bool operator==(const LdapProfile& other) const = default;
 };
 
 // The profile that an LDAP address (RFC 4516) spells out:

@@ -20,8 +20,8 @@ class LdapSession {
   static std::unique_ptr<LdapSession> LogOn(LdapProfile profile, const std::string& password,
                                             LdapResult* failure);
 
-  // The profile in use: its name, or its address with the base that was found.
-  const std::string& ProfileName() const { return profile_.name; }
+  // The profile in use, with the base that was found: in its address as well, if it is one.
+  const LdapProfile& Profile() const { return profile_; }
 
   // Reads the whole directory below the base, once again if the server has closed an idle
   // connection meanwhile. Null when the base cannot be read; `problem` then says why. What cannot

@@ -203,6 +203,11 @@ TEST_F(LdapSourceTest, ASessionOutlivesItsConnectionAndEndsWithItsName) {
   EXPECT_EQ(Load(), staff);
   Use(server.url() + "/ou=Sales,ou=Staff," + kSuffix);
   EXPECT_EQ("Sales{" + Load() + "}", kSales);
+  for (const std::string base : {"ou=Staff,", "ou=Empty,"}) {
+    Profiles("[P]\naddress=" + server.url() + "\nbase=" + base + kSuffix);
+    Use("P");
+    EXPECT_EQ(Load(), base == "ou=Staff," ? staff : "");
+  }
   server.Stop();
   EXPECT_EQ(Load(), "");
   EXPECT_THAT(Problems(), HasSubstr("Can't contact LDAP server"));
