@@ -16,6 +16,7 @@
 #include <QStyle>
 #include <QToolButton>
 #include <array>
+#include <functional>
 #include <utility>
 
 #include "messages/compose_page.h"
@@ -162,9 +163,9 @@ void ComposeWindow::WireCommands() {
 }
 
 void ComposeWindow::Command(void (ComposePage::*command)()) {
-  Try([&] {
+  Try([this, command] {
     recipients_.Numbers().FinishEditing();
-    (page_->*command)();
+    std::invoke(command, *page_);
   });
 }
 
