@@ -15,13 +15,18 @@ using platform::AddressBook;
 constexpr char kNameless[] = "?";
 constexpr std::size_t kLongestName = 255;  // characters; no tree shows more
 
-// The name as a tree can show it: sound UTF-8 on one line.
+bool IsControl(std::string_view text, std::size_t at) {
+  const auto byte = static_cast<unsigned char>(text[at]);
+  if (byte == 0xC2 && at + 1 < text.size()) return static_cast<unsigned char>(text[at + 1]) < 0xA0;
+  return byte < ' ' || byte == 0x7F;
+}
+
+// The name as a tree, or a terminal, can show it: sound UTF-8 without control characters.
 std::string ShownName(std::string_view name) {
   std::string shown(platform::FirstCharacters(name, kLongestName));
   if (!platform::IsValidUtf8(shown)) shown = platform::FromWide(platform::ToWide(shown));
-  std::replace_if(
-      shown.begin(), shown.end(),
-      [](char byte) { return static_cast<unsigned char>(byte) < ' ' || byte == '\x7f'; }, ' ');
+  for (std::size_t at = 0; at < shown.size(); ++at)
+    if (IsControl(shown, at)) shown.replace(at, shown[at] == '\xC2' ? 2 : 1, " ");
   const auto first = shown.find_first_not_of(' ');
   if (first == std::string::npos) return kNameless;
   return shown.substr(first, shown.find_last_not_of(' ') - first + 1);

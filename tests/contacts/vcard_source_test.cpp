@@ -65,8 +65,8 @@ TEST_F(VcardSourceTest, FoldersFilesCardsAndGroups) {
 
   // The data folder's own goes first.
   fs::create_directory(folder_.File("vCards"));
-  Spill(folder_.File("vCards/a.vcf"), Cell("Own\tname\x01", "1"));
-  EXPECT_EQ(Load(), "Own name:1");
+  Spill(folder_.File("vCards/a.vcf"), Cell("Own\tna\xC2\x9Bme\x01\x1B", "1"));
+  EXPECT_EQ(Load(), "Own na me:1");
   EXPECT_TRUE(boxes_.shown().empty());
 }
 
