@@ -23,7 +23,7 @@ constexpr int kExportContactsForm = 154;
 constexpr int kImportingId = 1445;
 constexpr int kCancelId = 2016;
 constexpr int kProgressSteps = 1000;
-constexpr int kProgressAfter = 400;  // milliseconds of an import that is over sooner without one
+constexpr std::uint64_t kShortFile = 512u << 10;  // bytes; read before a progress would be seen
 
 }  // namespace
 
@@ -85,6 +85,7 @@ void ImportWindow::ShowPath(const std::string& path) { file_->setText(Qt8(path))
 
 // The progress is modal: it runs the events that it needs and holds back keys and clicks elsewhere.
 bool ImportWindow::ShowProgress(std::uint64_t done, std::uint64_t size) {
+  if (size < kShortFile) return true;
   if (progress_ == nullptr) {
     progress_ = std::make_unique<QProgressDialog>(this);
     progress_->setObjectName(QStringLiteral("csvImportProgress"));
@@ -93,10 +94,11 @@ bool ImportWindow::ShowProgress(std::uint64_t done, std::uint64_t size) {
     progress_->setCancelButtonText(Qt8(kit_.texts.Load(kCancelId)));
     progress_->setWindowModality(Qt::ApplicationModal);
     progress_->setMinimumWidth(420);
-    progress_->setMinimumDuration(kProgressAfter);
+    progress_->setMinimumDuration(0);
     progress_->setRange(0, kProgressSteps + 1);  // never reached: the end is EndProgress
+    progress_->setValue(0);
   }
-  progress_->setValue(size == 0 ? 0 : static_cast<int>(done * kProgressSteps / size));
+  progress_->setValue(static_cast<int>(done * kProgressSteps / size));
   return !progress_->wasCanceled();
 }
 

@@ -13,6 +13,7 @@
 #include <QListView>
 #include <QListWidget>
 #include <QMimeData>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableView>
@@ -193,6 +194,30 @@ TEST_F(ContactsWindowTest, ImportsAndExports) {
   });
   Press("exportContacts");
   EXPECT_THAT(test::Slurp(out), testing::HasSubstr("Zoe,,,,1,Staff\r\n"));
+}
+
+TEST_F(ContactsWindowTest, CancelsALongImport) {
+  std::string text = "mobile,fname\n";
+  for (int i = 0; i < 60'000; ++i) text += std::to_string(i) + ",somebody\n";
+  test::Spill(folder.File("in.csv"), text);
+  ShowGroup(2);
+  QTimer often;
+  Meet("csvImportDialog", [&](QDialog& dialog) {
+    QObject::connect(&often, &QTimer::timeout, &dialog, [&dialog] {
+      auto* progress = dialog.findChild<QProgressDialog*>(QStringLiteral("csvImportProgress"));
+      if (progress != nullptr && progress->isVisible())
+        QTest::mouseClick(progress->findChild<QPushButton*>(), Qt::LeftButton);
+    });
+    often.start(1);
+    Get<QLineEdit>("csvImportFile", &dialog).setText(QString::fromStdString(folder.File("in.csv")));
+    Press("csvImportOk", &dialog);
+    often.stop();
+    EXPECT_TRUE(dialog.isVisible()) << "for another try";
+    Press("csvImportCancel", &dialog);
+  });
+  Press("uploadContacts");
+  EXPECT_EQ(database.AllContacts().size(), 2u);
+  EXPECT_TRUE(boxes.shown().empty());
 }
 
 }  // namespace
