@@ -118,7 +118,7 @@ class FormTable {
       used_.insert({place, text});
       return found->second;
     }
-    findings_->push_back({kMissing, form, text});
+    if (missing_.insert({form, text}).second) findings_->push_back({kMissing, form, text});
     return text;
   }
 
@@ -134,7 +134,7 @@ class FormTable {
  private:
   std::vector<Finding>* findings_;
   std::map<std::string, TextMap> forms_;
-  std::set<std::pair<std::string, std::string>> used_;
+  std::set<std::pair<std::string, std::string>> used_, missing_;  // of each form, a text
 };
 
 // A dialog or menu with its texts replaced; anything else as it is.
