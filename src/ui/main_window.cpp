@@ -270,8 +270,8 @@ void MainWindow::paintEvent(QPaintEvent*) {
   title.setWeight(QFont::DemiBold);
   painter.setFont(title);
   painter.setPen(Qt::white);
-  painter.drawText(kBannerPlace.adjusted(76, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft,
-                   windowTitle());
+  painter.drawText(kBannerPlace.adjusted(76, 0, 0, 0),
+                   Qt::AlignVCenter | Qt::AlignLeft | Qt::AlignAbsolute, windowTitle());
 }
 
 void MainWindow::mousePressEvent(QMouseEvent* event) {

@@ -1,4 +1,5 @@
-// Draws the windows on demo data, for the documentation: screenshots FOLDER [dark]
+// Draws the windows on demo data, for the documentation: screenshots FOLDER [dark] [rtl]
+// [LANGUAGE.rcc]
 #include <QApplication>
 #include <QDir>
 #include <QLineEdit>
@@ -133,17 +134,24 @@ int main(int count, char** values) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(count, values);
   if (count < 2) {
-    std::fprintf(stderr, "usage: screenshots FOLDER [dark]\n");
+    std::fprintf(stderr, "usage: screenshots FOLDER [dark] [rtl] [LANGUAGE.rcc]\n");
     return 2;
   }
-  if (count > 2) QApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20)));
+  std::string language;
+  for (const std::string& option : std::vector<std::string>(values + 2, values + count)) {
+    if (option == "dark") QApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20)));
+    if (option == "rtl") QApplication::setLayoutDirection(Qt::RightToLeft);
+    if (option.ends_with(".rcc")) language = option;
+  }
   orvalo::ui::ApplyTheme(orvalo::ui::Theme(QApplication::palette()));
   QDir().mkpath(QString::fromLocal8Bit(values[1]));
   orvalo::test::Album album(QString::fromLocal8Bit(values[1]));
   orvalo::test::DesktopStage stage;
   // Once for the address book, so that the window finds it at its start.
-  stage.Run([](orvalo::ui::Desktop&, orvalo::Program& program) {
+  stage.Run([&](orvalo::ui::Desktop&, orvalo::Program& program) {
     orvalo::test::FillAddressBook(program.GetDatabase());
+    if (!language.empty())
+      orvalo::test::Spill(program.DataFolder() + "/Language.rcc", orvalo::test::Slurp(language));
   });
   stage.Run([&](orvalo::ui::Desktop& desktop, orvalo::Program& program) {
     orvalo::test::TakeAll(desktop, program, album);
