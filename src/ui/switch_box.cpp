@@ -36,20 +36,26 @@ void SwitchBox::paintEvent(QPaintEvent*) {
   const auto group = isEnabled() ? QPalette::Active : QPalette::Disabled;
   const auto color = [&](QPalette::ColorRole role) { return palette().color(group, role); };
 
-  const QRect inner = rect().adjusted(0, kMargin, -kMargin, -kMargin);
-  style()->drawItemText(&painter, inner, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic,
+  // The switch stands where the text's lines end: on the left where one writes to the left.
+  const bool to_left = layoutDirection() == Qt::RightToLeft;
+  const QRect inner = to_left ? rect().adjusted(kMargin, kMargin, 0, -kMargin)
+                              : rect().adjusted(0, kMargin, -kMargin, -kMargin);
+  const auto alignment = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
+  style()->drawItemText(&painter, inner, alignment | Qt::AlignVCenter | Qt::TextShowMnemonic,
                         palette(), isEnabled(), text(), QPalette::WindowText);
 
   QRectF track(QPointF(0, 0), QSizeF(TrackSize()));
-  track.moveCenter(QPointF(inner.right() + 1 - track.width() / 2, QRectF(rect()).center().y()));
+  const qreal middle =
+      to_left ? inner.left() + track.width() / 2 : inner.right() + 1 - track.width() / 2;
+  track.moveCenter(QPointF(middle, QRectF(rect()).center().y()));
   const qreal radius = track.height() / 2;
   const QColor off = color(QPalette::PlaceholderText);
   painter.setPen(isChecked() ? QPen(Qt::NoPen) : QPen(off, 1.5));
   painter.setBrush(isChecked() ? color(QPalette::Highlight) : color(QPalette::Base));
   painter.drawRoundedRect(track.adjusted(1, 1, -1, -1), radius, radius);
   QRectF knob(0, 0, track.height() - 2 * kKnobInset - 2, track.height() - 2 * kKnobInset - 2);
-  knob.moveCenter(
-      {isChecked() ? track.right() - radius : track.left() + radius, track.center().y()});
+  knob.moveCenter({isChecked() != to_left ? track.right() - radius : track.left() + radius,
+                   track.center().y()});
   painter.setPen(Qt::NoPen);
   painter.setBrush(isChecked() ? color(QPalette::HighlightedText) : off);
   painter.drawEllipse(knob);
