@@ -16,8 +16,7 @@ namespace {
 QColor ColorOf(IconTint tint, QIcon::Mode mode, QIcon::State state) {
   const QPalette palette = QGuiApplication::palette();
   if (mode == QIcon::Disabled) return palette.color(QPalette::Disabled, QPalette::ButtonText);
-  if (mode == QIcon::Selected || tint == IconTint::kOnAccent)
-    return palette.color(QPalette::HighlightedText);
+  if (tint == IconTint::kOnAccent) return palette.color(QPalette::HighlightedText);
   if (state == QIcon::On || tint == IconTint::kAccent) return palette.color(QPalette::Link);
   return palette.color(tint == IconTint::kMuted ? QPalette::PlaceholderText : QPalette::ButtonText);
 }

@@ -18,9 +18,7 @@ constexpr int kNarrowestCharacter = 2;  // pixels: what cannot be seen is not me
 void OutboxDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                            const QModelIndex& index) const {
   const QPalette palette = QGuiApplication::palette();
-  const bool selected = option.state.testFlag(QStyle::State_Selected);
-  const bool active = option.state.testFlag(QStyle::State_Active);
-  if (selected) {
+  if (option.state.testFlag(QStyle::State_Selected)) {
     option.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter,
                                           option.widget);
   }
@@ -31,13 +29,13 @@ void OutboxDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option
     decoration.value<QIcon>().paint(painter, icon);
     room.setLeft(icon.right() + 1 + kIconGap);
   }
-  painter->setPen(palette.color(selected && active ? QPalette::HighlightedText : QPalette::Text));
+  painter->setPen(palette.color(QPalette::Text));
   const QString text =
       index.data(Qt::DisplayRole).toString().left(room.width() / kNarrowestCharacter);
   painter->drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                     option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
   if (option.state.testFlag(QStyle::State_HasFocus)) {
-    painter->setPen(palette.color(selected ? QPalette::HighlightedText : QPalette::Link));
+    painter->setPen(palette.color(QPalette::Link));
     painter->drawRect(option.rect.adjusted(1, 1, -2, -2));
   }
 }
