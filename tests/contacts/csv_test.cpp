@@ -76,6 +76,7 @@ TEST_F(CsvTest, ReadsWhatStandsBetweenSeparators) {
        {"////2", "////3", "////" + twenty.substr(0, 16)}},
       {"fname,mobile\nAnn,\nBob,1\n,2", ',', 1, {"Bob////1", "////2"}},
       {"fname,mobile\nAnn,1\nBob\nEve,2\n", ',', 0, {"Ann////1"}},
+      {"mobile,fname\n1,a\n\n2,b\n", ',', 0, {"a////1", "////\n", "b////2"}},
       {"fname,a,b,c,d,mobile,sname\n1,2,3,4,5,6,7\n", ',', 0, {"5////6"}},
       {"a,b,c,d,e,f,mobile\n1,2,3,4,5,6,7\n", ',', 0, {}},
       {"fname,number\nAnn,1\n", ',', 0, {}},
