@@ -85,6 +85,9 @@ void CarrierChoice::Apply(ServiceOptions& options) const {
     if (!SplitAddress(listen, operations.address, operations.port)) {
       throw UsageError(fmt::format("--operations-listen: \"{}\" is no address and port", listen));
     }
+    // An engine keeps as many connections as it has reports to tell at a time.
+    operations.threads = 256;
+    operations.crowd = 128;
     if (IsLoopback(operations.address)) {
       operations.certificate.clear();
     } else if (operations.certificate.empty()) {

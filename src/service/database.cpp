@@ -11,7 +11,7 @@
 namespace orvalo::service {
 namespace {
 
-constexpr std::size_t kLargestGroup = 64;
+constexpr std::size_t kLargestGroup = 128;
 
 // SQLite's allocation statistics are one lock that all connections would share.
 void SwitchStatisticsOff() {
@@ -36,15 +36,20 @@ Database::Database(const std::string& folder) : folder_(folder), path_(folder + 
 
 Database::~Database() = default;
 
-void Database::Write(const std::function<void(Connection&)>& work) {
-  Job job(work);
+void Database::Write(const std::function<void(Connection&)>& work,
+                     std::chrono::milliseconds patience) {
+  Job job(work, patience.count() > 0);
   std::unique_lock lock(write_mutex_);
   waiting_.push_back(&job);
-  if (leading_) job.turn.wait(lock, [&] { return job.done || job.leads; });
+  const auto in_turn = [&] { return job.done || job.leads; };
+  if (job.patient && !job.turn.wait_for(lock, patience, in_turn)) job.patient = false;
+  if (leading_) job.turn.wait(lock, in_turn);
   if (!job.done) {
     leading_ = true;
-    const auto count = static_cast<std::ptrdiff_t>(std::min(waiting_.size(), kLargestGroup));
-    const std::vector<Job*> group(waiting_.begin(), waiting_.begin() + count);
+    std::erase(waiting_, &job);
+    const auto count = static_cast<std::ptrdiff_t>(std::min(waiting_.size(), kLargestGroup - 1));
+    std::vector<Job*> group{&job};
+    group.insert(group.end(), waiting_.begin(), waiting_.begin() + count);
     waiting_.erase(waiting_.begin(), waiting_.begin() + count);
     lock.unlock();
     RunGroup(group);
@@ -53,14 +58,20 @@ void Database::Write(const std::function<void(Connection&)>& work) {
       other->done = true;
       other->turn.notify_one();
     }
-    leading_ = !waiting_.empty();
-    if (leading_) {
-      waiting_.front()->leads = true;
-      waiting_.front()->turn.notify_one();
-    }
+    PassTheLead();
   }
   lock.unlock();
   if (job.error) std::rethrow_exception(job.error);
+}
+
+// Patient jobs go with the next that leads, or lead when their patience is at its end.
+void Database::PassTheLead() {
+  const auto next = std::find_if(waiting_.begin(), waiting_.end(),
+                                 [](const Job* waiting) { return !waiting->patient; });
+  leading_ = next != waiting_.end();
+  if (!leading_) return;
+  (*next)->leads = true;
+  (*next)->turn.notify_one();
 }
 
 void Database::RunGroup(const std::vector<Job*>& group) {

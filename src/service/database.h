@@ -1,5 +1,6 @@
 #pragma once
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -45,7 +46,11 @@ class Database {
   // Runs `work` in a transaction. When it throws, everything it did is undone and the exception
   // comes back here. When the transaction cannot be completed, the same. `work` may run on another
   // thread, one at a time with all other writes; it must not call Write.
-  void Write(const std::function<void(Connection&)>& work);
+  //
+  // Nobody waits for what is done with `patience`: for so long it waits for others, to share their
+  // flush, so that those whom somebody waits for need not wait for flushes of its own.
+  void Write(const std::function<void(Connection&)>& work,
+             std::chrono::milliseconds patience = std::chrono::milliseconds(0));
 
   // Grows whenever another process has changed the file, as far as the writer has noticed: each
   // Write looks.
@@ -53,8 +58,10 @@ class Database {
 
  private:
   struct Job {
-    explicit Job(const std::function<void(Connection&)>& its_work) : work(its_work) {}
+    Job(const std::function<void(Connection&)>& its_work, bool its_patience)
+        : work(its_work), patient(its_patience) {}
     const std::function<void(Connection&)>& work;
+    bool patient;  // does not lead now
     std::exception_ptr error;
     bool done = false;
     bool leads = false;
@@ -70,6 +77,7 @@ class Database {
     std::unique_ptr<Connection> connection;
   };
 
+  void PassTheLead();  // with the lock held
   void RunGroup(const std::vector<Job*>& group);
   void RunJob(Job& job);
   void NoticeForeignChanges();

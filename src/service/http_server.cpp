@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <mutex>
 #include <stdexcept>
@@ -62,8 +63,13 @@ std::string ListeningAddress(const HttpServerOptions& options) {
 }  // namespace
 
 struct HttpServer::Impl {
+  Impl(HttpHandler& its_handler, std::size_t its_largest_body, int its_crowd)
+      : handler(its_handler), largest_body(its_largest_body), crowd(its_crowd) {}
+
   HttpHandler& handler;
   std::size_t largest_body;
+  int crowd;
+  std::atomic<int> connections{0};
   mg_context* context = nullptr;
   std::mutex mutex;
   std::string last_message;  // of civetweb: why it does not start
@@ -83,7 +89,7 @@ struct HttpServer::Impl {
       return 400;
     }
     const auto reply = handler.Handle(request);
-    const bool close = reply.drop || request.body_too_large;
+    const bool close = reply.drop || request.body_too_large || (crowd > 0 && connections >= crowd);
     if (close) mg_disable_connection_keep_alive(connection);
     if (!reply.drop) WriteReply(connection, reply, close);
     return reply.status;
@@ -92,6 +98,11 @@ struct HttpServer::Impl {
   static Impl& Of(const mg_connection* connection) {
     return *static_cast<Impl*>(mg_get_user_data(mg_get_context(connection)));
   }
+  static int BeginConnection(const mg_connection* connection, void**) {
+    ++Of(connection).connections;
+    return 0;
+  }
+  static void EndConnection(const mg_connection* connection) { --Of(connection).connections; }
   static int BeginRequest(mg_connection* connection) { return Of(connection).Serve(connection); }
   static int HttpError(mg_connection* connection, int status, const char*) {
     mg_disable_connection_keep_alive(connection);
@@ -110,13 +121,15 @@ struct HttpServer::Impl {
 };
 
 HttpServer::HttpServer(const HttpServerOptions& options, HttpHandler& handler)
-    : impl_(new Impl{handler, options.largest_body, nullptr, {}, {}}) {
+    : impl_(std::make_unique<Impl>(handler, options.largest_body, options.crowd)) {
   const unsigned features = options.certificate.empty() ? MG_FEATURES_DEFAULT : MG_FEATURES_TLS;
   // Without this check a missing TLS library would show at the first connection, as a crash.
   if (mg_init_library(features) != features) {
     throw std::runtime_error("the TLS library cannot be loaded");
   }
   mg_callbacks callbacks{};
+  callbacks.init_connection = &Impl::BeginConnection;
+  callbacks.connection_closed = &Impl::EndConnection;
   callbacks.begin_request = &Impl::BeginRequest;
   callbacks.http_error = &Impl::HttpError;
   callbacks.log_message = &Impl::LogMessage;

@@ -12,6 +12,9 @@ struct HttpServerOptions {
   int port = 0;                       // 0: any free one
   std::string certificate;            // a PEM file with key and certificates; empty: no TLS
   int threads = 64;                   // as many connections are served at a time
+  // From so many connections on, each ends with its reply, so that clients that keep theirs cannot
+  // keep others out; 0: never.
+  int crowd = 0;
   std::size_t largest_body = 1u << 20;
 };
 

@@ -9,6 +9,7 @@ namespace orvalo::service {
 namespace {
 
 constexpr std::int64_t kCountEveryMs = 1'000;
+constexpr std::chrono::milliseconds kPatience(10);
 
 }  // namespace
 
@@ -100,9 +101,11 @@ GatewayStatus KannelCarrier::StatusOf(Connection& connection, const CarriedMessa
 bool KannelCarrier::TakeReport(std::string_view key, std::string_view number, int bits,
                                std::string_view detail) {
   std::optional<outbox::Reported> reported;
-  parts_.database.Write([&](Connection& connection) {
-    reported = outbox::TakeReport(connection, key, number, bits, detail, parts_.clock.Now());
-  });
+  parts_.database.Write(
+      [&](Connection& connection) {
+        reported = outbox::TakeReport(connection, key, number, bits, detail, parts_.clock.Now());
+      },
+      kPatience);
   if (!reported) {
     parts_.metrics.Count("orvalo_reports_unknown_total");
     return false;

@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t kFewLoaded = 500;
 constexpr int kMostLoaded = 2'000;
+constexpr std::chrono::milliseconds kPatience(2);
 constexpr std::int64_t kLookAroundMs = 1'000;
 constexpr int kLongestBackoffSeconds = 60;
 
@@ -122,15 +123,17 @@ bool OutboxSender::Write(std::optional<Answered>& answered, std::optional<Handov
   const auto all = next;
   const auto now = parts_.clock.Now();
   try {
-    parts_.database.Write([&](Connection& connection) {
-      asked.clear();
-      if (answered) Record(connection, *answered);
-      if (!next) return;
-      next->key = NewId(now);
-      for (auto& part : next->to) {
-        if (outbox::Ask(connection, part.id, next->key, now)) asked.push_back(part);
-      }
-    });
+    parts_.database.Write(
+        [&](Connection& connection) {
+          asked.clear();
+          if (answered) Record(connection, *answered);
+          if (!next) return;
+          next->key = NewId(now);
+          for (auto& part : next->to) {
+            if (outbox::Ask(connection, part.id, next->key, now)) asked.push_back(part);
+          }
+        },
+        kPatience);
   } catch (const std::exception& failure) {
     parts_.log.Error("outbox_unwritable", {{"reason", failure.what()}});
     if (all) Forget(*all);

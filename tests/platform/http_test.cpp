@@ -212,5 +212,26 @@ TEST(Http, NeverTakesADeadServerForOneThatSawNothing) {
   EXPECT_EQ(client.Perform(Post(server.Url(), "x")).failure, HttpFailure::kUnreachable);
 }
 
+TEST(Http, SendsOnceWhatMustNotGoOutTwice) {
+  HttpClient client;
+  std::atomic<int> requests = 0;
+  RawServer server([&](RawServer::Connection& connection) {
+    // Takes a second request on the kept connection, and closes without a word.
+    for (int i = 0; i < 2 && !connection.ReadRequest().empty(); ++i) {
+      ++requests;
+      if (i == 0) connection.SendReply("first");
+    }
+  });
+  auto once = Post(server.Url(), "x");
+  once.once = true;
+  EXPECT_EQ(client.Perform(Post(server.Url(), "x")).body, "first");
+  EXPECT_EQ(client.Perform(once).failure, HttpFailure::kNoReply);
+  EXPECT_EQ(requests, 2);
+  EXPECT_EQ(client.Perform(once).body, "first") << "a new connection takes it";
+  EXPECT_EQ(client.Perform(Post(server.Url(), "x")).body, "first") << "others go out again";
+  EXPECT_EQ(requests, 5);
+  client.SetProxy({});
+}
+
 }  // namespace
 }  // namespace orvalo::test

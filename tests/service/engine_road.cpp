@@ -14,7 +14,7 @@ EngineRoad::EngineRoad(const KannelEngine::Options& engine_options, std::vector<
              "--carrier",
              "kannel",
              "--operations-listen",
-             "127.0.0.1:0",
+             "127.0.0.1:" + std::to_string(UnusedPort()),  // the same after a restart
              "--kannel-user",
              "orvalo",
              "--kannel-password-file",

@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
+#include <atomic>
 #include <map>
 
 #include "service/engine_road.h"
 #include "service/gsm_alphabet.h"
 #include "service/secrets.h"
+#include "support/raw_server.h"
 
 namespace orvalo::test {
 namespace {
@@ -116,6 +119,206 @@ TEST_F(KannelTest, WritesWhatArrivesAtTheNetworkFieldByField) {
     }
   }
   for (const auto& id : ids) EXPECT_EQ(EngineRoad::AwaitStatus(demo, id, 4), 4);
+  EXPECT_TRUE(road.AddsUp());
+}
+
+TEST_F(KannelTest, TellsWhatBecameOfEachPartAndChargesForWhatWasSent) {
+  EngineRoad road;
+  ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+  ASSERT_EQ(road.Run({"price", "set", "2783", "0.5"}).status, 0);
+  road.StartService();
+  auto demo = road.Caller();
+  const struct {
+    const char* number;
+    int parts, status;
+    const char* charge;
+  } cases[] = {
+      {"2782111001", 1, 4, "0.8"},  {"2783111001", 2, 4, "1.0"},  // by the prefix, by the part
+      {"2782111991", 1, 9, "0.0"},  {"2782111992", 1, 7, "0.8"}, {"2782111993", 1, 4, "0.8"},
+      {"2782111994", 1, 10, "0.8"}, {"2782111995", 1, 7, "0.8"}, {"2782111996", 1, 3, "0.8"},
+      {"2782111999", 1, 6, "0.8"},  {"9992111001", 1, 9, "0.0"},  // the engine has no way there
+      {"2783111991", 2, 9, "0.0"},  {"2783111992", 2, 7, "1.0"},
+  };
+  std::vector<std::string> ids;
+  for (const auto& one : cases) {
+    const auto reply =
+        demo.Post("/v1/messages",
+                  {{"to", one.number}, {"text", std::string(one.parts * 150, 'x')}, {"concat", 3}});
+    ids.push_back(reply.body.value("id", ""));
+  }
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    EXPECT_EQ(EngineRoad::AwaitStatus(demo, ids[i], cases[i].status), cases[i].status)
+        << cases[i].number;
+  }
+  // Both parts of a refused message are refunded, each once, whoever is told first.
+  ASSERT_TRUE(EngineRoad::Await([&] { return demo.Balance() == "992.4"; })) << demo.Balance();
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    EXPECT_EQ(demo.Get("/v1/messages/" + ids[i]).body.value("charge", ""), cases[i].charge)
+        << cases[i].number;
+  }
+  EXPECT_TRUE(road.AddsUp());
+
+  const auto batch = demo.Post("/v1/batches", {{"text", "To all"}}).body.value("batch", "");
+  const auto results =
+      demo.Post("/v1/batches/" + batch + "/recipients",
+                {{"to", {"+2782111001", "2782111001", "2782111991", "9992111001", "2782111002"}}})
+          .body.at("results");
+  for (const auto& [index, status] : {std::pair{0, 4}, {1, 4}, {2, 9}, {3, 9}, {4, 4}}) {
+    EXPECT_EQ(EngineRoad::AwaitStatus(demo, results.at(index).at("id"), status), status) << index;
+  }
+  const auto refusals = {nlohmann::json{{"text", "x"}, {"sender", "far too long a name"}},
+                         nlohmann::json{{"text", "x"}, {"sender", "nö"}},
+                         nlohmann::json{{"text", Repeated(71, "ж")}},
+                         nlohmann::json{{"text", Repeated(81, "€")}}};
+  for (auto refused : refusals) {
+    refused["to"] = "2782111001";
+    EXPECT_GE(demo.Post("/v1/messages", refused).status, 400) << refused;
+  }
+  EXPECT_TRUE(road.AddsUp());
+  const auto metrics = road.Operations("/metrics");
+  EXPECT_THAT(metrics, HasSubstr("orvalo_reported_parts_total{state=\"delivered\"} 7"));
+  EXPECT_THAT(metrics, HasSubstr("orvalo_engine_links_usable 1"));
+  EXPECT_EQ(road.Operations("/ready"), "ready\n");
+}
+
+TEST_F(KannelTest, WaitsForAnEngineThatIsAwayAndFailsNothing) {
+  EngineRoad road({.smsboxes = 2, .core = "", .smsc = ""});
+  road.StartService();
+  auto demo = road.Caller();
+  std::vector<std::string> ids;
+  const auto send = [&] { ids.push_back(demo.Message("2782111001").body.value("id", "")); };
+  send();
+  EXPECT_EQ(demo.Get("/v1/messages/" + ids[0]).body.value("status", 0), 2);
+  EXPECT_EQ(demo.Get("/v1/health").status, 503);
+  EXPECT_EQ(road.Operations("/ready"), "the network is not available\n");
+  ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+  EXPECT_EQ(EngineRoad::AwaitStatus(demo, ids[0], 4), 4);
+  road.engine.KillSmsbox(0);  // the other takes its place
+  for (int i = 0; i < 6; ++i) send();
+  for (const auto& id : ids) EXPECT_EQ(EngineRoad::AwaitStatus(demo, id, 4), 4);
+  road.engine.KillAll();
+  send();
+  ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+  EXPECT_EQ(EngineRoad::AwaitStatus(demo, ids.back(), 4), 4);
+  EXPECT_TRUE(road.Doubts().empty());
+
+  // A wrong password is no fault of a message: it waits, and goes when the password is right.
+  Spill(road.folder.File("password"), "wrong\n");
+  road.service->Stop(SIGTERM);
+  road.StartService();
+  auto again = road.Caller();
+  const auto id = again.Message("2782111001").body.value("id", "");
+  ASSERT_TRUE(EngineRoad::Await([&] {
+    return Slurp(road.folder.File("err")).find("engine_login_refused") != std::string::npos;
+  }));
+  EXPECT_EQ(again.Get("/v1/messages/" + id).body.value("status", 0), 2);
+  EXPECT_EQ(Slurp(road.folder.File("err")).find("wrong"), std::string::npos);
+  Spill(road.folder.File("password"), "engine\n");
+  road.service->Stop(SIGTERM);
+  road.StartService();
+  auto last = road.Caller();
+  EXPECT_EQ(EngineRoad::AwaitStatus(last, id, 4), 4);
+  EXPECT_EQ(road.network.count(), ids.size() + 1);
+  EXPECT_TRUE(road.AddsUp());
+}
+
+// An engine that takes requests and never answers stands for every lost reply.
+TEST_F(KannelTest, NeverSendsAgainWhatMayHaveBeenSent) {
+  std::atomic<int> asked = 0;
+  std::string report;  // the address of the last one's reports
+  RawServer engine([&](RawServer::Connection& connection) {
+    const auto request = connection.ReadRequest();
+    if (request.empty()) return;
+    const auto at = request.find("/reports/");
+    report = request.substr(at, 9 + 32);
+    ++asked;
+  });
+  EngineRoad road;
+  auto& options = road.options;
+  *(std::find(options.begin(), options.end(), "--kannel-url") + 1) = engine.Url("/cgi-bin/sendsms");
+  const auto status = std::find(options.begin(), options.end(), "--kannel-status-url");
+  options.erase(status, status + 4);
+  road.StartService();
+  auto demo = road.Caller();
+  std::vector<std::string> ids;
+  for (int i = 0; i < 4; ++i) {
+    ids.push_back(demo.Message("2782111001").body.value("id", ""));
+    ASSERT_EQ(EngineRoad::AwaitStatus(demo, ids.back(), 1), 1);
+  }
+  EXPECT_EQ(asked, 4);
+  EXPECT_EQ(road.Doubts().size(), 4u);
+  EXPECT_EQ(demo.Balance(), "996.8");
+
+  // A report settles one, whatever comes after it; a person the others.
+  const auto tell = [&](const std::string& key, const std::string& number, const char* type) {
+    platform::HttpClient client;
+    platform::HttpRequest request;
+    request.url = "http://127.0.0.1:" + std::to_string(road.service->operations_port()) + key +
+                  "?type=" + type + "&to=" + number + "&detail=x";
+    return client.Perform(request).status;
+  };
+  const auto forged = "/reports/" + std::string(32, '0');
+  EXPECT_EQ(tell(forged, "2782111001", "1"), 404);
+  EXPECT_EQ(tell(report, "2782111002", "1"), 404);
+  EXPECT_EQ(tell(report, "2782111001", "99"), 404);
+  for (const char* type : {"1", "8", "1", "34"}) EXPECT_EQ(tell(report, "2782111001", type), 200);
+  EXPECT_EQ(demo.Get("/v1/messages/" + ids[3]).body.value("status", 0), 4);
+  EXPECT_EQ(road.Run({"outbox", "settle", ids[0], "not-sent"}).out, "1\n");
+  EXPECT_EQ(road.Run({"outbox", "settle", ids[0], "not-sent"}).status, 1);
+  EXPECT_EQ(road.Run({"outbox", "settle", ids[1] + "/1", "sent"}).out, "1\n");
+  EXPECT_EQ(demo.Balance(), "997.6");
+  EXPECT_EQ(demo.Get("/v1/messages/" + ids[0]).body.value("status", 0), 6);
+  EXPECT_EQ(road.Run({"outbox", "settle", "all", "again"}).out, "1\n");
+  ASSERT_TRUE(EngineRoad::Await([&] { return asked == 5; }));
+  EXPECT_EQ(EngineRoad::AwaitStatus(demo, ids[2], 1), 1);
+
+  // What was being handed over when the service died is in doubt, and nothing else is.
+  road.service->Stop(SIGKILL);
+  road.StartService();
+  EXPECT_EQ(road.Doubts().size(), 1u);
+  EXPECT_TRUE(road.AddsUp());
+  EXPECT_EQ(asked, 5);
+}
+
+// Everything dies over and over; every message is accounted for.
+TEST_F(KannelTest, AccountsForEveryMessageWhenEverythingIsKilled) {
+  EngineRoad road;
+  ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+  road.StartService();
+  constexpr int kMessages = 120;
+  const auto number = [](int i) { return std::to_string(27820000 + i) + "00"; };
+  for (int i = 0; i < kMessages; ++i) {
+    if (i % 40 == 10) {
+      road.service->Stop(SIGKILL);
+      road.StartService();
+    }
+    if (i % 40 == 30) {
+      road.engine.KillAll();
+      ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+    }
+    auto demo = road.Caller();
+    ASSERT_EQ(demo.Message(number(i)).status, 200);
+  }
+  const auto settled = [&] {
+    return road.Run({"outbox", "list", "--json"}).out.find("\"waiting\"") == std::string::npos;
+  };
+  ASSERT_TRUE(EngineRoad::Await(settled));
+  // Every message is at the network or in doubt; the engine itself may repeat what the network had
+  // not yet acknowledged when it was killed.
+  std::map<std::string, int> seen;
+  std::map<std::string, nlohmann::json> doubts;
+  const auto accounted = [&] {
+    seen.clear();
+    doubts.clear();
+    for (const auto& sm : road.network.submitted()) ++seen[sm.dest];
+    for (const auto& doubt : road.Doubts()) doubts[doubt.at("number")] = doubt;
+    for (int i = 0; i < kMessages; ++i) {
+      if (!seen.contains(number(i)) && !doubts.contains(number(i))) return false;
+    }
+    return true;
+  };
+  EXPECT_TRUE(EngineRoad::Await(accounted));
+  EXPECT_EQ(road.service->Ledger().size(), std::size_t{kMessages});
   EXPECT_TRUE(road.AddsUp());
 }
 

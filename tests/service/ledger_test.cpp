@@ -6,6 +6,7 @@
 #include <set>
 #include <thread>
 
+#include "service/ledger_check.h"
 #include "service/running_service.h"
 
 namespace orvalo::test {
@@ -53,6 +54,24 @@ TEST(IdempotencyKeys, HoldWhenTheSameRequestComesManyTimesAtOnce) {
   EXPECT_EQ(entries, std::set<std::string>(ids[0].begin(), ids[0].end()));
   EXPECT_EQ(running.Entries().size(), std::size_t{kRounds});
   EXPECT_EQ(ann.Balance(), "80.0");
+}
+
+TEST(Ledger, TakesOverTheFileOfAnOlderVersion) {
+  RunningService running;
+  auto ann = running.Caller();
+  const auto id = ann.Message("27821110001").body.value("id", "");
+  running.service().database().Write([](service::Connection& connection) {
+    connection.database().exec("DROP TABLE outbox; PRAGMA user_version=1");
+  });
+  running.Restart();
+  auto again = running.Caller();
+  EXPECT_EQ(again.Get("/v1/messages/" + id).status, 200);
+  EXPECT_EQ(again.Balance(), "99.2");
+  running.service().database().Read([](service::Connection& connection) {
+    const auto check = service::CheckLedger(connection);
+    EXPECT_EQ(check.messages, 1);
+    EXPECT_TRUE(check.faults.empty());
+  });
 }
 
 TEST(Credit, IsNeverOverdrawn) {
