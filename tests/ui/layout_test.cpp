@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLayout>
+#include <map>
 #include <memory>
 
 #include "platform/resource_container.h"
@@ -44,6 +46,23 @@ std::string CutOff(const QWidget& window) {
   return found;
 }
 
+// The controls of `window` that answer to the same key.
+std::string SharedKeys(const QWidget& window) {
+  std::map<QKeySequence, std::string> taken;
+  std::string found;
+  const auto check = [&](const QWidget& control, const QString& text) {
+    const QKeySequence key = QKeySequence::mnemonic(text);
+    if (key.isEmpty() || !control.isVisibleTo(&window)) return;
+    const auto [place, is_new] = taken.emplace(key, control.objectName().toStdString());
+    if (!is_new) found += place->second + " and " + control.objectName().toStdString() + "\n";
+  };
+  for (const QLabel* label : window.findChildren<QLabel*>()) {
+    if (label->buddy() != nullptr) check(*label, label->text());
+  }
+  for (const auto* button : window.findChildren<QAbstractButton*>()) check(*button, button->text());
+  return found;
+}
+
 struct Setting {
   const char* language;  // a container, or none for the program's own
   Qt::LayoutDirection direction;
@@ -71,6 +90,7 @@ TEST_P(LayoutTest, EveryDialogHoldsItsTexts) {
     forms.LoadInto(window, std::stoi(path.substr(8)));
     window.show();
     EXPECT_EQ(CutOff(window), "") << path;
+    EXPECT_EQ(SharedKeys(window), "") << path;
     EXPECT_LE(window.width(), 1000) << path;
     ++count;
   }
@@ -93,6 +113,7 @@ TEST_P(LayoutTest, EveryPageOfTheWindowHoldsItsTexts) {
       DesktopStage::Click(desktop, tab);
       QTest::qWait(1);
       EXPECT_EQ(CutOff(window), "") << tab;
+      EXPECT_EQ(SharedKeys(window), "") << tab;
     }
     // The tabs follow the direction of the language.
     const auto left_of = [&](const char* a, const char* b) {
