@@ -105,6 +105,7 @@ std::int32_t MainShell::Handle(std::uint32_t message, std::int32_t wparam, std::
 }
 
 void MainShell::OnTimer(ShellTimer timer) {
+  if (ended_) return;
   switch (timer) {
     case ShellTimer::kBalance:
       throttle_.OnTimer();

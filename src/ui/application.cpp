@@ -47,7 +47,13 @@ bool Application::notify(QObject* receiver, QEvent* event) {
 }
 
 void Application::RethrowFault() {
-  if (fault_) std::rethrow_exception(std::exchange(fault_, nullptr));
+  if (!fault_) return;
+  // After exit() no event loop runs any more, not even that of the message about the fault: only
+  // the end of exec() allows them again.
+  QMetaObject::invokeMethod(
+      this, [] { exit(0); }, Qt::QueuedConnection);
+  exec();
+  std::rethrow_exception(std::exchange(fault_, nullptr));
 }
 
 void Application::FollowSystem() {

@@ -14,7 +14,7 @@ class Application : public QApplication {
   Application(int& count, char** values);
 
   bool notify(QObject* receiver, QEvent* event) override;
-  // To be called after each event loop. Throws what a handler has thrown.
+  // To be called after each event loop, when none runs any more. Throws what a handler has thrown.
   void RethrowFault();
 
   // Called on the main thread when the session ends or the system wishes the program's end; an

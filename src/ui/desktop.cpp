@@ -37,11 +37,21 @@ Desktop::Desktop(Program& program, const Surroundings& around)
       compose_(program, kit_, outbox_.Page(), program.GetExternalAddressBook()),
       contacts_(program, kit_, mailbox_, compose_.Recipients()),
       options_(program, kit_, around.shell, mailbox_, balances_),
-      banner_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), mailbox_,
-               program.DataFolder(), {}}),
+      banner_({program.GetSettings(),
+               program.GetTexts(),
+               program.GetMessageBoxes(),
+               mailbox_,
+               program.DataFolder(),
+               {}}),
       update_window_(kit_, window_, around.pause),
-      update_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), update_window_,
-               program.DataFolder(), platform::StartProgram, [this] { shell_.End(); }, {}}),
+      update_({program.GetSettings(),
+               program.GetTexts(),
+               program.GetMessageBoxes(),
+               update_window_,
+               program.DataFolder(),
+               platform::StartProgram,
+               [this] { shell_.End(); },
+               {}}),
       shell_({program.GetSettings(), program.GetTexts(), program.GetClock(),
               program.GetMessageBoxes(), mailbox_, balance_mailbox_, *this, window_}) {
   outbox_.Page().SetMessageLoader(&compose_.Page());
@@ -91,18 +101,16 @@ void Desktop::StartEngine() { program_.GetEngine().StartEngine(); }
 
 void Desktop::CommitStore() { program_.GetDatabase().Commit(); }
 
-void Desktop::ShowVersion() { 
+void Desktop::ShowVersion() {
   VersionDialog(kit_,
                 VersionLines(program_.GetSettings(), program_.GetTexts(), program_.GetGateway()),
                 &window_)
       .exec();
- }
+}
 
 void Desktop::CheckForUpdates() { update_.CheckForUpdates(); }
 
-void Desktop::OpenProxySettings() {
-  options_.OpenProxySettings(&window_);
-}
+void Desktop::OpenProxySettings() { options_.OpenProxySettings(&window_); }
 
 void Desktop::RunComposeCommand(ShellCommand command) { compose_.Window().Run(command); }
 

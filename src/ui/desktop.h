@@ -75,7 +75,7 @@ class Desktop : public MainShellActions {
   ui::Kit kit_;
   WindowMailbox mailbox_;          // of the main window
   WindowMailbox balance_mailbox_;  // gets kWmQueryBalance
-  MainWindow window_;      // goes after the pages, which are its children
+  MainWindow window_;              // goes after the pages, which are its children
   BalanceLines balances_;
   LoginArea login_;
   OutboxArea outbox_;

@@ -1,6 +1,7 @@
 #include "ui/main_window.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QButtonGroup>
 #include <QCloseEvent>
 #include <QCursor>
@@ -231,11 +232,19 @@ void MainWindow::ReloadBanner() {
   update();
 }
 
+// Whatever is open ends with the window, as when the operator cancels it: the run waits for each
+// dialog's own event loop.
 void MainWindow::Close() {
   ended_ = true;
   tray_.Remove();
   hide();
   if (closed_) closed_();
+  if (QWidget* menu = QApplication::activePopupWidget()) menu->close();
+  for (QWidget* open = QApplication::activeModalWidget(); open != nullptr && open->close();)
+    open = QApplication::activeModalWidget();
+  for (QWidget* other : QApplication::topLevelWidgets()) {
+    if (other->isVisible() && other->windowType() == Qt::Dialog) other->close();
+  }
 }
 
 void MainWindow::StartTimer(ShellTimer timer, std::int64_t milliseconds) {

@@ -87,9 +87,13 @@ QWidget* Owner() {
   return active;
 }
 
+QString OneKindOfBreak(const std::string& text) {
+  return QString::fromStdString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+}
+
 BoxAnswer ShowBox(const std::string& text, const std::string& caption, BoxIcon icon,
                   BoxButtons buttons) {
-  QMessageBox box(IconOf(icon), QString::fromStdString(caption), QString::fromStdString(text),
+  QMessageBox box(IconOf(icon), QString::fromStdString(caption), OneKindOfBreak(text),
                   ButtonsOf(buttons), Owner());
   box.setObjectName(QStringLiteral("messageBox"));
   box.setTextFormat(Qt::PlainText);
@@ -106,8 +110,7 @@ BoxAnswer ShowLinkBox(const std::string& text, const std::string& caption, const
   };
   box.setTextFormat(Qt::RichText);
   box.setText(QStringLiteral("<b>%1</b>").arg(escaped(caption)));
-  QString body = escaped(text);
-  body.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+  QString body = OneKindOfBreak(text).toHtmlEscaped();
   body.replace(u'\n', QStringLiteral("<br>"));
   box.setInformativeText(QStringLiteral("%1<p><a href=\"%2\">%2</a></p>").arg(body, escaped(url)));
   for (QLabel* label : box.findChildren<QLabel*>()) {

@@ -4,15 +4,20 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModel>
+#include <QEventLoop>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTableView>
+#include <QTimer>
 #include <QTreeView>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "ui/application.h"
 #include "ui/desktop_stage.h"
+#include "ui/message_dialogs.h"
 
 namespace orvalo::ui {
 namespace {
@@ -189,10 +194,30 @@ TEST_F(DesktopJourney, ExitStoresTheOptionsInFrontAndCloseAppOnlyHides) {
     EXPECT_TRUE(desktop.Window().isMinimized());  // there is no notification area here
     desktop.Shell().TrayLeftClick();
     EXPECT_FALSE(desktop.Window().isMinimized());
-    desktop.Shell().Run(ShellCommand::kExit);
+    // The end takes an open dialog along: nobody may be there to answer it.
+    QTimer::singleShot(0, [&] { desktop.Shell().Run(ShellCommand::kExit); });
+    desktop.Shell().Run(ShellCommand::kShowVersion);
     EXPECT_FALSE(desktop.Window().isVisible());
     EXPECT_EQ(program.GetSettings().Text(TextSetting::kPrefix), "27");
   });
+}
+
+// The fault of a handler ends every loop; the message that tells of it needs one of its own.
+TEST(ApplicationTest, AFaultIsThrownAgainAndCanBeTold) {
+  auto& application = dynamic_cast<Application&>(*qApp);
+  QTimer::singleShot(0, [] { throw std::runtime_error("no more"); });
+  QEventLoop().exec();
+  EXPECT_THROW(application.RethrowFault(), std::runtime_error);
+  bool told = false;
+  test::RecordingShell shell;
+  MessageDialogs boxes(shell);
+  QTimer::singleShot(0, [&] {
+    told = QApplication::activeModalWidget() != nullptr;
+    if (told) QApplication::activeModalWidget()->close();
+  });
+  boxes.Show("It ended.", "Unexpected error ...", platform::BoxIcon::kStop,
+             platform::BoxButtons::kOkOnly);
+  EXPECT_TRUE(told);
 }
 
 }  // namespace

@@ -1,15 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <QApplication>
-
-#include "ui/theme.h"
+#include "ui/application.h"
 
 // The windows' tests need no display.
 int main(int count, char** values) {
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   ::testing::InitGoogleTest(&count, values);
-  QApplication application(count, values);
-  QApplication::setQuitOnLastWindowClosed(false);
-  orvalo::ui::ApplyTheme(orvalo::ui::Theme(QApplication::palette()));
+  orvalo::ui::Application application(count, values);
   return RUN_ALL_TESTS();
 }
