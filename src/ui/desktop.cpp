@@ -75,6 +75,7 @@ Desktop::Desktop(Program& program, const Surroundings& around)
   window_.AddPage(ShellPage::kContacts, contacts_.Window());
   window_.AddPage(ShellPage::kOutbox, outbox_.Window());
   window_.AddPage(ShellPage::kOptions, options_.Window());
+  style_hold_.reset();
   window_.FixSize();
   program_.GetNotices().SetMainWindow(&mailbox_);
 }

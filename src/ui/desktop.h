@@ -2,6 +2,7 @@
 #include <QEventLoop>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "shell/banner.h"
@@ -17,6 +18,7 @@
 #include "ui/options_area.h"
 #include "ui/outbox_area.h"
 #include "ui/surroundings.h"
+#include "ui/theme.h"
 #include "ui/update_window.h"
 #include "ui/window_mailbox.h"
 
@@ -68,6 +70,7 @@ class Desktop : public MainShellActions {
   void ShowBalances();
   void Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lparam);
 
+  std::optional<StyleHold> style_hold_{std::in_place};  // while the windows are made
   Program& program_;
   const Surroundings& around_;
   FormLoader forms_;

@@ -16,15 +16,22 @@
 
 namespace orvalo::ui {
 
-namespace {
-
-// Knows our classes, and gives the form's root the object that asked for the form.
-class OwnClassesLoader : public QUiLoader {
+// Knows our classes, and gives a form's root the object that asked for the form. One for all forms:
+// making one looks for plugins on the disk.
+class FormLoader::OwnClassesLoader : public QUiLoader {
  public:
-  OwnClassesLoader(QWidget& self,
-                   const std::map<std::string, FormLoader::Factory, std::less<>>& classes)
-      : self_(&self), classes_(classes) {
+  OwnClassesLoader(const std::map<std::string, Factory, std::less<>>& classes,
+                   const QString& folder)
+      : classes_(classes) {
     clearPluginPaths();  // no Designer plugin from the disk comes into the process
+    setWorkingDirectory(QDir(folder));
+  }
+
+  bool LoadInto(QWidget& self, QIODevice& form) {
+    self_ = &self;
+    const bool loaded = load(&form, self.parentWidget()) == &self;
+    self_ = nullptr;
+    return loaded;
   }
 
   QWidget* createWidget(const QString& class_name, QWidget* parent, const QString& name) override {
@@ -41,9 +48,11 @@ class OwnClassesLoader : public QUiLoader {
   }
 
  private:
-  QWidget* self_;
-  const std::map<std::string, FormLoader::Factory, std::less<>>& classes_;
+  QWidget* self_ = nullptr;
+  const std::map<std::string, Factory, std::less<>>& classes_;
 };
+
+namespace {
 
 std::string ReadEntry(const platform::ResourceContainer& container, const std::string& path) {
   std::optional<std::string> bytes = container.Read(path);
@@ -63,9 +72,14 @@ QJsonArray ReadList(const platform::ResourceContainer& container, const std::str
 
 }  // namespace
 
-FormLoader::FormLoader(const platform::ResourceContainer& container) : container_(container) {
+FormLoader::FormLoader(const platform::ResourceContainer& container)
+    : container_(container),
+      loader_(std::make_unique<OwnClassesLoader>(
+          classes_, QString::fromStdString(container.Root() + "/dialogs"))) {
   Register("SwitchBox", [](QWidget* parent) { return new SwitchBox(parent); });
 }
+
+FormLoader::~FormLoader() = default;
 
 void FormLoader::Register(const std::string& class_name, Factory factory) {
   classes_[class_name] = std::move(factory);
@@ -77,10 +91,8 @@ void FormLoader::LoadInto(QWidget& self, int id) const {
   QByteArray bytes = QByteArray::fromStdString(form);
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::ReadOnly);
-  OwnClassesLoader loader(self, classes_);
-  loader.setWorkingDirectory(QDir(QString::fromStdString(container_.Root() + "/dialogs")));
-  if (loader.load(&buffer, self.parentWidget()) != &self) {
-    throw FormError("'" + path + "': " + loader.errorString().toStdString());
+  if (!loader_->LoadInto(self, buffer)) {
+    throw FormError("'" + path + "': " + loader_->errorString().toStdString());
   }
   ShowTestIds(self);
 }

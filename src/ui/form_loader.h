@@ -34,6 +34,9 @@ class FormLoader {
   using Factory = std::function<QWidget*(QWidget* parent)>;
 
   explicit FormLoader(const platform::ResourceContainer& container);
+  ~FormLoader();
+  FormLoader(const FormLoader&) = delete;
+  FormLoader& operator=(const FormLoader&) = delete;
 
   // Makes a class of ours known to the dialogs, by the name it is promoted to there. SwitchBox is
   // known from the start.
@@ -51,8 +54,11 @@ class FormLoader {
   QList<QAction*> LoadAccelerators(int id, QWidget& owner) const;
 
  private:
+  class OwnClassesLoader;
+
   const platform::ResourceContainer& container_;
   std::map<std::string, Factory, std::less<>> classes_;
+  std::unique_ptr<OwnClassesLoader> loader_;
 };
 
 // The control of that name inside a loaded form. Throws FormError when it is missing or of another

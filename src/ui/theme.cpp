@@ -118,4 +118,8 @@ void ApplyTheme(const Theme& theme) {
   qApp->setStyleSheet(theme.StyleSheet());
 }
 
+StyleHold::StyleHold() : sheet_(qApp->styleSheet()) { qApp->setStyleSheet(QString()); }
+
+StyleHold::~StyleHold() { qApp->setStyleSheet(sheet_); }
+
 }  // namespace orvalo::ui

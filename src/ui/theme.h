@@ -35,4 +35,17 @@ class Theme {
 // Gives the application style, palette and style sheet of `theme`.
 void ApplyTheme(const Theme& theme);
 
+// Holds the application's style sheet back while it lives: many windows are then made in a fraction
+// of the time, and styled together at its end.
+class StyleHold {
+ public:
+  StyleHold();
+  ~StyleHold();
+  StyleHold(const StyleHold&) = delete;
+  StyleHold& operator=(const StyleHold&) = delete;
+
+ private:
+  const QString sheet_;
+};
+
 }  // namespace orvalo::ui

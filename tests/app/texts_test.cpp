@@ -12,6 +12,7 @@ class OneEntryContainer : public platform::ResourceContainer {
     return path == "strings.json" ? strings_ : std::nullopt;
   }
   std::string Root() const override { return ":/test"; }
+  std::vector<std::string> Paths() const override { return {"strings.json"}; }
 
  private:
   std::optional<std::string> strings_;
