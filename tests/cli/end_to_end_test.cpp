@@ -1,5 +1,4 @@
 #include <cmath>
-#include <condition_variable>
 #include <csignal>
 #include <thread>
 
@@ -11,20 +10,6 @@ namespace orvalo::test {
 namespace {
 
 using testing::HasSubstr;
-
-// A clock on which a short wait takes only as long as the others need to get something done: the
-// seconds between a command's questions pass at once, the engine's minute does not.
-class HurryingClock : public FakeClock {
- public:
-  bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition,
-                 std::int64_t tick, const std::function<bool()>& ready) override {
-    constexpr std::int64_t kShort = 2000;
-    if (tick - Tick() > kShort) return FakeClock::WaitUntil(lock, condition, tick, ready);
-    condition.wait_for(lock, std::chrono::milliseconds(20), ready);
-    if (!ready() && tick > Tick()) Advance(tick - Tick());
-    return ready();
-  }
-};
 
 // Money in tenths, exactly.
 std::int64_t Tenths(const std::string& amount) { return std::lround(std::stod(amount) * 10); }
