@@ -111,6 +111,7 @@ bool KannelCarrier::TakeReport(std::string_view key, std::string_view number, in
     return false;
   }
   parts_.metrics.Count("orvalo_reports_total", "type=\"" + std::to_string(bits) + "\"");
+  if (reported->before == PartState::kTaken) sender_.RoomMade();
   if (reported->repeated) parts_.metrics.Count("orvalo_reports_repeated_total");
   if (reported->after != reported->before) {
     parts_.metrics.Count("orvalo_reported_parts_total",

@@ -46,6 +46,10 @@ void OutboxSender::Poke() {
   reader_.notify_all();
 }
 
+void OutboxSender::RoomMade() {
+  if (lacks_room_.exchange(false)) Poke();
+}
+
 void OutboxSender::ReadAhead() {
   std::unique_lock lock(mutex_);
   while (!stops_) {
@@ -77,6 +81,7 @@ void OutboxSender::Load() {
   auto known = loaded_;
   lock.unlock();
   const auto most = std::min<std::int64_t>(room, kMostLoaded);
+  lacks_room_ = room < kMostLoaded;
   if (most <= static_cast<std::int64_t>(known.size())) return;
   auto waiting = parts_.database.Read([&](Connection& connection) {
     return outbox::Due(connection, parts_.clock.Now(), static_cast<int>(most));
@@ -120,7 +125,11 @@ std::optional<Handover> OutboxSender::Next(bool wait) {
 // wait. Whatever could not be written is tried again; false when that was so.
 bool OutboxSender::Write(std::optional<Answered>& answered, std::optional<Handover>& next) {
   std::vector<outbox::Waiting> asked;
-  const auto all = next;
+  std::vector<outbox::PartId> loaded;
+  if (next) {
+    loaded.reserve(next->to.size());
+    for (const auto& part : next->to) loaded.push_back(part.id);
+  }
   const auto now = parts_.clock.Now();
   try {
     parts_.database.Write(
@@ -136,14 +145,14 @@ bool OutboxSender::Write(std::optional<Answered>& answered, std::optional<Handov
         kPatience);
   } catch (const std::exception& failure) {
     parts_.log.Error("outbox_unwritable", {{"reason", failure.what()}});
-    if (all) Forget(*all);
+    Forget(loaded);
     parts_.clock.Sleep(kLookAroundMs);
     std::lock_guard guard(mutex_);
     if (stops_) answered.reset();  // asked for ever: in doubt at the next start
     return false;
   }
   answered.reset();
-  if (all) Forget(*all);
+  Forget(loaded);
   if (next) next->to = std::move(asked);
   if (next && next->to.empty()) next.reset();
   return true;
@@ -192,11 +201,11 @@ EngineAnswer OutboxSender::Ask(const Handover& handover) {
   return answer;
 }
 
-void OutboxSender::Forget(const Handover& handover) {
+void OutboxSender::Forget(const std::vector<outbox::PartId>& ids) {
   bool few = false;
   {
     std::lock_guard guard(mutex_);
-    for (const auto& part : handover.to) loaded_.erase(part.id);
+    for (const auto& id : ids) loaded_.erase(id);
     few = loaded_.size() < kFewLoaded;
     if (few) poked_ = true;
   }

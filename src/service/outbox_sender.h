@@ -41,8 +41,9 @@ class OutboxSender {
   OutboxSender& operator=(const OutboxSender&) = delete;
 
   void Start();
-  void Stop();  // requests in hand are finished first
-  void Poke();  // there may be something new. Any thread
+  void Stop();      // requests in hand are finished first
+  void Poke();      // there may be something new. Any thread
+  void RoomMade();  // the engine has handed something on. Any thread
 
  private:
   // A handover that has been answered, and not yet written.
@@ -59,7 +60,7 @@ class OutboxSender {
   bool Write(std::optional<Answered>& answered, std::optional<Handover>& next);
   void Record(Connection& connection, const Answered& answered);
   EngineAnswer Ask(const Handover& handover);
-  void Forget(const Handover& handover);
+  void Forget(const std::vector<outbox::PartId>& ids);
 
   const Parts parts_;
   std::mutex mutex_;
@@ -67,6 +68,7 @@ class OutboxSender {
   std::deque<Handover> queue_;
   std::set<outbox::PartId> loaded_;  // in the queue, or being marked as asked
   bool poked_ = true, stops_ = false;
+  std::atomic<bool> lacks_room_{false};
   std::vector<std::thread> threads_;
 };
 
