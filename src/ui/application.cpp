@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <utility>
 
+#include "ui/form_loader.h"
 #include "ui/theme.h"
 
 namespace orvalo::ui {
@@ -39,6 +40,8 @@ bool Application::notify(QObject* receiver, QEvent* event) {
           this, [this] { FollowSystem(); }, Qt::QueuedConnection);
     }
     return QApplication::notify(receiver, event);
+  } catch (const FormError&) {
+    return true;  // a translation lacks the window that was wanted: it does not open
   } catch (...) {
     if (!fault_) fault_ = std::current_exception();
     exit(0);

@@ -7,8 +7,9 @@
 namespace orvalo::ui {
 
 // The desktop program's QApplication. An exception out of an event handler ends every event loop
-// and is thrown again by RethrowFault, so that it reaches the one handler around the run; the look
-// follows the system when that changes between light and dark. Main thread.
+// and is thrown again by RethrowFault, so that it reaches the one handler around the run; but a
+// window that the resource container lacks (FormError) just does not open. The look follows the
+// system when that changes between light and dark. Main thread.
 class Application : public QApplication {
  public:
   Application(int& count, char** values);

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "ui/desktop.h"
+#include "ui/guarded.h"
 #include "ui/shutdown_window.h"
 #include "ui/window_mailbox.h"
 
@@ -36,12 +37,23 @@ void Pause(const Surroundings& around, int milliseconds) {
   if (around.pause) around.pause(milliseconds);
 }
 
+// None where a translation lacks it: the end goes on unseen.
+std::unique_ptr<ShutdownWindow> ShowShutdown(const Kit& kit) {
+  try {
+    auto window = std::make_unique<ShutdownWindow>(kit);
+    window->show();
+    return window;
+  } catch (const FormError&) {
+    return nullptr;
+  }
+}
+
 // The engine is let finish the message in hand, in sight of the operator.
 void ShutDown(Program& program, const Kit& kit, const Surroundings& around) {
-  enum Row { kSending, kScheduler, kSaving, kCompleted };
-  ShutdownWindow window(kit);
-  window.Mark(kSending);
-  window.show();
+  const auto window = ShowShutdown(kit);
+  const auto mark = [&window](ShutdownWindow::Row row) {
+    if (window != nullptr) window->Mark(row);
+  };
   QEventLoop until_ended;
   WindowMailbox ended([&](std::uint32_t message, std::int32_t, std::int32_t) {
     if (message == platform::kWmQuit) until_ended.quit();
@@ -49,15 +61,15 @@ void ShutDown(Program& program, const Kit& kit, const Surroundings& around) {
   program.GetEngine().RequestStop(&ended);
   until_ended.exec();
   if (around.rethrow_fault) around.rethrow_fault();
-  window.Mark(kScheduler);
+  mark(ShutdownWindow::kStopping);
   if (around.stop_asking) around.stop_asking();
   program.GetEngine().WaitForEnd();
   Pause(around, kShortPause);
-  window.Mark(kSaving);
+  mark(ShutdownWindow::kSaving);
   PumpMessages();
-  program.GetDatabase().Commit();
+  Guarded(program.GetMessageBoxes(), program.GetTexts(), [&] { program.GetDatabase().Commit(); });
   Pause(around, kLongPause);
-  window.Mark(kCompleted);
+  mark(ShutdownWindow::kCompleted);
   Pause(around, kLongPause);
 }
 

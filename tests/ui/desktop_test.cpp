@@ -205,6 +205,12 @@ TEST_F(DesktopJourney, ExitStoresTheOptionsInFrontAndCloseAppOnlyHides) {
 // The fault of a handler ends every loop; the message that tells of it needs one of its own.
 TEST(ApplicationTest, AFaultIsThrownAgainAndCanBeTold) {
   auto& application = dynamic_cast<Application&>(*qApp);
+  QEventLoop without_window;
+  QTimer::singleShot(0, [] { throw FormError("No such dialog."); });
+  QTimer::singleShot(1, &without_window, &QEventLoop::quit);
+  without_window.exec();
+  EXPECT_NO_THROW(application.RethrowFault());
+
   QTimer::singleShot(0, [] { throw std::runtime_error("no more"); });
   QEventLoop().exec();
   EXPECT_THROW(application.RethrowFault(), std::runtime_error);
