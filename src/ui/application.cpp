@@ -13,24 +13,32 @@ namespace orvalo::ui {
 
 Application::Application(int& count, char** values) : QApplication(count, values) {
   setApplicationName(QStringLiteral("Orvalo"));
-  setDesktopFileName(QStringLiteral("orvalo"));
+  setDesktopFileName(QStringLiteral("example.orvalo.orvalo"));
   setQuitOnLastWindowClosed(false);  // the program lives on behind its icon
   ApplyTheme(Theme(palette()));
   connect(
-      this, &QGuiApplication::commitDataRequest, this,
-      [this] {
-        if (end_) end_();
-      },
-      Qt::DirectConnection);
+      this, &QGuiApplication::commitDataRequest, this, [this] { End(); }, Qt::DirectConnection);
+}
+
+void Application::SetEndHandler(std::function<void()> end) {
+  end_ = std::move(end);
+  if (end_ && std::exchange(end_wished_, false)) WishEnd();
+}
+
+// Before there is a window to end, a message may be asking: it is closed, so that the start goes on
+// to where it can be ended.
+void Application::End() {
+  if (end_) {
+    end_();
+  } else {
+    end_wished_ = true;
+    closeAllWindows();
+  }
 }
 
 void Application::WishEnd() {
   QMetaObject::invokeMethod(
-      this,
-      [this] {
-        if (end_) end_();
-      },
-      Qt::QueuedConnection);
+      this, [this] { End(); }, Qt::QueuedConnection);
 }
 
 bool Application::notify(QObject* receiver, QEvent* event) {

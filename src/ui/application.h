@@ -19,8 +19,8 @@ class Application : public QApplication {
   void RethrowFault();
 
   // Called on the main thread when the session ends or the system wishes the program's end; an
-  // empty one unsets it.
-  void SetEndHandler(std::function<void()> end) { end_ = std::move(end); }
+  // empty one unsets it. An end that was wished before there was one comes as soon as it is set.
+  void SetEndHandler(std::function<void()> end);
   void WishEnd();  // any thread
 
   // Why there can be no window here, in words for the terminal; empty when there can.
@@ -28,9 +28,11 @@ class Application : public QApplication {
 
  private:
   void FollowSystem();
+  void End();
 
   std::exception_ptr fault_;
   std::function<void()> end_;
+  bool end_wished_ = false;
 };
 
 // Lets the windows live on for so many milliseconds.
