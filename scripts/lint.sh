@@ -7,6 +7,7 @@ scripts/packages.sh build test lint
 mapfile -t sources < <(git ls-files '*.cpp' '*.h')
 clang-format --dry-run -Werror "${sources[@]}"
 scripts/check_layers.py
+scripts/check_translation.sh
 
 # clang-tidy reads the unity sources: what the files of a room share is then read once, not for each.
 cmake --preset lint >/dev/null
