@@ -27,6 +27,7 @@ struct FileVersion {
     return {static_cast<std::int32_t>(high >> 16), static_cast<std::int32_t>(high & 0xFFFF),
             static_cast<std::int32_t>(low >> 16), static_cast<std::int32_t>(low & 0xFFFF)};
   }
+  // NOLINTNEXTLINE(modernize-use-nullptr): the 0 of a comparison is the compiler's own
   constexpr auto operator<=>(const FileVersion&) const = default;
 };
 
