@@ -226,6 +226,7 @@ void ComposePage::ClearForm() {
   SetText({});
   parts_.recipients.ClearRecipients();
   SetPath({});
+  parts_.view.PreviewPicture({});
 }
 
 void ComposePage::LoadMessage(std::int32_t id, bool edit) {

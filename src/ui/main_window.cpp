@@ -1,10 +1,12 @@
 #include "ui/main_window.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QButtonGroup>
 #include <QCloseEvent>
 #include <QCursor>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
@@ -301,6 +303,17 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   if (ended_) return;
   event->ignore();
   shell_->Run(ShellCommand::kCloseApp);
+}
+
+// Enter presses the button that has the focus, as it does in a dialog.
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+  auto* button = qobject_cast<QAbstractButton*>(focusWidget());
+  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (enter && button != nullptr) {
+    button->click();
+  } else {
+    QWidget::keyPressEvent(event);
+  }
 }
 
 }  // namespace orvalo::ui

@@ -8,6 +8,8 @@
 #include <optional>
 #include <utility>
 
+#include "ui/form_loader.h"
+
 namespace orvalo::ui {
 
 using platform::BoxAnswer;
@@ -96,6 +98,7 @@ BoxAnswer ShowBox(const std::string& text, const std::string& caption, BoxIcon i
   QMessageBox box(IconOf(icon), QString::fromStdString(caption), OneKindOfBreak(text),
                   ButtonsOf(buttons), Owner());
   box.setObjectName(QStringLiteral("messageBox"));
+  ShowTestIds(box);
   box.setTextFormat(Qt::PlainText);
   return AnswerOf(box.exec());
 }
@@ -105,6 +108,7 @@ BoxAnswer ShowLinkBox(const std::string& text, const std::string& caption, const
   QMessageBox box(QMessageBox::Warning, QString::fromStdString(caption),
                   QString::fromStdString(caption), QMessageBox::Ok | QMessageBox::Cancel, Owner());
   box.setObjectName(QStringLiteral("linkMessage"));
+  ShowTestIds(box);
   const auto escaped = [](const std::string& plain) {
     return QString::fromStdString(plain).toHtmlEscaped();
   };

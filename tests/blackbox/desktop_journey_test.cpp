@@ -72,6 +72,16 @@ TEST_F(DesktopJourney, AGroupGetsItsMessageAndTheProgramEndsInOrder) {
   EXPECT_EQ(program.Wait(), 0);
 }
 
+TEST_F(DesktopJourney, AProcessorFaultIsToldByAFreshStart) {
+  ChildProcess program({ORVALO_DESKTOP}, "/dev/null", "/dev/null");
+  const AccessibleWindow window("Orvalo");
+  ASSERT_TRUE(AccessibleWindow::Until([&] { return window.IsShowing("loginUser"); }));
+  program.Signal(SIGSEGV);
+  ASSERT_TRUE(AccessibleWindow::Until([&] { return window.IsShowing("linkMessage"); }));
+  program.Signal(SIGTERM);
+  EXPECT_EQ(program.Wait(), 0);
+}
+
 }  // namespace
 }  // namespace orvalo::test
 

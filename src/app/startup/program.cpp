@@ -100,8 +100,12 @@ void Program::Guarded(const Options& options, const Launcher& launcher, Result* 
   if (result->end != End::kUnexpected) return;
   if (log_ != nullptr && log_->Enabled())
     log_->Write("Unexpected error: %s", result->reason.c_str());
-  ShowLinkMessage(boxes_, kUnexpectedText, kUnexpectedCaption,
-                  settings_.Text(TextSetting::kHelpUrl), 0);
+  ShowUnexpectedError(boxes_, settings_);
+}
+
+void Program::ShowUnexpectedError(platform::MessageBoxes& boxes, const AppSettings& settings) {
+  ShowLinkMessage(boxes, kUnexpectedText, kUnexpectedCaption, settings.Text(TextSetting::kHelpUrl),
+                  0);
 }
 
 void Program::Launch(const Options& options, const Launcher& launcher, Result* result) {

@@ -70,6 +70,9 @@ class Program {
   // The whole life of the program. May be called once.
   Result Run(const Options& options, const Launcher& launcher);
 
+  // The message that an unexpected error has ended the program, with the help site of `settings`.
+  static void ShowUnexpectedError(platform::MessageBoxes& boxes, const AppSettings& settings);
+
   // --- The process-wide objects; valid while the launcher runs. ---
   const std::string& DataFolder() const { return data_folder_; }
   DataFile& GetDataFile() { return *data_file_; }
