@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "service/carrier.h"
@@ -22,7 +23,9 @@ namespace outbox {
 struct PartId {
   std::int64_t message = 0;  // the message's row in the ledger
   int part = 0;              // from 0
-  friend auto operator<=>(const PartId&, const PartId&) = default;
+  friend bool operator<(const PartId& one, const PartId& other) {
+    return std::tie(one.message, one.part) < std::tie(other.message, other.part);
+  }
 };
 
 // A part that waits to be handed over.

@@ -45,7 +45,8 @@ void KannelEngine::WriteConfig(const Options& options, int smpp_port) const {
       "\nadmin-interface = " + loopback + "admin-password = admin\nstatus-password = watch\n" +
       "smsbox-port = " + std::to_string(box_port_) + "\nsmsbox-interface = " + loopback +
       "box-deny-ip = \"*.*.*.*\"\nbox-allow-ip = " + loopback +
-      "store-type = spool\nstore-location = \"" + folder_ + "/store\"\n" +
+      (options.keeps_queue ? "store-type = spool\nstore-location = \"" + folder_ + "/store\"\n"
+                           : std::string()) +
       "dlr-storage = spool\ndlr-spool = \"" + folder_ + "/reports\"\n" + "log-file = \"" + folder_ +
       "/bearerbox.log\"\nlog-level = 2\n" + options.core +
       "\ngroup = smsc\nsmsc = smpp\nsmsc-id = phones\nhost = 127.0.0.1\nport = " +

@@ -15,8 +15,9 @@ class KannelEngine {
  public:
   struct Options {
     int smsboxes = 1;
-    std::string core;  // more lines for the engine's group "core"
-    std::string smsc;  // and for its link
+    bool keeps_queue = true;  // on the disk; off: what it has not sent is gone when it is killed
+    std::string core;         // more lines for the engine's group "core"
+    std::string smsc;         // and for its link
   };
 
   KannelEngine(const std::string& folder, int smpp_port) : KannelEngine(folder, smpp_port, {}) {}
