@@ -1,6 +1,7 @@
 #include "cli/transfer_commands.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <map>
 #include <ostream>
 
@@ -18,10 +19,14 @@ namespace {
 
 const std::map<std::string, char> kSeparators{{"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}};
 
+// Each group once: a contact belongs to it once.
 std::vector<std::int32_t> GidsOf(SmsDatabase& database, const std::vector<std::string>& names) {
   std::vector<std::int32_t> gids;
   gids.reserve(names.size());
-  for (const std::string& name : names) gids.push_back(OwnGroupByName(database, name).gid);
+  for (const std::string& name : names) {
+    const std::int32_t gid = OwnGroupByName(database, name).gid;
+    if (std::find(gids.begin(), gids.end(), gid) == gids.end()) gids.push_back(gid);
+  }
   return gids;
 }
 

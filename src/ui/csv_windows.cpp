@@ -1,18 +1,25 @@
 #include "ui/csv_windows.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopedValueRollback>
+#include <utility>
+#include <vector>
 
 #include "app/texts.h"
 #include "ui/character_limit.h"
 #include "ui/file_dialogs.h"
 #include "ui/form_loader.h"
 #include "ui/group_checks.h"
+#include "ui/window_mailbox.h"
 
 namespace orvalo::ui {
 
@@ -23,9 +30,33 @@ constexpr int kExportContactsForm = 154;
 constexpr int kImportingId = 1445;
 constexpr int kCancelId = 2016;
 constexpr int kProgressSteps = 1000;
+constexpr int kProgressWidth = 420;               // pixels
 constexpr std::uint64_t kShortFile = 512u << 10;  // bytes; read before a progress would be seen
 
 }  // namespace
+
+// Holds back what is posted to mailboxes and hands it on afterwards. What a message sets off (a
+// balance query, a box of the engine's) may wait for a server or for the operator, and the engine's
+// writes would wait with the import for so long.
+class ImportWindow::HeldMessages : public QObject {
+ public:
+  HeldMessages() { qApp->installEventFilter(this); }
+  ~HeldMessages() override {
+    for (const auto& [mailbox, type] : held_)
+      if (mailbox != nullptr) QCoreApplication::postEvent(mailbox, new QEvent(type));
+  }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() < QEvent::User || dynamic_cast<WindowMailbox*>(watched) == nullptr)
+      return false;
+    held_.emplace_back(watched, event->type());
+    return true;
+  }
+
+ private:
+  std::vector<std::pair<QPointer<QObject>, QEvent::Type>> held_;
+};
 
 ImportWindow::ImportWindow(const Kit& kit, CsvImportDialog& dialog, QWidget* parent)
     : QDialog(parent), kit_(kit), dialog_(dialog) {
@@ -41,6 +72,8 @@ ImportWindow::ImportWindow(const Kit& kit, CsvImportDialog& dialog, QWidget* par
   connect(&Child<QPushButton>(*this, "csvImportBrowse"), &QPushButton::clicked, this,
           [this] { dialog_.Browse(*this); });
   connect(ok_, &QPushButton::clicked, this, [this] {
+    if (importing_) return;  // assistive tools press it behind the progress too
+    const QScopedValueRollback<bool> importing(importing_, true);
     if (dialog_.Ok(*this)) accept();
   });
   connect(&Child<QPushButton>(*this, "csvImportCancel"), &QPushButton::clicked, this,
@@ -87,13 +120,15 @@ void ImportWindow::ShowPath(const std::string& path) { file_->setText(Qt8(path))
 bool ImportWindow::ShowProgress(std::uint64_t done, std::uint64_t size) {
   if (size < kShortFile) return true;
   if (progress_ == nullptr) {
+    held_messages_ = std::make_unique<HeldMessages>();
     progress_ = std::make_unique<QProgressDialog>(this);
     progress_->setObjectName(QStringLiteral("csvImportProgress"));
     progress_->setWindowTitle(Qt8(kit_.texts.Load(kImportingId)));
-    progress_->setLabelText(file_->text());
+    progress_->setLabelText(
+        progress_->fontMetrics().elidedText(file_->text(), Qt::ElideMiddle, kProgressWidth));
     progress_->setCancelButtonText(Qt8(kit_.texts.Load(kCancelId)));
     progress_->setWindowModality(Qt::ApplicationModal);
-    progress_->setMinimumWidth(420);
+    progress_->setMinimumWidth(kProgressWidth);
     progress_->setMinimumDuration(0);
     progress_->setRange(0, kProgressSteps + 1);  // never reached: the end is EndProgress
     progress_->setValue(0);
@@ -102,7 +137,10 @@ bool ImportWindow::ShowProgress(std::uint64_t done, std::uint64_t size) {
   return !progress_->wasCanceled();
 }
 
-void ImportWindow::EndProgress() { progress_.reset(); }
+void ImportWindow::EndProgress() {
+  progress_.reset();
+  held_messages_.reset();
+}
 
 ExportContactsWindow::ExportContactsWindow(const Kit& kit, CsvExportDialog& dialog, QWidget* parent)
     : QDialog(parent), kit_(kit), dialog_(dialog) {

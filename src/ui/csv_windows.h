@@ -23,6 +23,8 @@ class ImportWindow : public QDialog, private CsvImportWindow {
   ~ImportWindow() override;
 
  private:
+  class HeldMessages;
+
   std::optional<std::string> PickFileToOpen(const std::string& filter,
                                             const std::string& default_pattern) override;
   std::optional<std::string> PickFileToSave(const std::string& default_name,
@@ -39,7 +41,9 @@ class ImportWindow : public QDialog, private CsvImportWindow {
   CsvImportDialog& dialog_;
   QLineEdit* file_ = nullptr;
   QPushButton* ok_ = nullptr;
-  std::unique_ptr<QProgressDialog> progress_;  // while an import runs
+  bool importing_ = false;
+  std::unique_ptr<HeldMessages> held_messages_;  // these two while a long import runs
+  std::unique_ptr<QProgressDialog> progress_;
 };
 
 // EXPORT CONTACTS (154), for one showing of its logic. Main thread.

@@ -84,7 +84,7 @@ TEST_F(AddressBookTest, ImportsAndExports) {
   EXPECT_THAT(Run({"import", in, "--group", "Nobody"}), FailsWith(1, "no group Nobody"));
   const auto imported =
       Json({"import", in, "--separator", "semicolon", "--group", "Friends", "--group", "staff",
-            "--auto-create", "--no-duplicates", "--rejects", rejects});
+            "--group", "FRIENDS", "--auto-create", "--no-duplicates", "--rejects", rejects});
   EXPECT_EQ(imported.First(), nlohmann::json::parse(R"({"Inserted": 2, "Discarded": 1,
       "Duplicates": 1, "NotRead": 2})"));
   EXPECT_NE(Slurp(rejects).find("6\thas too few fields: the import ended here\tDee\r\n"),
