@@ -13,6 +13,7 @@
 #include <QShortcut>
 #include <QTableView>
 #include <algorithm>
+#include <functional>
 
 #include "contacts/csv_export.h"
 #include "contacts/csv_import_dialog.h"
@@ -100,7 +101,8 @@ void ContactsWindow::WireBar() {
                            void (ContactsPage::*command)()) {
     auto& button = Child<QPushButton>(*this, name);
     button.setIcon(kit_.images.Icon(icon, tint));
-    connect(&button, &QPushButton::clicked, this, [this, command] { (page_->*command)(); });
+    connect(&button, &QPushButton::clicked, this,
+            [this, command] { std::invoke(command, *page_); });
   };
   wire("newContact", "contacts-new", IconTint::kOnAccent, &ContactsPage::NewContact);
   wire("newGroup", "contacts-group", IconTint::kText, &ContactsPage::NewGroup);

@@ -158,6 +158,8 @@ void MainWindow::AddTrayIcon(orvalo::TrayIcon icon, const std::string& tip) {
 void MainWindow::SetTrayIcon(orvalo::TrayIcon icon) { tray_.Change(IconOf(icon)); }
 
 void MainWindow::OpenTrayMenu(std::uint32_t mask, std::size_t default_position) {
+  // Behind an open dialog only the end of the program is offered: the dialog may be at work.
+  if (QApplication::activeModalWidget() != nullptr) mask &= 1U << default_position;
   const auto actions = tray_menu_->actions();
   for (qsizetype i = 0; i < actions.size(); ++i) actions[i]->setEnabled((mask >> i & 1U) != 0);
   if (static_cast<qsizetype>(default_position) < actions.size()) {

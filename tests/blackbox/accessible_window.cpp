@@ -12,7 +12,7 @@ namespace orvalo::test {
 namespace {
 
 constexpr int kMostChildren = 200;  // the cells of a long table are never walked
-constexpr auto kPatience = std::chrono::seconds(10);
+constexpr auto kPatience = std::chrono::seconds(30);
 
 Accessible Own(AtspiAccessible* object) {
   if (object == nullptr) return nullptr;
@@ -39,6 +39,7 @@ std::string NameOf(const Accessible& object) {
 }
 
 bool Has(const Accessible& object, AtspiStateType state) {
+  if (object == nullptr) return false;
   AtspiStateSet* states = atspi_accessible_get_state_set(object.get());
   const bool has = states != nullptr && atspi_state_set_contains(states, state) != FALSE;
   if (states != nullptr) g_object_unref(states);

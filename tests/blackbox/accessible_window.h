@@ -11,7 +11,7 @@ namespace orvalo::test {
 using Accessible = std::shared_ptr<AtspiAccessible>;
 
 // The program under test from outside: what assistive tools see and can do. Controls are found by
-// the object names that stand in their descriptions. Everything waits, at most ten seconds, for
+// the object names that stand in their descriptions. Everything waits, at most half a minute, for
 // what it is after and fails the test when that does not come.
 class AccessibleWindow {
  public:
