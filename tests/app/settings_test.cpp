@@ -18,7 +18,8 @@ const std::string kDefaults =
     "Login= Password= RememberPassword=0 WorkingOnLine=1 client_id= "
     "voucher_url=https://www.orvalo.example/account help_url= ScheduleToServer=0 "
     "UploadToServerXDaysBefore=1 UpdateVersionURL= UpdateFileURL= UpdateURL= "
-    "UpdatePublicKey= COMBaseURL=http://127.0.0.1:8480 ProxyType=1 ProxyHost= ProxyPort= ProxyUsername= "
+    "UpdatePublicKey= COMBaseURL=http://127.0.0.1:8480 ProxyType=1 ProxyHost= ProxyPort= "
+    "ProxyUsername= "
     "ProxyPassword= IndividualSMSTracking=1 i18n=1 ";
 
 std::string Listing(const AppSettings& settings) {
