@@ -314,7 +314,7 @@ TEST_F(ComposeTest, FilesBecomeTheMessage) {
   window_.picked = FileWith({'\0', '\xAB', '\x7F'});
   page_.Browse();
   EXPECT_EQ(window_.text + window_.path, "00AB7F" + *window_.picked);
-  EXPECT_EQ(window_.preview, "");
+  EXPECT_EQ(window_.preview, "<>");
 
   const std::string good = *window_.picked, missing = folder_.File("missing");
   window_.picked = missing;

@@ -11,6 +11,10 @@
 
 namespace orvalo::test {
 
+namespace {
+constexpr int kPatience = 15'000;  // milliseconds, for an element of a page on its way
+}  // namespace
+
 WebBrowser::WebBrowser(const std::string& folder, int width, int height) {
   const auto out = folder + "/driver";
   driver_ = std::make_unique<ChildProcess>(
@@ -34,6 +38,7 @@ WebBrowser::WebBrowser(const std::string& folder, int width, int height) {
                   {"--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
                    fmt::format("--window-size={},{}", width, height)}}}}}}}}});
   if (answer.is_object()) session_ = "/session/" + answer.value("sessionId", "");
+  if (Runs()) Ask("POST", session_ + "/timeouts", {{"implicit", kPatience}});
 }
 
 WebBrowser::~WebBrowser() {
