@@ -66,8 +66,9 @@ struct HttpDownload::Impl {
     const std::string_view line(bytes, size * count);
     impl.TouchStall();
     // Of a file, and of each answer of a redirection: the last one counts.
-    if (line.starts_with("HTTP/")) impl.is_answered = false;
+    if (line.starts_with("HTTP/")) impl.is_answered = impl.is_head_complete = false;
     if (line == "\r\n" || line == "\n") {
+      impl.is_head_complete = true;
       curl_easy_getinfo(impl.easy, CURLINFO_RESPONSE_CODE, &impl.status);
       impl.is_answered = impl.status >= 200 && impl.status / 100 != 3;
     }
@@ -110,7 +111,12 @@ struct HttpDownload::Impl {
       is_done = true;
       const CURLcode code = message->data.result;
       // The library's longer messages may quote an address with credentials in it.
-      if (code != CURLE_OK) Fail(curl_easy_strerror(code));
+      if (code != CURLE_OK) {
+        Fail(curl_easy_strerror(code));
+      } else if (!is_head_complete) {
+        // To libcurl an answer that breaks off within its headers is complete, and empty.
+        Fail("The connection was closed within the answer's headers");
+      }
     }
   }
 
@@ -128,6 +134,7 @@ struct HttpDownload::Impl {
   curl_slist* headers = nullptr;
   bool is_added = false;
   bool is_answered = false;
+  bool is_head_complete = true;  // a file may have none
   bool is_paused = false;
   bool is_done = false;
   bool has_failed = false;

@@ -12,20 +12,22 @@ constexpr const char* kOperationsAddress = "127.0.0.1:8481";
 // An address that other machines reach needs TLS; so does one that is not a plain number.
 void CheckUrl(const char* option, const std::string& url) {
   constexpr std::string_view kPlain = "http://", kTls = "https://";
-  if (url.starts_with(kTls)) return;
-  if (!url.starts_with(kPlain)) {
-    throw UsageError(fmt::format("{}: \"{}\" is no address of the web", option, url));
+  const bool tls = url.starts_with(kTls);
+  if (!tls && !url.starts_with(kPlain)) {
+    throw UsageError(fmt::format("{}: this is no address of the web", option));
   }
-  auto host = url.substr(kPlain.size());
+  auto host = url.substr(tls ? kTls.size() : kPlain.size());
   host = host.substr(0, host.find_first_of("/?#"));
-  if (host.find('@') != std::string::npos) {
+  // Addresses are logged.
+  if (host.find('@') != std::string::npos || url.find("password=") != std::string::npos) {
     throw UsageError(fmt::format("{}: no user and password in the address", option));
   }
+  if (tls) return;
   std::string address;
   int port = 0;
   if (host.find(':') == std::string::npos) host += ":80";
   if (!SplitAddress(host, address, port) || !IsLoopback(address)) {
-    throw UsageError(fmt::format("{}: {} leaves this machine, so it needs https", option, url));
+    throw UsageError(fmt::format("{}: {} leaves this machine, so it needs https", option, host));
   }
 }
 
@@ -103,6 +105,15 @@ void CarrierChoice::Apply(ServiceOptions& options) const {
   for (const auto& url : kannel.urls) CheckUrl("--kannel-url", url);
   kannel.password = FirstLine("--kannel-password-file", password_file_);
   if (!kannel.status_url.empty()) CheckUrl("--kannel-status-url", kannel.status_url);
+  if (kannel.status_url.empty() && !status_password_file_.empty()) {
+    throw UsageError("--kannel-status-password-file needs --kannel-status-url");
+  }
+  const auto& listening = options.operations->address;
+  if (kannel.report_url.empty() && (listening == "0.0.0.0" || listening == "::")) {
+    throw UsageError("--operations-listen: all addresses; --report-url must say which one");
+  }
+  if (!kannel.report_url.empty()) CheckUrl("--report-url", kannel.report_url);
+  while (kannel.report_url.ends_with('/')) kannel.report_url.pop_back();
   if (!kannel.sender.empty() && !IsSender(kannel.sender)) {
     throw UsageError("--kannel-sender: up to 15 digits, or up to 11 letters and digits");
   }

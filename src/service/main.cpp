@@ -215,7 +215,7 @@ class CommandLine {
     On(settle, [this](auto& to) { return to.SettleOutbox(part_, decision_); });
   }
 
-  CLI::App app_{"Orvalo's gateway service: accounts, messages and a simulated phone network"};
+  CLI::App app_{"Orvalo's gateway service: accounts, messages and the phone network"};
   ServeOptions serve_;
   std::string user_, email_, amount_ = "0", password_file_, prefix_, part_, decision_;
   std::vector<std::string> words_;

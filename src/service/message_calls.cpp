@@ -69,9 +69,11 @@ ServedReply MessageCalls::AddRecipients(const Call& call) {
 
 MessageCalls::Accepted MessageCalls::AcceptRecipients(Connection& connection, const Call& call,
                                                       const std::vector<std::string>& numbers) {
-  const auto batch = batches_.Find(connection, call.account, call.id);
+  auto batch = batches_.Find(connection, call.account, call.id);
   if (!batch) return {ReplyOf(Refuse(ErrorCode::kNoSuchMessage)), {}};
   if (batch->ended) return {ReplyOf(Refuse(ErrorCode::kBatchEnded)), {}};
+  // It may have been opened before a restart, with a carrier that counted its parts otherwise.
+  if (const auto refusal = parts_.carrier.Fit(batch->content)) return {ReplyOf(*refusal), {}};
   Accepted accepted;
   accepted.outcomes = parts_.ledger.Accept(connection, {call.account, call.key, batch->row},
                                            batch->content, numbers);

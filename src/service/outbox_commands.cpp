@@ -44,7 +44,7 @@ std::vector<outbox::PartId> InDoubt(Connection& connection, const std::string& n
 }
 
 const std::map<std::string, PartState>& Decisions() {
-  static const std::map<std::string, PartState> decisions{{"sent", PartState::kTaken},
+  static const std::map<std::string, PartState> decisions{{"sent", PartState::kAtNetwork},
                                                           {"not-sent", PartState::kWrittenOff},
                                                           {"again", PartState::kWaiting}};
   return decisions;

@@ -46,7 +46,7 @@ class BannerDownload {
   BannerDownload(const BannerDownload&) = delete;
   BannerDownload& operator=(const BannerDownload&) = delete;
 
-  void Start();  // once, when the main window is there
+  void Start();  // once in a run, when it is first on-line
 
  private:
   void Fetch(const std::string& url);

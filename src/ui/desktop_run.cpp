@@ -89,8 +89,8 @@ class EndOfAsking {
 };
 
 int Launch(Program& program, const Surroundings& around) {
-  const EndOfAsking end_of_asking(around);
   std::unique_ptr<Desktop> desktop;
+  const EndOfAsking end_of_asking(around);  // before the desktop goes: its download may be asking
   try {
     desktop = std::make_unique<Desktop>(program, around);
   } catch (const FormError& problem) {

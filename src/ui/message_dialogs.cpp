@@ -1,12 +1,14 @@
 #include "ui/message_dialogs.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QLabel>
 #include <QMessageBox>
 #include <QThread>
 #include <condition_variable>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "ui/form_loader.h"
 
@@ -38,6 +40,8 @@ struct MessageDialogs::Question {
 };
 
 namespace {
+
+constexpr qsizetype kLongestAddress = 999;  // characters of a link that are opened
 
 QMessageBox::Icon IconOf(BoxIcon icon) {
   switch (icon) {
@@ -93,6 +97,25 @@ QString OneKindOfBreak(const std::string& text) {
   return QString::fromStdString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
 }
 
+// The cursor of a wait does not hold while the operator answers: it would hide what can be clicked.
+class NoWaitCursor {
+ public:
+  NoWaitCursor() {
+    for (; const QCursor* cursor = QGuiApplication::overrideCursor();
+         QGuiApplication::restoreOverrideCursor())
+      cursors_.push_back(*cursor);
+  }
+  ~NoWaitCursor() {
+    for (auto cursor = cursors_.rbegin(); cursor != cursors_.rend(); ++cursor)
+      QGuiApplication::setOverrideCursor(*cursor);
+  }
+  NoWaitCursor(const NoWaitCursor&) = delete;
+  NoWaitCursor& operator=(const NoWaitCursor&) = delete;
+
+ private:
+  std::vector<QCursor> cursors_;
+};
+
 BoxAnswer ShowBox(const std::string& text, const std::string& caption, BoxIcon icon,
                   BoxButtons buttons) {
   QMessageBox box(IconOf(icon), QString::fromStdString(caption), OneKindOfBreak(text),
@@ -100,6 +123,7 @@ BoxAnswer ShowBox(const std::string& text, const std::string& caption, BoxIcon i
   box.setObjectName(QStringLiteral("messageBox"));
   ShowTestIds(box);
   box.setTextFormat(Qt::PlainText);
+  const NoWaitCursor no_wait;
   return AnswerOf(box.exec());
 }
 
@@ -121,9 +145,10 @@ BoxAnswer ShowLinkBox(const std::string& text, const std::string& caption, const
     label->setOpenExternalLinks(false);
     label->setTextInteractionFlags(Qt::TextBrowserInteraction);
     QObject::connect(label, &QLabel::linkActivated, &box, [&shell](const QString& address) {
-      shell.OpenAddress(address.toStdString());
+      shell.OpenAddress(address.left(kLongestAddress).toStdString());
     });
   }
+  const NoWaitCursor no_wait;
   return AnswerOf(box.exec());
 }
 

@@ -2,10 +2,18 @@
 
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QFile>
 #include <QGuiApplication>
+#include <QLatin1String>
 #include <QUrl>
 
 namespace orvalo::ui {
+
+namespace {
+
+constexpr QLatin1String kFileScheme("file://");
+
+}  // namespace
 
 bool SystemClipboard::SetText(const std::string& text) {
   QGuiApplication::clipboard()->setText(QString::fromStdString(text));
@@ -13,7 +21,10 @@ bool SystemClipboard::SetText(const std::string& text) {
 }
 
 void SystemShell::OpenAddress(const std::string& address) {
-  QDesktopServices::openUrl(QUrl(QString::fromStdString(address)));
+  const QString text = QString::fromStdString(address);
+  // A path is taken as it is: a "#" or "%" in it means nothing to an address.
+  const QString path = text.startsWith(kFileScheme) ? text.mid(kFileScheme.size()) : QString();
+  QDesktopServices::openUrl(QFile::exists(path) ? QUrl::fromLocalFile(path) : QUrl(text));
 }
 
 }  // namespace orvalo::ui

@@ -107,6 +107,8 @@ TEST(Download, TakesOnlyACompleteGoodAnswer) {
        1267},
       {"silent", [&](auto& c) { c.WaitForClose(); }, 1265},
       {"no answer", [&](auto&) {}, 1265},
+      {"cut within its headers", [&](auto& c) { c.Send("HTTP/1.1 200 OK\r\nServer: x\r\n"); },
+       1265},
       {"nonsense", [&](auto& c) { c.Send("SSH-2.0\r\n\r\n"); }, 1265},
       {"redirection loop", [&](auto& c) { c.Send(Header(302, 0, "Location: /x\r\n")); }, 1265},
       {"redirected to a file",

@@ -266,6 +266,7 @@ TEST_F(KannelTest, NeverSendsAgainWhatMayHaveBeenSent) {
   EXPECT_EQ(road.Run({"outbox", "settle", ids[0], "not-sent"}).out, "1\n");
   EXPECT_EQ(road.Run({"outbox", "settle", ids[0], "not-sent"}).status, 1);
   EXPECT_EQ(road.Run({"outbox", "settle", ids[1] + "/1", "sent"}).out, "1\n");
+  EXPECT_EQ(demo.Get("/v1/messages/" + ids[1]).body.value("status", 0), 3);
   EXPECT_EQ(demo.Balance(), "997.6");
   EXPECT_EQ(demo.Get("/v1/messages/" + ids[0]).body.value("status", 0), 6);
   EXPECT_EQ(road.Run({"outbox", "settle", "all", "again"}).out, "1\n");
