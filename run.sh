@@ -6,9 +6,9 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/packages.sh build
-scripts/build.sh release orvalo orvaloctl orvalo-gateway
+scripts/build.sh package orvalo orvaloctl orvalo-gateway
 
-bin=build/release/bin
+bin=build/package/bin
 data=demo/client
 say() { printf '\n== %s\n' "$1"; }
 ctl() { "$bin/orvaloctl" --data "$data" "$@"; }
