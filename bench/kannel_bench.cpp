@@ -3,7 +3,7 @@
 //
 //   kannel_bench [--rounds N] [--size N]          accepted messages a second, at 1, 4 and 16
 //                                                 connections; the ratios are medians
-//   kannel_bench --kills 10 --size 100000 [--no-store]
+//   kannel_bench --kills 10 --size 100000 [--store]
 //                                                 kills the service and the engine, each so often,
 //                                                 while the messages go through, and accounts for
 //                                                 every one of them
@@ -397,12 +397,12 @@ int main(int argc, char** argv) {
       ->check(CLI::Range(1, 1'000'000));
   app.add_option("--kills", kills, "Kill the service and the engine so often")
       ->check(CLI::Range(0, 1'000));
-  bool no_store = false;
-  app.add_flag("--no-store", no_store, "The engine keeps its queue in memory only");
+  bool keeps_queue = false;
+  app.add_flag("--store", keeps_queue, "The engine keeps its queue on the disk, and may repeat it");
   CLI11_PARSE(app, argc, argv);
   try {
     if (kills > 0) {
-      orvalo::bench::Kill(kills, size, !no_store);
+      orvalo::bench::Kill(kills, size, keeps_queue);
     } else {
       orvalo::bench::Measure(rounds, size);
     }

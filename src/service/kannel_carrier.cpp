@@ -61,8 +61,10 @@ std::optional<Refusal> KannelCarrier::Admit() {
   const auto now = parts_.clock.Tick();
   auto next = next_count_.load();
   if (now >= next && next_count_.compare_exchange_strong(next, now + kCountEveryMs)) {
+    constexpr std::int64_t kLongestPause = 60;  // of parts that were put back
+    const auto by = parts_.clock.Now() + kLongestPause;
     waiting_ = parts_.database.Read(
-        [](Connection& connection) { return outbox::CountOpen(connection, PartState::kWaiting); });
+        [by](Connection& connection) { return outbox::CountDue(connection, by); });
   }
   if (waiting_ > options_.backlog) return Refuse(ErrorCode::kNetworkDown);
   return std::nullopt;

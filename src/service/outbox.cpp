@@ -35,6 +35,19 @@ void Refund(Connection& connection, const PartId& id) {
       .Run();
 }
 
+void Withdraw(Connection& connection, const PartId& id, std::int64_t now) {
+  SetState(connection, id, PartState::kWithdrawn, now, "another part was refused");
+  Refund(connection, id);
+}
+
+bool HasFreePart(Connection& connection, std::int64_t message) {
+  Query rows(connection, "SELECT state FROM outbox WHERE message=?", message);
+  while (rows.Step()) {
+    if (IsFree(StateFrom(rows, 0))) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 void Add(Connection& connection, const CarriedMessage& message, Money charge, int reference) {
@@ -84,10 +97,12 @@ bool Ask(Connection& connection, const PartId& id, std::string_view key, std::in
 
 void PutBack(Connection& connection, const PartId& id, std::int64_t due,
              const std::string& reason) {
-  Query(connection,
-        "UPDATE outbox SET state=0,since=?,reason=? WHERE message=? AND part=? AND state=1", due,
-        reason, id.message, id.part)
-      .Run();
+  const auto changed =
+      Query(connection,
+            "UPDATE outbox SET state=0,since=?,reason=? WHERE message=? AND part=? AND state=1",
+            due, reason, id.message, id.part)
+          .Run();
+  if (changed == 1 && HasFreePart(connection, id.message)) Withdraw(connection, id, due);
 }
 
 void Answer(Connection& connection, const PartId& id, PartState state, std::int64_t now,
@@ -111,10 +126,7 @@ void Move(Connection& connection, const PartId& id, PartState state, std::int64_
     Query rows(connection, "SELECT part FROM outbox WHERE message=? AND state=0", id.message);
     while (rows.Step()) siblings.push_back({id.message, static_cast<int>(rows.Int(0))});
   }
-  for (const auto& sibling : siblings) {
-    SetState(connection, sibling, PartState::kWithdrawn, now, "another part was refused");
-    Refund(connection, sibling);
-  }
+  for (const auto& sibling : siblings) Withdraw(connection, sibling, now);
 }
 
 std::int64_t DoubtAsked(Connection& connection, std::int64_t now) {
@@ -176,6 +188,11 @@ std::optional<GatewayStatus> StatusOf(Connection& connection, const CarriedMessa
 std::int64_t CountOpen(Connection& connection, PartState state) {
   Query row(connection, "SELECT count(*) FROM outbox WHERE state=? AND state<=4",
             static_cast<int>(state));
+  return row.Step() ? row.Int(0) : 0;
+}
+
+std::int64_t CountDue(Connection& connection, std::int64_t by) {
+  Query row(connection, "SELECT count(*) FROM outbox WHERE state=0 AND state<=4 AND since<=?", by);
   return row.Step() ? row.Int(0) : 0;
 }
 

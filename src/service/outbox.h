@@ -48,7 +48,8 @@ std::vector<Waiting> Due(Connection& connection, std::int64_t now, int most);
 // Marks the part as asked under the report key (16 bytes). False when it no longer waits.
 bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now);
 
-// Puts an asked part back: surely nothing was sent. It waits until `due`.
+// Puts an asked part back: surely nothing was sent. It waits until `due`; when another part of its
+// message was refused meanwhile, it is withdrawn as those are that waited then.
 void PutBack(Connection& connection, const PartId& id, std::int64_t due, const std::string& reason);
 
 // What became of an asked part. One that a report has moved on meanwhile stays where it is.
@@ -83,6 +84,9 @@ std::optional<GatewayStatus> StatusOf(Connection& connection, const CarriedMessa
                                       std::int64_t now);
 
 std::int64_t CountOpen(Connection& connection, PartState state);
+
+// Waiting parts that are due by then; later deliveries are not.
+std::int64_t CountDue(Connection& connection, std::int64_t by);
 
 // One row as a person sees it.
 struct Row {

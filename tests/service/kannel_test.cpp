@@ -281,9 +281,10 @@ TEST_F(KannelTest, NeverSendsAgainWhatMayHaveBeenSent) {
   EXPECT_EQ(asked, 5);
 }
 
-// Everything dies over and over; every message is accounted for.
+// Everything dies over and over; every message is accounted for, and none arrives twice. (An engine
+// that keeps its queue repeats what the network had not acknowledged.)
 TEST_F(KannelTest, AccountsForEveryMessageWhenEverythingIsKilled) {
-  EngineRoad road;
+  EngineRoad road({.smsboxes = 1, .keeps_queue = false, .core = "", .smsc = ""});
   ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
   road.StartService();
   constexpr int kMessages = 120;
@@ -304,21 +305,22 @@ TEST_F(KannelTest, AccountsForEveryMessageWhenEverythingIsKilled) {
     return road.Run({"outbox", "list", "--json"}).out.find("\"waiting\"") == std::string::npos;
   };
   ASSERT_TRUE(EngineRoad::Await(settled));
-  // Every message is at the network or in doubt; the engine itself may repeat what the network had
-  // not yet acknowledged when it was killed.
+  // Every message was at the network, or is still open here; what an engine took along falls in
+  // doubt with time.
   std::map<std::string, int> seen;
-  std::map<std::string, nlohmann::json> doubts;
   const auto accounted = [&] {
+    const auto open = road.Run({"outbox", "list", "--json"}).out;
     seen.clear();
-    doubts.clear();
     for (const auto& sm : road.network.submitted()) ++seen[sm.dest];
-    for (const auto& doubt : road.Doubts()) doubts[doubt.at("number")] = doubt;
     for (int i = 0; i < kMessages; ++i) {
-      if (!seen.contains(number(i)) && !doubts.contains(number(i))) return false;
+      if (!seen.contains(number(i)) && open.find('"' + number(i) + '"') == std::string::npos) {
+        return false;
+      }
     }
     return true;
   };
   EXPECT_TRUE(EngineRoad::Await(accounted));
+  for (const auto& [to, times] : seen) EXPECT_EQ(times, 1) << to;
   EXPECT_EQ(road.service->Ledger().size(), std::size_t{kMessages});
   EXPECT_TRUE(road.AddsUp());
 }
