@@ -8,7 +8,7 @@ build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev
        nlohmann-json3-dev libfmt-dev libcli11-dev libsodium-dev libgif-dev libcivetweb-dev civetweb libssl-dev
        libldap-dev)
 test=(libgtest-dev libgmock-dev libbenchmark-dev sqlite3 openssl kannel xvfb xauth openbox dbus dbus-x11 at-spi2-core
-      libatspi2.0-dev tinyproxy-bin libglib2.0-bin gsettings-desktop-schemas chromium chromium-driver
+      libatspi2.0-dev tinyproxy-bin libpacparser1 libglib2.0-bin gsettings-desktop-schemas chromium chromium-driver
       slapd ldap-utils)
 package=(dpkg-dev file)
 lint=(clang-format clang-tidy clang libclang-rt-14-dev git python3)

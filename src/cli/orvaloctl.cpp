@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <ostream>
 
 #include "app/startup/program.h"
@@ -36,8 +37,8 @@ void DefineGlobal(CLI::App& app, GlobalArguments* arguments) {
   app.add_flag("--json", arguments->json, "Print results as JSON");
 }
 
-// The folder, with what the command expects in it. A mistyped name must never become a new
-// database.
+// The folder's full path, with what the command expects in it. A mistyped name must never become a
+// new database.
 std::string PreparedFolder(const GlobalArguments& arguments, Access access) {
   std::string folder = arguments.data_folder.empty()
                            ? platform::ReadDataPath(platform::MachineConfig())
@@ -46,6 +47,7 @@ std::string PreparedFolder(const GlobalArguments& arguments, Access access) {
     throw CommandError(ExitCode::kFailed,
                        "No data folder is known: name it with --data or ORVALO_DATA_PATH");
   }
+  folder = std::filesystem::absolute(folder).lexically_normal().string();
   if (access == Access::kMake) {
     if (!platform::MakeFolder(folder))
       throw CommandError(ExitCode::kFailed, "The folder " + folder + " cannot be made");

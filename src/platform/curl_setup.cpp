@@ -52,7 +52,17 @@ bool IsTlsCode(CURLcode code) {
 
 CurlProxy::CurlProxy(ProxyConfig config) : config_(std::move(config)) {
   const bool system = config_.mode != ProxyMode::kDirect && config_.mode != ProxyMode::kNamed;
-  if (system && !HasProxyEnvironment()) desktop_ = ReadDesktopProxy();
+  if (!system || HasProxyEnvironment()) return;
+  desktop_ = ReadDesktopProxy();
+  if (!desktop_->script.empty() && config_.mode != ProxyMode::kSystemNoScripts)
+    script_ = ProxyScript::Load(desktop_->script);
+}
+
+CurlProxy::Use CurlProxy::use() const {
+  if (config_.mode == ProxyMode::kDirect) return Use::kNever;
+  if (config_.mode == ProxyMode::kNamed) return Use::kAlways;
+  if (choices_.empty()) return Use::kPerhaps;
+  return choices_[choice_].empty() ? Use::kNever : Use::kAlways;
 }
 
 void CurlProxy::SetUp(CURL* easy) const {
@@ -72,12 +82,34 @@ void CurlProxy::SetUp(CURL* easy) const {
   curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, config_.password.c_str());
 }
 
-void CurlProxy::SetAddress(CURL* easy, const std::string& url) const {
+void CurlProxy::SetAddress(CURL* easy, const std::string& url) {
   if (!desktop_) return;
+  if (script_) {
+    const auto& choices = script_->ProxiesFor(url);
+    if (choices != choices_) choice_ = 0;
+    choices_ = choices;
+    SetChoice(easy);
+    return;
+  }
   const bool https = url.size() > 5 && EqualNoCaseAscii(url.substr(0, 5), "https");
   curl_easy_setopt(easy, CURLOPT_PROXY, (https ? desktop_->https : desktop_->http).c_str());
   curl_easy_setopt(easy, CURLOPT_NOPROXY, desktop_->exceptions.c_str());
   curl_easy_setopt(easy, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_ANY));
+}
+
+bool CurlProxy::SetNext(CURL* easy) {
+  if (choice_ + 1 >= choices_.size()) {
+    choice_ = 0;
+  } else {
+    ++choice_;
+  }
+  if (!choices_.empty()) SetChoice(easy);
+  return choice_ > 0;
+}
+
+void CurlProxy::SetChoice(CURL* easy) const {
+  curl_easy_setopt(easy, CURLOPT_PROXY, choices_[choice_].c_str());
+  curl_easy_setopt(easy, CURLOPT_NOPROXY, "");
 }
 
 }  // namespace orvalo::platform

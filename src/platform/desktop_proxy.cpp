@@ -142,6 +142,7 @@ bool HasProxyEnvironment() {
 
 DesktopProxy ParseGnomeProxy(std::string_view listing) {
   const Values values = ReadListing(listing);
+  if (TextValue(values, "mode") == "auto") return {"", "", "", TextValue(values, "autoconfig-url")};
   if (TextValue(values, "mode") != "manual") return {};
   const std::string socks = GnomeAddress(values, "socks", "socks5h://");
   const auto address_or_socks = [&](const char* kind) {
@@ -149,7 +150,7 @@ DesktopProxy ParseGnomeProxy(std::string_view listing) {
     return address.empty() ? socks : address;
   };
   return {address_or_socks("http"), address_or_socks("https"),
-          JoinedHosts(QuotedTexts(Lookup(values, "ignore-hosts")))};
+          JoinedHosts(QuotedTexts(Lookup(values, "ignore-hosts"))), ""};
 }
 
 DesktopProxy ParseKdeProxy(std::string_view file) {
@@ -162,6 +163,9 @@ DesktopProxy ParseKdeProxy(std::string_view file) {
     values.emplace(Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)));
   }
   constexpr std::string_view kByHand = "1";
+  constexpr std::string_view kByScript = "2";
+  if (Lookup(values, "ProxyType") == kByScript)
+    return {"", "", "", Lookup(values, "Proxy Config Script")};
   if (Lookup(values, "ProxyType") != kByHand) return {};
   const std::string socks = KdeAddress(Lookup(values, "socksProxy"));
   const auto address_or_socks = [&](const char* name) {
@@ -171,7 +175,7 @@ DesktopProxy ParseKdeProxy(std::string_view file) {
   const std::string exceptions = Lookup(values, "NoProxyFor");
   const auto hosts = Split(exceptions, ',');
   return {address_or_socks("httpProxy"), address_or_socks("httpsProxy"),
-          JoinedHosts({hosts.begin(), hosts.end()})};
+          JoinedHosts({hosts.begin(), hosts.end()}), ""};
 }
 
 DesktopProxy ReadDesktopProxy() {

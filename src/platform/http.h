@@ -12,8 +12,8 @@ enum class ProxyMode : std::int32_t {
   kNeverChosen = 0,  // as kSystem
   kDirect = 1,
   kSystem = 2,           // the proxy environment (http_proxy, https_proxy, no_proxy), else the
-                         // desktop's settings
-  kSystemNoScripts = 3,  // the same; automatic proxy scripts are never run here
+                         // desktop's settings, an automatic proxy script among them
+  kSystemNoScripts = 3,  // the same, but directly where there would be a script
   kNamed = 4,
 };
 
@@ -74,13 +74,15 @@ class HttpClient {
   HttpClient(const HttpClient&) = delete;
   HttpClient& operator=(const HttpClient&) = delete;
 
-  // Holds from the next request on, for which the desktop's settings are read anew.
+  // Holds from the next request on. In the system modes a request that needs a new connection first
+  // reads the desktop's settings anew (at most 3 s) and fetches and runs its script (5 s each).
   void SetProxy(const ProxyConfig& config);
 
   // A file of certificate authorities to trust instead of the system's; empty for the system's.
   void SetCertificateAuthorities(const std::string& file);
 
-  // Blocks until the reply is complete or failed; never longer than request.timeout_ms.
+  // Blocks until the reply is complete or failed; never longer than request.timeout_ms, beside what
+  // SetProxy says. Of several proxies that a script names the first that can be reached is taken.
   HttpReply Perform(const HttpRequest& request);
 
  private:

@@ -108,8 +108,9 @@ struct HttpDownload::Impl {
     int left = 0;
     while (const CURLMsg* const message = curl_multi_info_read(multi, &left)) {
       if (message->msg != CURLMSG_DONE) continue;
-      is_done = true;
       const CURLcode code = message->data.result;
+      if (SetOutAnew(code)) continue;
+      is_done = true;
       // The library's longer messages may quote an address with credentials in it.
       if (code != CURLE_OK) {
         Fail(curl_easy_strerror(code));
@@ -120,6 +121,16 @@ struct HttpDownload::Impl {
     }
   }
 
+  // Through the next proxy, when this one could not be reached.
+  bool SetOutAnew(CURLcode code) {
+    if (code != CURLE_COULDNT_CONNECT && code != CURLE_COULDNT_RESOLVE_PROXY) return false;
+    if (!proxy.SetNext(easy)) return false;
+    curl_multi_remove_handle(multi, easy);
+    is_added = curl_multi_add_handle(multi, easy) == CURLM_OK;
+    TouchStall();
+    return is_added;
+  }
+
   void Fail(std::string reason) {
     is_done = has_failed = true;
     error = std::move(reason);
@@ -128,7 +139,7 @@ struct HttpDownload::Impl {
   bool HasData() const { return data.size() > taken; }
 
   const Options options;
-  const CurlProxy proxy;
+  CurlProxy proxy;
   CURL* const easy;
   CURLM* const multi;
   curl_slist* headers = nullptr;

@@ -1,6 +1,7 @@
 #include "platform/http_handle.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string_view>
 
 #include "platform/collation.h"
@@ -40,7 +41,18 @@ HttpReply CurlHandle::Perform(const HttpRequest& request) {
     return FailedReply(HttpFailure::kUnreachable, "The system is out of memory");
   if (config_.proxy.mode == ProxyMode::kNamed && config_.proxy.host.empty())
     return FailedReply(HttpFailure::kProxyUnreachable, "No proxy server is named");
-  SetRequestOptions(request);
+  using std::chrono::steady_clock;
+  const auto end = steady_clock::now() + std::chrono::milliseconds(request.timeout_ms);
+  for (std::int64_t left = request.timeout_ms;;) {
+    HttpReply reply = PerformOnce(request, left);
+    if (reply.failure != HttpFailure::kProxyUnreachable || !proxy_.SetNext(easy_)) return reply;
+    left = std::chrono::duration_cast<std::chrono::milliseconds>(end - steady_clock::now()).count();
+    if (left <= 0) return reply;
+  }
+}
+
+HttpReply CurlHandle::PerformOnce(const HttpRequest& request, std::int64_t timeout_ms) {
+  SetRequestOptions(request, timeout_ms);
   HttpReply reply;
   reply_ = &reply;
   max_reply_ = request.max_reply;
@@ -78,7 +90,7 @@ void CurlHandle::SetConstantOptions() {
   curl_easy_setopt(easy_, CURLOPT_WRITEDATA, this);
 }
 
-void CurlHandle::SetRequestOptions(const HttpRequest& request) {
+void CurlHandle::SetRequestOptions(const HttpRequest& request, std::int64_t timeout_ms) {
   if (url_ != request.url) {
     url_ = request.url;
     curl_easy_setopt(easy_, CURLOPT_URL, url_.c_str());
@@ -90,7 +102,7 @@ void CurlHandle::SetRequestOptions(const HttpRequest& request) {
   // To libcurl 0 means "for ever".
   constexpr std::int64_t kLongest = 24L * 3600 * 1000;
   curl_easy_setopt(easy_, CURLOPT_TIMEOUT_MS,
-                   static_cast<long>(std::clamp<std::int64_t>(request.timeout_ms, 1, kLongest)));
+                   static_cast<long>(std::clamp<std::int64_t>(timeout_ms, 1, kLongest)));
   curl_easy_setopt(
       easy_, CURLOPT_CONNECTTIMEOUT_MS,
       static_cast<long>(std::clamp<std::int64_t>(request.connect_timeout_ms, 1, kLongest)));
@@ -194,7 +206,7 @@ bool CurlHandle::WentOut() const {
 }
 
 HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& url) const {
-  const bool direct = config_.proxy.mode == ProxyMode::kDirect;
+  const bool direct = proxy_.use() == CurlProxy::Use::kNever;
   if (code == CURLE_OK && !is_head_complete_) return HttpFailure::kNoReply;
   if (code == CURLE_OK)
     return status == 407 && !direct ? HttpFailure::kProxyRefused : HttpFailure::kNone;
@@ -204,7 +216,7 @@ HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& u
   curl_easy_getinfo(easy_, CURLINFO_HTTP_CONNECTCODE, &connect_status);
   if (connect_status >= 300) return HttpFailure::kProxyRefused;
   if (IsTlsCode(code)) return HttpFailure::kTls;
-  const bool named = config_.proxy.mode == ProxyMode::kNamed;
+  const bool named = proxy_.use() == CurlProxy::Use::kAlways;
   switch (code) {
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_URL_MALFORMAT:

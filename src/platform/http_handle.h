@@ -37,8 +37,9 @@ class CurlHandle {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
   };
 
+  HttpReply PerformOnce(const HttpRequest& request, std::int64_t timeout_ms);
   void SetConstantOptions();
-  void SetRequestOptions(const HttpRequest& request);
+  void SetRequestOptions(const HttpRequest& request, std::int64_t timeout_ms);
   void SetMethod(const HttpRequest& request);
   void SetHeaders(const HttpRequest& request);
   void SetBody(const HttpRequest& request);
@@ -51,7 +52,7 @@ class CurlHandle {
   std::string Describe(CURLcode code, HttpFailure failure) const;
 
   const HttpConfig config_;
-  const CurlProxy proxy_;
+  CurlProxy proxy_;
   CURL* const easy_;
   std::unique_ptr<curl_slist, FreeHeaders> header_list_;
   // What the handle is set to, so that only differences are set again.

@@ -32,6 +32,17 @@ TEST_F(CommandsTest, OnlyInitMakesADataFolder) {
   }
   EXPECT_EQ(Slurp(mistyped + "/SMS.db"), "");
 
+  const auto working_folder = std::filesystem::current_path();
+  std::filesystem::current_path(folder());
+  std::istringstream in;
+  std::ostringstream out, err;
+  EXPECT_EQ(cli::RunOrvaloctl({"init", "--gateway", "http://127.0.0.1:1", "--data", "d"},
+                              {in, out, err}, registry_, clock_),
+            0)
+      << err.str();
+  std::filesystem::current_path(working_folder);
+  EXPECT_THAT(out.str(), HasSubstr(folder() + "/d\n"));
+
   EXPECT_THAT(Run({"init", "--gateway", "http://127.0.0.1:1/", "--client-id", "Shop"}),
               EndsWith(0));
   EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");

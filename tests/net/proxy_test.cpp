@@ -11,6 +11,8 @@
 #include "net/proxy_settings.h"
 #include "platform/code_page.h"
 #include "platform/desktop_proxy.h"
+#include "platform/http_download.h"
+#include "platform/proxy_script.h"
 #include "proxy_program.h"
 #include "support/fake_clock.h"
 #include "support/scoped_variable.h"
@@ -148,6 +150,76 @@ TEST(Proxy, FollowsTheEnvironmentAndThenTheDesktop) {
   }
 }
 
+TEST(Proxy, RunsTheDesktopsScriptUnlessScriptsAreUnwanted) {
+  const ScopedVariable no_environment("http_proxy", nullptr);
+  const ScopedVariable no_desktop("XDG_CURRENT_DESKTOP", nullptr);
+  const ScopedVariable backend("GSETTINGS_BACKEND", "keyfile");
+  const TemporaryFolder folder;
+  const ScopedVariable home("XDG_CONFIG_HOME", folder.path().c_str());
+  std::filesystem::create_directories(folder.File("glib-2.0/settings"));
+  const auto write_desktop = [&](const std::string& script) {
+    Spill(folder.File("glib-2.0/settings/keyfile"),
+          "[system/proxy]\nmode='auto'\nautoconfig-url='" + script + "'\n");
+  };
+  const ProxyProgram proxy;
+  const ProxyProgram guarded("BasicAuth ann hush");
+  const std::string dead = "PROXY 127.0.0.1:" + std::to_string(UnusedPort());
+  const std::string alive = "PROXY 127.0.0.1:" + proxy.port();
+  std::string answer;
+  ScriptedHttpServer publisher{[&](const RecordedRequest&) {
+    return ScriptedReply{200, "function FindProxyForURL(url, host) {" + answer + "}"};
+  }};
+  write_desktop(publisher.address() + "/proxy.pac");
+  const struct {
+    const char* what;
+    std::string script;
+    std::int32_t error;
+    bool through;
+  } cases[] = {
+      {"a proxy for this host", "return host == '127.0.0.1' ? '" + alive + "' : 'DIRECT';", 0,
+       true},
+      {"a second choice", "return '" + dead + "; " + alive + "';", 0, true},
+      {"directly at last", "return '" + dead + "; DIRECT';", 0, false},
+      {"none that lives", "return '" + dead + "';", 95, false},
+      {"a password wanted", "return 'PROXY 127.0.0.1:" + guarded.port() + "';", 96, false},
+      {"no path shown", "return url.indexOf('v1') < 0 ? '" + alive + "' : 'DIRECT';", 0, true},
+      {"a broken script", "return (;", 0, false},
+  };
+  for (const auto& c : cases) {
+    answer = c.script;
+    for (const std::int32_t mode : {0, 2, 3}) {
+      ProxyBench bench;
+      EXPECT_EQ(bench.Test(mode), mode == 3 ? 0 : c.error) << c.what;
+      const auto requests = bench.service.requests();
+      if (mode != 3 && c.error != 0) continue;
+      ASSERT_EQ(requests.size(), 1u) << c.what;
+      EXPECT_EQ(!requests.back().header("via").empty(), mode != 3 && c.through) << c.what;
+    }
+  }
+  answer = "return '" + dead + "; " + alive + "';";
+  platform::HttpDownload download({});
+  download.Open(publisher.address() + "/file");
+  platform::HttpDownload::State state{};
+  do state = download.AwaitAnswer(1000);
+  while (state == platform::HttpDownload::State::kWaiting);
+  EXPECT_EQ(state, platform::HttpDownload::State::kOpen) << download.error();
+  EXPECT_FALSE(publisher.requests().back().header("via").empty());
+
+  write_desktop("file://" + folder.File("none.pac"));
+  ProxyBench bench;
+  EXPECT_EQ(bench.Test(2), 0);
+}
+
+TEST(Proxy, ReadsWhatAScriptAnswers) {
+  using platform::ParseScriptAnswer;
+  using Proxies = std::vector<std::string>;
+  EXPECT_EQ(ParseScriptAnswer("PROXY a:8080; https b:1;SOCKS c:2; SOCKS5 [::1]:3 ;DIRECT\n"),
+            (Proxies{"http://a:8080", "https://b:1", "socks4a://c:2", "socks5h://[::1]:3", ""}));
+  for (const char* nonsense :
+       {"", ";;", "undefined", "PROXY", "PROXY a/b", "PROXY u:p@a:1", "FTP a:1"})
+    EXPECT_EQ(ParseScriptAnswer(nonsense), Proxies{""}) << nonsense;
+}
+
 TEST(Proxy, ReadsTheSettingsOfADesktop) {
   using platform::ParseGnomeProxy;
   using platform::ParseKdeProxy;
@@ -172,6 +244,9 @@ TEST(Proxy, ReadsTheSettingsOfADesktop) {
   EXPECT_EQ(from_kde.http, "http://proxy:3128");
   EXPECT_EQ(from_kde.https, "http://secure:3129");
   EXPECT_EQ(from_kde.exceptions, "localhost,.example.org");
+  EXPECT_EQ(
+      ParseKdeProxy("[Proxy Settings]\nProxyType=2\nProxy Config Script=http://p/p.pac").script,
+      "http://p/p.pac");
   for (const char* nonsense : {"", "org.gnome.system.proxy", "[Proxy Settings]\nProxyType=4",
                                "org.gnome.system.proxy mode 'manual", "\xff'\\"}) {
     EXPECT_EQ(ParseGnomeProxy(nonsense).http + ParseKdeProxy(nonsense).http, "") << nonsense;
