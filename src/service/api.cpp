@@ -27,17 +27,26 @@ std::string_view BearerToken(std::string_view authorization) {
 
 }  // namespace
 
-Api::Api(const Router& router, Sessions& sessions, Attempts& requests,
+Api::Api(const Router& router, Sessions& sessions, Attempts& requests, Metrics& metrics,
          std::function<void(const std::string&)> report)
-    : router_(router), sessions_(sessions), requests_(requests), report_(std::move(report)) {}
+    : router_(router),
+      sessions_(sessions),
+      requests_(requests),
+      metrics_(metrics),
+      report_(std::move(report)) {}
 
 ServedReply Api::Handle(const ServedRequest& request) {
   try {
-    return Answer(request);
+    return Counted(Answer(request));
   } catch (const std::exception& failure) {
     report_(fmt::format("{} {} failed: {}", request.method, request.path, failure.what()));
-    return ReplyOf(Refuse(ErrorCode::kServiceFailed));
+    return Counted(ReplyOf(Refuse(ErrorCode::kServiceFailed)));
   }
+}
+
+ServedReply Api::Counted(ServedReply reply) {
+  if (reply.error != 0) CountRefusal(metrics_, static_cast<ErrorCode>(reply.error));
+  return reply;
 }
 
 ServedReply Api::Malformed(int status) {
@@ -46,7 +55,7 @@ ServedReply Api::Malformed(int status) {
                                     : ErrorCode::kMalformed;
   auto reply = ReplyOf(Refuse(code));
   reply.status = status;
-  return reply;
+  return Counted(std::move(reply));
 }
 
 ServedReply Api::Answer(const ServedRequest& request) {

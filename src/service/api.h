@@ -5,6 +5,7 @@
 
 #include "service/attempts.h"
 #include "service/http_message.h"
+#include "service/metrics.h"
 #include "service/refusal.h"
 #include "service/router.h"
 #include "service/sessions.h"
@@ -16,19 +17,21 @@ namespace orvalo::service {
 class Api : public HttpHandler {
  public:
   // `report` gets a line for the service's own log when a call fails by our fault.
-  Api(const Router& router, Sessions& sessions, Attempts& requests,
+  Api(const Router& router, Sessions& sessions, Attempts& requests, Metrics& metrics,
       std::function<void(const std::string&)> report);
 
   ServedReply Handle(const ServedRequest& request) override;
   ServedReply Malformed(int status) override;
 
  private:
+  ServedReply Counted(ServedReply reply);
   ServedReply Answer(const ServedRequest& request);
   std::optional<Refusal> Authorise(const Route& route, Call& call);
 
   const Router& router_;
   Sessions& sessions_;
   Attempts& requests_;
+  Metrics& metrics_;
   std::function<void(const std::string&)> report_;
 };
 

@@ -10,6 +10,7 @@ ServedReply ReplyOf(const Refusal& refusal) {
   const nlohmann::json body{
       {"error", {{"code", static_cast<int>(refusal.code)}, {"message", refusal.message}}}};
   ServedReply reply{HttpStatusOf(refusal.code), body.dump(), {}, false};
+  reply.error = static_cast<int>(refusal.code);
   if (refusal.code == ErrorCode::kTooManyRequests) reply.headers.emplace_back("Retry-After", "1");
   if (refusal.code == ErrorCode::kTooManyPasswords) reply.headers.emplace_back("Retry-After", "60");
   return reply;
@@ -23,6 +24,10 @@ ServedReply ReplyOf(const std::variant<Vouchers::Redeemed, Refusal>& result) {
                       MoneyText(redeemed.balance)),
           {},
           false};
+}
+
+void CountRefusal(Metrics& metrics, ErrorCode code) {
+  metrics.Count("orvalo_refusals_total", fmt::format("reason=\"{}\"", NameOf(code)));
 }
 
 }  // namespace orvalo::service

@@ -2,6 +2,7 @@
 #include <variant>
 
 #include "service/http_message.h"
+#include "service/metrics.h"
 #include "service/refusal.h"
 #include "service/vouchers.h"
 
@@ -12,5 +13,8 @@ ServedReply ReplyOf(const Refusal& refusal);
 
 // The reply to a voucher: what it brought, or the refusal.
 ServedReply ReplyOf(const std::variant<Vouchers::Redeemed, Refusal>& result);
+
+// A call or a recipient was refused.
+void CountRefusal(Metrics& metrics, ErrorCode code);
 
 }  // namespace orvalo::service

@@ -65,16 +65,16 @@ GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& c
       submissions_(database_, clock, options.drop_replies),
       mail_(options.folder + "/mail", clock),
       account_calls_({accounts_, sessions_, submissions_, vouchers_, *carrier_, mail_, clock}),
-      message_calls_({database_, submissions_, ledger_, *carrier_, clock}),
+      message_calls_({database_, submissions_, ledger_, *carrier_, metrics_, clock}),
       account_page_({database_, sessions_, submissions_, vouchers_, *carrier_, clock,
                      !options.http.certificate.empty()}),
       router_(MakeRouter(account_calls_, message_calls_, account_page_)),
       requests_(clock, options.rate_limit, 1000),
-      api_(router_, sessions_, requests_,
+      api_(router_, sessions_, requests_, metrics_,
            [this](const std::string& line) {
              log_.Error("call_failed", {{"reason", line}});
            }),
-      operations_handler_({database_, metrics_, log_, *carrier_, kannel_}),
+      operations_handler_({database_, metrics_, log_, clock, *carrier_, kannel_}),
       operations_(ServeOperations(options)),
       server_(options.http, api_) {
   SaveDeliverySeconds(database_, options.simulation.delivery_seconds);

@@ -24,6 +24,7 @@ struct ServedReply {
   std::vector<std::pair<std::string, std::string>> headers;
   bool drop = false;  // close the connection and send nothing
   std::string content_type = "application/json";
+  int error = 0;  // the code of the error that the body tells, for whoever counts; 0: none
 };
 
 // What answers the requests. Called on many threads at a time; must not throw.

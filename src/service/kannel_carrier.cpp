@@ -100,26 +100,17 @@ GatewayStatus KannelCarrier::StatusOf(Connection& connection, const CarriedMessa
   return outbox::StatusOf(connection, message, now).value_or(GatewayStatus::kNotKnown);
 }
 
-bool KannelCarrier::TakeReport(std::string_view key, std::string_view number, int bits,
-                               std::string_view detail) {
+std::optional<outbox::Reported> KannelCarrier::TakeReport(std::string_view key,
+                                                          std::string_view number, int bits,
+                                                          std::string_view detail) {
   std::optional<outbox::Reported> reported;
   parts_.database.Write(
       [&](Connection& connection) {
         reported = outbox::TakeReport(connection, key, number, bits, detail, parts_.clock.Now());
       },
       kPatience);
-  if (!reported) {
-    parts_.metrics.Count("orvalo_reports_unknown_total");
-    return false;
-  }
-  parts_.metrics.Count("orvalo_reports_total", "type=\"" + std::to_string(bits) + "\"");
-  if (reported->before == PartState::kTaken) sender_.RoomMade();
-  if (reported->repeated) parts_.metrics.Count("orvalo_reports_repeated_total");
-  if (reported->after != reported->before) {
-    parts_.metrics.Count("orvalo_reported_parts_total",
-                         std::string("state=\"") + NameOf(reported->after) + "\"");
-  }
-  return true;
+  if (reported && reported->before == PartState::kTaken) sender_.RoomMade();
+  return reported;
 }
 
 }  // namespace orvalo::service

@@ -35,9 +35,10 @@ class KannelCarrier : public Carrier {
                          std::int64_t now) override;
   bool IsHealthy() override { return watch_.CanSend(); }
 
-  // A delivery report: false when it is about nothing that is known here. On the disk when this
+  // A delivery report: nothing when it is about nothing that is known here. On the disk when this
   // returns.
-  bool TakeReport(std::string_view key, std::string_view number, int bits, std::string_view detail);
+  std::optional<outbox::Reported> TakeReport(std::string_view key, std::string_view number,
+                                             int bits, std::string_view detail);
 
   const EngineWatch& watch() const { return watch_; }
   OutboxWarden& warden() { return warden_; }

@@ -123,10 +123,25 @@ ServedReply MessageCalls::GetMessage(const Call& call) {
           false};
 }
 
+// The refusal of a single message is the reply's, and counted with that.
+void MessageCalls::Count(const Accepted& accepted) {
+  std::int64_t messages = 0, parts = 0;
+  for (const auto& outcome : accepted.outcomes) {
+    if (const auto* message = std::get_if<CarriedMessage>(&outcome)) {
+      ++messages;
+      parts += message->parts;
+    } else if (accepted.reply.error == 0) {
+      CountRefusal(parts_.metrics, std::get<Refusal>(outcome).code);
+    }
+  }
+  parts_.metrics.Count("orvalo_messages_accepted_total", "", messages);
+  parts_.metrics.Count("orvalo_parts_accepted_total", "", parts);
+}
+
 // What was accepted goes to the carrier once it is on the disk, and never for a replay.
 ServedReply MessageCalls::Submit(const Call& call,
                                  const std::function<Accepted(Connection&)>& accept) {
-  std::vector<Ledger::Outcome> outcomes;
+  Accepted accepted;
   auto reply = parts_.submissions.Once(
       KeyedRequestOf(call),
       [&]() -> std::optional<ServedReply> {
@@ -134,11 +149,11 @@ ServedReply MessageCalls::Submit(const Call& call,
         return std::nullopt;
       },
       [&](Connection& connection) {
-        auto accepted = accept(connection);
-        outcomes = std::move(accepted.outcomes);
-        return std::move(accepted.reply);
+        accepted = accept(connection);
+        return accepted.reply;
       });
-  for (const auto& outcome : outcomes) {
+  Count(accepted);
+  for (const auto& outcome : accepted.outcomes) {
     if (const auto* message = std::get_if<CarriedMessage>(&outcome)) {
       parts_.carrier.Submit(*message);
     }

@@ -8,6 +8,7 @@
 #include "service/carrier.h"
 #include "service/database.h"
 #include "service/ledger.h"
+#include "service/metrics.h"
 #include "service/router.h"
 #include "service/submissions.h"
 
@@ -21,6 +22,7 @@ class MessageCalls {
     Submissions& submissions;
     Ledger& ledger;
     Carrier& carrier;
+    Metrics& metrics;
     const platform::Clock& clock;
   };
 
@@ -42,6 +44,7 @@ class MessageCalls {
   ServedReply EndBatch(const Call& call);
   ServedReply GetMessage(const Call& call);
 
+  void Count(const Accepted& accepted);
   ServedReply Submit(const Call& call, const std::function<Accepted(Connection&)>& accept);
   Accepted AcceptRecipients(Connection& connection, const Call& call,
                             const std::vector<std::string>& numbers);

@@ -12,7 +12,7 @@ namespace {
 using nlohmann::json;
 
 constexpr int kDeepest = 8;
-constexpr std::int64_t kMostParts = 255, kMostMinutes = 10'080;
+constexpr std::int64_t kMostConcat = 255, kMostMinutes = 10'080;
 constexpr std::size_t kMostNumbers = 1000, kLongestSender = 64, kLongestNumberText = 100;
 
 // Looks at brackets only, outside strings; whether the rest is JSON is the parser's business.
@@ -79,7 +79,7 @@ std::optional<Refusal> CountParts(MessageContent& content, int concat) {
       return Refuse(ErrorCode::kBadType);
     }
     parts = PartsOf(static_cast<std::int64_t>(content.text.size() / 2), 140, 134);
-    most = kMostParts;
+    most = kMostConcat;
   } else if (content.unicode) {
     parts = PartsOf(static_cast<std::int64_t>(platform::ToWide(content.text).size()), 70, 67);
   } else {
@@ -133,7 +133,7 @@ std::variant<MessageContent, Refusal> ParseContent(const json& object) {
   content.type = NumberMember(object, "type", kLargestType);
   if (content.type < 0) return MalformedMember("type");
   if (content.type > 1 && !IsBinaryType(content.type)) return Refuse(ErrorCode::kBadType);
-  const int concat = NumberMember(object, "concat", kMostParts);
+  const int concat = NumberMember(object, "concat", kMostConcat);
   if (concat < 0) return MalformedMember("concat");
   content.delivery_minutes = NumberMember(object, "delivery_minutes", kMostMinutes);
   if (content.delivery_minutes < 0) return MalformedMember("delivery_minutes");

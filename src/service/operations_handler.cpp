@@ -1,17 +1,9 @@
 #include "service/operations_handler.h"
 
-#include <fmt/format.h>
-
-#include <charconv>
-
-#include "service/page_text.h"
-#include "service/secrets.h"
+#include "service/settings.h"
 
 namespace orvalo::service {
 namespace {
-
-constexpr std::string_view kReports = "/reports/";
-constexpr std::size_t kKeyBytes = 16;
 
 ServedReply PlainReply(int status, std::string text) {
   ServedReply reply{status, std::move(text), {}, false};
@@ -19,15 +11,13 @@ ServedReply PlainReply(int status, std::string text) {
   return reply;
 }
 
-std::string Gauge(const char* name, std::int64_t value) {
-  return fmt::format("# TYPE {0} gauge\n{0} {1}\n", name, value);
-}
+std::string StateLabel(const char* state) { return std::string("state=\"") + state + "\""; }
 
 }  // namespace
 
 ServedReply OperationsHandler::Handle(const ServedRequest& request) {
   try {
-    if (request.path.starts_with(kReports)) return TakeReport(request);
+    if (DeliveryReports::IsPath(request.path)) return PlainReply(reports_.Take(request), "");
     if (request.method != "GET") return PlainReply(405, "");
     if (request.path == "/metrics") return ShowMetrics();
     if (request.path == "/health") return PlainReply(200, "ok\n");
@@ -41,39 +31,32 @@ ServedReply OperationsHandler::Handle(const ServedRequest& request) {
 
 ServedReply OperationsHandler::Malformed(int status) { return PlainReply(status, ""); }
 
-ServedReply OperationsHandler::TakeReport(const ServedRequest& request) {
-  const auto key = FromHex(request.path.substr(kReports.size()));
-  const auto number = FormField(request.query, "to");
-  const auto type = FormField(request.query, "type").value_or("");
-  int bits = 0;
-  std::from_chars(type.data(), type.data() + type.size(), bits);
-  if (parts_.kannel == nullptr || key.size() != kKeyBytes || !number || bits <= 0 ||
-      bits > kAllReportBits) {
-    return PlainReply(404, "");
-  }
-  const auto detail = FormField(request.query, "detail").value_or("");
-  return PlainReply(parts_.kannel->TakeReport(key, *number, bits, detail) ? 200 : 404, "");
-}
-
 ServedReply OperationsHandler::ShowMetrics() {
   auto text = parts_.metrics.Text();
   if (parts_.kannel != nullptr) {
-    text += "# TYPE orvalo_outbox_parts gauge\n";
-    parts_.database.Read([&](Connection& connection) {
-      for (int state = 0; state <= kLastOpenState; ++state) {
-        text += fmt::format("orvalo_outbox_parts{{state=\"{}\"}} {}\n",
-                            NameOf(static_cast<PartState>(state)),
-                            outbox::CountOpen(connection, static_cast<PartState>(state)));
-      }
-    });
+    text += parts_.database.Read([&](Connection& connection) { return LedgerMetrics(connection); });
     if (const auto status = parts_.kannel->watch().status()) {
-      text += Gauge("orvalo_engine_links", status->links);
-      text += Gauge("orvalo_engine_links_usable", status->links_usable);
-      text += Gauge("orvalo_engine_queued", status->queued);
+      text += MetricText("orvalo_engine_links", {{"", status->links}});
+      text += MetricText("orvalo_engine_links_usable", {{"", status->links_usable}});
+      text += MetricText("orvalo_engine_queued_messages", {{"", status->queued}});
     }
   }
-  text += Gauge("orvalo_carrier_healthy", parts_.carrier.IsHealthy() ? 1 : 0);
+  text += MetricText("orvalo_carrier_healthy", {{"", parts_.carrier.IsHealthy() ? 1 : 0}});
   return PlainReply(200, std::move(text));
+}
+
+std::string OperationsHandler::LedgerMetrics(Connection& connection) {
+  const auto waiting = outbox::CountWaiting(connection, parts_.clock.Now());
+  MetricLines lines{{StateLabel("held"), waiting.held},
+                    {StateLabel(NameOf(PartState::kWaiting)), waiting.due}};
+  for (int state = static_cast<int>(PartState::kAsked); state <= kLastOpenState; ++state) {
+    const auto open = static_cast<PartState>(state);
+    lines.emplace_back(StateLabel(NameOf(open)), outbox::CountOpen(connection, open));
+  }
+  const auto refunds = LoadRefunds(connection);
+  return MetricText("orvalo_outbox_parts", lines) +
+         MetricText("orvalo_refunded_parts_total", {{"", refunds.parts}}) +
+         MetricText("orvalo_refunded_credits_total", {{"", refunds.amount}});
 }
 
 // Proves the ledger writable, as an acceptance would.

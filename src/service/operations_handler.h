@@ -1,4 +1,5 @@
 #pragma once
+#include "service/delivery_reports.h"
 #include "service/http_message.h"
 #include "service/kannel_carrier.h"
 
@@ -13,21 +14,24 @@ class OperationsHandler : public HttpHandler {
     Database& database;
     Metrics& metrics;
     const EventLog& log;
+    const platform::Clock& clock;
     Carrier& carrier;
     KannelCarrier* kannel;  // null: another carrier
   };
 
-  explicit OperationsHandler(const Parts& parts) : parts_(parts) {}
+  explicit OperationsHandler(const Parts& parts)
+      : parts_(parts), reports_({parts.kannel, parts.metrics, parts.log, parts.clock}) {}
 
   ServedReply Handle(const ServedRequest& request) override;
   ServedReply Malformed(int status) override;
 
  private:
-  ServedReply TakeReport(const ServedRequest& request);
   ServedReply ShowMetrics();
   ServedReply ShowReadiness();
+  std::string LedgerMetrics(Connection& connection);
 
   const Parts parts_;
+  DeliveryReports reports_;
 };
 
 }  // namespace orvalo::service

@@ -1,6 +1,7 @@
 #include "service/outbox.h"
 
 #include "service/secrets.h"
+#include "service/settings.h"
 
 namespace orvalo::service::outbox {
 namespace {
@@ -33,6 +34,7 @@ void Refund(Connection& connection, const PartId& id) {
         "UPDATE account SET balance=balance+? WHERE id=(SELECT account FROM message WHERE seq=?)",
         price, id.message)
       .Run();
+  AddRefund(connection, price);
 }
 
 void Withdraw(Connection& connection, const PartId& id, std::int64_t now) {
@@ -189,6 +191,16 @@ std::int64_t CountOpen(Connection& connection, PartState state) {
   Query row(connection, "SELECT count(*) FROM outbox WHERE state=? AND state<=4",
             static_cast<int>(state));
   return row.Step() ? row.Int(0) : 0;
+}
+
+WaitingCount CountWaiting(Connection& connection, std::int64_t now) {
+  // One that was put back may be due later, too; a later delivery was never tried.
+  Query row(connection,
+            "SELECT count(*),count(*) FILTER (WHERE since>? AND attempts=0) FROM outbox "
+            "WHERE state=0 AND state<=4",
+            now);
+  if (!row.Step()) return {};
+  return {row.Int(0) - row.Int(1), row.Int(1)};
 }
 
 std::int64_t CountDue(Connection& connection, std::int64_t by) {

@@ -85,6 +85,12 @@ std::optional<GatewayStatus> StatusOf(Connection& connection, const CarriedMessa
 
 std::int64_t CountOpen(Connection& connection, PartState state);
 
+// Waiting parts: those whose delivery time has come, and those that are held until it does.
+struct WaitingCount {
+  std::int64_t due = 0, held = 0;
+};
+WaitingCount CountWaiting(Connection& connection, std::int64_t now);
+
 // Waiting parts that are due by then; later deliveries are not.
 std::int64_t CountDue(Connection& connection, std::int64_t by);
 

@@ -197,7 +197,7 @@ EngineAnswer OutboxSender::Ask(const Handover& handover) {
   parts_.metrics.Count("orvalo_engine_requests_total", label);
   parts_.metrics.Count("orvalo_engine_parts_total", label,
                        static_cast<std::int64_t>(handover.to.size()));
-  parts_.metrics.Count("orvalo_engine_milliseconds_total", "", parts_.clock.Tick() - begin);
+  parts_.metrics.Count("orvalo_engine_seconds_total", "", parts_.clock.Tick() - begin);
   return answer;
 }
 

@@ -3,6 +3,7 @@
 #include <civetweb.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 
 #include "platform/code_page.h"
@@ -10,7 +11,7 @@
 namespace orvalo::service {
 namespace {
 
-constexpr std::size_t kFieldBytes = 256;  // with the zero behind it
+constexpr std::size_t kCookieBytes = 256;  // with the zero behind it
 
 }  // namespace
 
@@ -46,15 +47,16 @@ std::string Shortened(std::string_view text, std::size_t count) {
   return shown.size() < text.size() ? shown + "…" : shown;
 }
 
-std::optional<std::string> FormField(std::string_view form, const char* name) {
-  std::array<char, kFieldBytes> value{};
+std::optional<std::string> FormField(std::string_view form, const char* name, std::size_t most) {
+  std::string value(std::min(form.size(), most) + 1, '\0');  // with the zero behind it
   const int length = mg_get_var(form.data(), form.size(), name, value.data(), value.size());
   if (length < 0) return std::nullopt;
-  return std::string(value.data(), static_cast<std::size_t>(length));
+  value.resize(static_cast<std::size_t>(length));
+  return value;
 }
 
 std::string CookieValue(std::string_view header, const char* name) {
-  std::array<char, kFieldBytes> value{};
+  std::array<char, kCookieBytes> value{};
   const int length = mg_get_cookie(std::string(header).c_str(), name, value.data(), value.size());
   return length < 0 ? std::string() : std::string(value.data(), static_cast<std::size_t>(length));
 }

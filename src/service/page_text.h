@@ -1,4 +1,5 @@
 #pragma once
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,8 +19,9 @@ std::string EscapeHtml(std::string_view text);
 std::string Shortened(std::string_view text, std::size_t count);
 
 // A field of a query or of a form (application/x-www-form-urlencoded), decoded; nothing when it is
-// missing or longer than 255 bytes.
-std::optional<std::string> FormField(std::string_view form, const char* name);
+// missing or longer than `most` bytes.
+std::optional<std::string> FormField(std::string_view form, const char* name,
+                                     std::size_t most = 255);
 
 // The value of a cookie in the header "Cookie"; "" when it is missing or longer than 255 bytes.
 std::string CookieValue(std::string_view header, const char* name);

@@ -8,33 +8,41 @@ namespace {
 
 struct RefusalRow {
   ErrorCode code;
+  const char* name;
   int http;
   const char* message;
 };
 
 constexpr std::array kRefusals{
-    RefusalRow{ErrorCode::kMalformed, 400, "The request is malformed"},
-    RefusalRow{ErrorCode::kNoSuchPath, 404, "No such path"},
-    RefusalRow{ErrorCode::kTooLarge, 413, "The request is too large"},
-    RefusalRow{ErrorCode::kNotJson, 415, "The body is not JSON by its content type"},
-    RefusalRow{ErrorCode::kWrongPassword, 401, "Unknown user or wrong password"},
-    RefusalRow{ErrorCode::kNoSession, 401, "No session, or it has ended: log in again"},
-    RefusalRow{ErrorCode::kTooManyPasswords, 429, "Too many wrong passwords: wait a minute"},
-    RefusalRow{ErrorCode::kTooManyRequests, 429, "Too many requests"},
-    RefusalRow{ErrorCode::kBadNumber, 422, "The number must have 3 to 16 digits"},
-    RefusalRow{ErrorCode::kNoCredit, 402, "Not enough credit"},
-    RefusalRow{ErrorCode::kTextTooLong, 422, "The text is too long"},
-    RefusalRow{ErrorCode::kBadType, 422,
+    RefusalRow{ErrorCode::kMalformed, "malformed", 400, "The request is malformed"},
+    RefusalRow{ErrorCode::kNoSuchPath, "no_such_path", 404, "No such path"},
+    RefusalRow{ErrorCode::kTooLarge, "too_large", 413, "The request is too large"},
+    RefusalRow{ErrorCode::kNotJson, "not_json", 415, "The body is not JSON by its content type"},
+    RefusalRow{ErrorCode::kWrongPassword, "wrong_password", 401, "Unknown user or wrong password"},
+    RefusalRow{ErrorCode::kNoSession, "no_session", 401,
+               "No session, or it has ended: log in again"},
+    RefusalRow{ErrorCode::kTooManyPasswords, "too_many_passwords", 429,
+               "Too many wrong passwords: wait a minute"},
+    RefusalRow{ErrorCode::kTooManyRequests, "too_many_requests", 429, "Too many requests"},
+    RefusalRow{ErrorCode::kBadNumber, "bad_number", 422, "The number must have 3 to 16 digits"},
+    RefusalRow{ErrorCode::kNoCredit, "no_credit", 402, "Not enough credit"},
+    RefusalRow{ErrorCode::kTextTooLong, "text_too_long", 422, "The text is too long"},
+    RefusalRow{ErrorCode::kBadType, "bad_type", 422,
                "The message type is not known or the text does not fit it"},
-    RefusalRow{ErrorCode::kNoSuchMessage, 404, "No such message or batch"},
-    RefusalRow{ErrorCode::kKeyReused, 409, "The idempotency key was used with another request"},
-    RefusalRow{ErrorCode::kBatchEnded, 409, "The batch has ended"},
-    RefusalRow{ErrorCode::kNumberRefused, 422, "The number is refused by the network"},
-    RefusalRow{ErrorCode::kServiceFailed, 500, "The service failed; nothing was accepted"},
-    RefusalRow{ErrorCode::kNetworkDown, 503, "The phone network is not available now"},
-    RefusalRow{ErrorCode::kNoSuchAddress, 404, "No account has this user name and e-mail address"},
-    RefusalRow{ErrorCode::kNoSuchVoucher, 404, "No such voucher"},
-    RefusalRow{ErrorCode::kVoucherUsed, 409, "The voucher has been redeemed"},
+    RefusalRow{ErrorCode::kNoSuchMessage, "no_such_message", 404, "No such message or batch"},
+    RefusalRow{ErrorCode::kKeyReused, "key_reused", 409,
+               "The idempotency key was used with another request"},
+    RefusalRow{ErrorCode::kBatchEnded, "batch_ended", 409, "The batch has ended"},
+    RefusalRow{ErrorCode::kNumberRefused, "number_refused", 422,
+               "The number is refused by the network"},
+    RefusalRow{ErrorCode::kServiceFailed, "service_failed", 500,
+               "The service failed; nothing was accepted"},
+    RefusalRow{ErrorCode::kNetworkDown, "network_down", 503,
+               "The phone network is not available now"},
+    RefusalRow{ErrorCode::kNoSuchAddress, "no_such_address", 404,
+               "No account has this user name and e-mail address"},
+    RefusalRow{ErrorCode::kNoSuchVoucher, "no_such_voucher", 404, "No such voucher"},
+    RefusalRow{ErrorCode::kVoucherUsed, "voucher_used", 409, "The voucher has been redeemed"},
 };
 
 const RefusalRow& RefusalRowOf(ErrorCode code) {
@@ -45,6 +53,8 @@ const RefusalRow& RefusalRowOf(ErrorCode code) {
 }  // namespace
 
 Refusal Refuse(ErrorCode code) { return {code, RefusalRowOf(code).message}; }
+
+const char* NameOf(ErrorCode code) { return RefusalRowOf(code).name; }
 
 int HttpStatusOf(ErrorCode code) { return RefusalRowOf(code).http; }
 

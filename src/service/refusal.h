@@ -36,6 +36,9 @@ struct Refusal {
 // The refusal with its usual message.
 Refusal Refuse(ErrorCode code);
 
+// A word for it, for metrics: "no_credit".
+const char* NameOf(ErrorCode code);
+
 // The HTTP status that a refusal travels with.
 int HttpStatusOf(ErrorCode code);
 

@@ -101,6 +101,27 @@ class OutboxTest : public testing::Test {
     running_.service().kannel()->warden().Reconcile();
   }
 
+  std::string Operations(const std::string& path, int* status = nullptr) {
+    platform::HttpClient client;
+    platform::HttpRequest request;
+    request.url = "http://127.0.0.1:" + std::to_string(running_.service().operations_port()) + path;
+    const auto reply = client.Perform(request);
+    if (status != nullptr) *status = reply.status;
+    return reply.body;
+  }
+  // A delivery report under the key of what was asked for the number: the reply's status.
+  int Report(const std::string& asked, const std::string& query) {
+    std::string path;
+    for (const auto& request : Asked()) {
+      if (request.header("x-kannel-to").find(asked) == std::string::npos) continue;
+      const auto url = request.header("x-kannel-dlr-url");
+      path = url.substr(url.find("/reports/"), 9 + 32);
+    }
+    int status = 0;
+    Operations(path + "?" + query, &status);
+    return status;
+  }
+
   std::mutex mutex_;
   std::string log_;
   std::atomic<int> answer_ = 202;
@@ -142,6 +163,124 @@ TEST_F(OutboxTest, HoldsALaterDeliveryAndLetsTimeDecideWhatIsNeverReported) {
   auto again = running_.Caller();
   EXPECT_EQ(again.Get("/v1/messages/" + id).body.value("status", 0), 4) << "late, but true";
   EXPECT_TRUE(running_.LedgerAddsUp());
+}
+
+// The engine tells a report again until it is told 200.
+TEST_F(OutboxTest, AcknowledgesWhatIsOnTheDiskAndWhatIsNotKnownHere) {
+  auto ann = running_.Caller();
+  const auto id = ann.Message("27821110001").body.value("id", "");
+  ASSERT_TRUE(AwaitAsked(1));
+  ASSERT_TRUE(AwaitStatus(ann, id, 2));
+  const auto status = [&] { return ann.Get("/v1/messages/" + id).body.value("status", 0); };
+  const auto forged = "/reports/" + std::string(32, '0') + "?to=27821110001&type=1";
+  int reply = 0;
+  for (int i = 0; i < 3; ++i) {
+    Operations(forged, &reply);
+    EXPECT_EQ(reply, 200);
+  }
+  EXPECT_EQ(Report("27821110001", "to=27821110002&type=1"), 200) << "somebody else's";
+  for (const char* malformed : {"to=27821110001&type=99", "to=27821110001&type=1x", "type=1",
+                                "to=27821110001", "to=27821110001&type=0"}) {
+    EXPECT_EQ(Report("27821110001", malformed), 404) << malformed;
+  }
+  Operations("/reports/00?to=27821110001&type=1", &reply);
+  EXPECT_EQ(reply, 404);
+  EXPECT_EQ(status(), 2);
+
+  const auto change = [&](const char* sql) {
+    running_.service().database().Write(
+        [sql](service::Connection& connection) { connection.database().exec(sql); });
+  };
+  change("CREATE TRIGGER broken BEFORE UPDATE ON outbox BEGIN SELECT RAISE(ABORT,'broken'); END");
+  EXPECT_EQ(Report("27821110001", "to=27821110001&type=8"), 500) << "it must be told again";
+  change("DROP TRIGGER broken");
+  EXPECT_EQ(status(), 2);
+  EXPECT_EQ(Report("27821110001", "to=27821110001&type=8"), 200);
+  EXPECT_EQ(status(), 3);
+
+  // A receipt may be long, within reason; and what it says beyond a screen is not kept.
+  EXPECT_GE(Report("27821110001", "to=27821110001&type=2&detail=" + std::string(20'000, 'x')), 400);
+  EXPECT_EQ(status(), 3);
+  EXPECT_EQ(Report("27821110001", "to=27821110001&type=2&detail=" + std::string(400, 'x') +
+                                      "+stat%3ADELETED+" + std::string(5'000, 'y')),
+            200);
+  EXPECT_EQ(status(), 6);
+  running_.service().database().Read([](service::Connection& connection) {
+    service::outbox::ForEach(connection, [](const auto& row) {
+      EXPECT_THAT(row.reason, HasSubstr("stat:DELETED"));
+      EXPECT_EQ(row.reason.size(), 1'024u);
+    });
+  });
+  EXPECT_EQ(Report("27821110001", "to=27821110001&type=8"), 200);
+  EXPECT_EQ(Report("27821110001", "to=27821110001&type=4"), 200);
+
+  const auto metrics = Operations("/metrics");
+  for (const char* line :
+       {"{outcome=\"unknown\"} 4\n", "{outcome=\"malformed\"} 6\n", "{outcome=\"failed\"} 1\n",
+        "{outcome=\"applied\"} 2\n", "{outcome=\"repeated\"} 1\n", "{outcome=\"late\"} 1\n"}) {
+    EXPECT_THAT(metrics, HasSubstr(std::string("orvalo_reports_total") + line));
+  }
+  EXPECT_THAT(log_, HasSubstr("\"event\":\"reports_unknown\",\"reports\":\"1\""));
+  const auto line = log_.find("reports_unknown");
+  EXPECT_EQ(log_.find("reports_unknown", line + 1), std::string::npos) << "one a minute";
+}
+
+TEST_F(OutboxTest, TellsAMonitorWhatItDoesByNamesThatNeverGrow) {
+  auto ann = running_.Caller();
+  auto bob = running_.Caller("bob");
+  ann.Post("/v1/messages", {{"to", "27821110001"}, {"text", std::string(200, 'x')}, {"concat", 2}});
+  ann.Post("/v1/messages", {{"to", "27821110001"}, {"text", "Hi"}, {"delivery_minutes", 10}});
+  EXPECT_EQ(bob.Message("12").status, 422);
+  EXPECT_EQ(bob.Get("/v1/nothing").status, 404);
+  const auto batch = bob.Post("/v1/batches", {{"text", "Hi"}}).body.value("batch", "");
+  const nlohmann::json numbers{
+      {"to", {"27821110002", "x", "27821110003", "27821110004", "27821110005"}}};
+  const auto key = NewKey();
+  for (int i = 0; i < 2; ++i) bob.Post("/v1/batches/" + batch + "/recipients", numbers, key);
+  ASSERT_TRUE(AwaitAsked(3));
+  constexpr const char* kTaken = "orvalo_outbox_parts{state=\"taken\"} ";
+  for (int i = 0;
+       i < 500 && Operations("/metrics").find(kTaken + std::string("4")) == std::string::npos;
+       ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_EQ(Report("27821110002", "to=27821110002&type=16&detail=NACK%2F0x0000000b"), 200);
+
+  const auto metrics = Operations("/metrics");
+  for (const char* line :
+       {"orvalo_messages_accepted_total 4\n", "orvalo_parts_accepted_total 5\n",
+        "orvalo_refusals_total{reason=\"bad_number\"} 2\n",
+        "orvalo_refusals_total{reason=\"no_credit\"} 2\n",
+        "orvalo_refusals_total{reason=\"no_such_path\"} 1\n", "orvalo_refunded_parts_total 1\n",
+        "orvalo_refunded_credits_total 0.8\n",
+        "orvalo_reported_parts_total{state=\"unroutable\"} 1\n",
+        "orvalo_outbox_parts{state=\"held\"} 1\n", "orvalo_outbox_parts{state=\"waiting\"} 0\n",
+        "orvalo_outbox_parts{state=\"taken\"} 3\n", "orvalo_engine_links_usable 1\n",
+        "orvalo_engine_parts_total{answer=\"taken\"} 4\n", "orvalo_carrier_healthy 1\n"}) {
+    EXPECT_THAT(metrics, HasSubstr(line));
+  }
+  // Each name is introduced once, and its lines follow.
+  std::set<std::string> names;
+  std::string name, type;
+  std::istringstream lines(metrics);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string hash, word, of;
+    if (line.starts_with("# HELP ")) {
+      words >> hash >> word >> name;
+      EXPECT_TRUE(names.insert(name).second) << name;
+      EXPECT_FALSE((words >> word).fail()) << name << " is not explained";
+      continue;
+    }
+    if (line.starts_with("# TYPE ")) {
+      words >> hash >> word >> of >> type;
+      EXPECT_EQ(of, name);
+      EXPECT_EQ(type == "counter", name.ends_with("_total")) << name;
+      continue;
+    }
+    EXPECT_EQ(line.substr(0, line.find_first_of("{ ")), name);
+  }
+  EXPECT_GT(names.size(), 10u);
 }
 
 TEST_F(OutboxTest, KeepsWhatABusyEngineTurnsAwayUntilItsTimeHasPassed) {
