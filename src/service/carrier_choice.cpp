@@ -55,6 +55,8 @@ void CarrierChoice::AddOptions(CLI::App& app) {
       ->capture_default_str();
   app.add_option("--operations-listen", operations_,
                  "Address and port for delivery reports, /metrics, /health and /ready");
+  app.add_flag("--operations-tls", operations_tls_,
+               "TLS there, also on an address that only this machine reaches");
   auto& kannel = kannel_;
   app.add_option("--kannel-url", kannel.urls, "Address of an smsbox's sendsms; several times");
   app.add_option("--kannel-user", kannel.user, "The engine's sendsms-user");
@@ -90,10 +92,12 @@ void CarrierChoice::Apply(ServiceOptions& options) const {
     // An engine keeps as many connections as it has reports to tell at a time.
     operations.threads = 256;
     operations.crowd = 128;
-    if (IsLoopback(operations.address)) {
+    if (IsLoopback(operations.address) && !operations_tls_) {
       operations.certificate.clear();
     } else if (operations.certificate.empty()) {
-      throw UsageError("--operations-listen: other machines reach it, so it needs --tls-key");
+      throw UsageError(operations_tls_
+                           ? "--operations-tls needs --tls-key and --tls-cert"
+                           : "--operations-listen: other machines reach it, so it needs --tls-key");
     }
   }
   if (!is_kannel) return;
@@ -104,6 +108,9 @@ void CarrierChoice::Apply(ServiceOptions& options) const {
   }
   for (const auto& url : kannel.urls) CheckUrl("--kannel-url", url);
   kannel.password = FirstLine("--kannel-password-file", password_file_);
+  if (!kannel.authorities.empty() && !platform::ReadFile(kannel.authorities)) {
+    throw UsageError(fmt::format("--kannel-ca: {} cannot be read", kannel.authorities));
+  }
   if (!kannel.status_url.empty()) CheckUrl("--kannel-status-url", kannel.status_url);
   if (kannel.status_url.empty() && !status_password_file_.empty()) {
     throw UsageError("--kannel-status-password-file needs --kannel-status-url");

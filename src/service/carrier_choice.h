@@ -23,6 +23,7 @@ class CarrierChoice {
 
  private:
   std::string carrier_ = "simulated", operations_, password_file_, status_password_file_;
+  bool operations_tls_ = false;
   KannelOptions kannel_;
 };
 

@@ -25,6 +25,13 @@ std::int64_t NumberIn(std::string_view text) {
   return number;
 }
 
+std::string WhyNoStatus(const platform::HttpReply& reply) {
+  const std::string why = "its status cannot be had";
+  if (reply.failure != platform::HttpFailure::kNone) return why + ": " + reply.error;
+  return reply.status == 200 ? why + ": what came is no status page; is the password right?"
+                             : why + ": HTTP status " + std::to_string(reply.status);
+}
+
 }  // namespace
 
 std::optional<EngineStatus> ParseEngineStatus(std::string_view xml) {
@@ -73,7 +80,7 @@ void EngineWatch::Refresh(platform::HttpClient& client) {
   if (usable) {
     log_.Info("engine_usable", {{"links", std::to_string(status->links_usable)}});
   } else {
-    log_.Warn("engine_unusable", {{"reason", !status            ? "its status cannot be had"
+    log_.Warn("engine_unusable", {{"reason", !status            ? WhyNoStatus(reply)
                                              : !status->running ? "it is not running"
                                                                 : "no link to a network is up"}});
   }

@@ -1,10 +1,5 @@
-#include <algorithm>
-#include <map>
-
 #include "orvaloctl_fixture.h"
-#include "support/gateway_program.h"
-#include "support/kannel_engine.h"
-#include "support/smpp_stand_in.h"
+#include "support/phone_road.h"
 
 namespace orvalo::test {
 namespace {
@@ -14,18 +9,10 @@ class RealNetworkTest : public OrvaloctlTest {
  protected:
   void SetUp() override {
     ASSERT_TRUE(KannelEngine::IsInstalled()) << "the package kannel";
-    ASSERT_TRUE(engine_.Start()) << engine_.Diagnosis();
-    Spill(road_.File("password"), "engine");
-    Spill(road_.File("status"), "watch");
-    gateway_ = std::make_unique<GatewayProgram>(
-        road_.path(),
-        std::vector<std::string>{
-            "--demo", "--carrier", "kannel", "--operations-listen", "127.0.0.1:0", "--kannel-url",
-            engine_.sendsms_url(), "--kannel-user", "orvalo", "--kannel-password-file",
-            road_.File("password"), "--kannel-status-url", engine_.status_url(),
-            "--kannel-status-password-file", road_.File("status"), "--kannel-sender", "Orvalo"});
-    ASSERT_NE(gateway_->port(), 0);
-    Init(gateway_->url());
+    ASSERT_TRUE(road_.engine.Start()) << road_.engine.Diagnosis();
+    road_.StartService();
+    ASSERT_NE(road_.service->port(), 0);
+    Init(road_.service->url());
     ASSERT_THAT(Run({"settings", "SpanSMS", "1"}), EndsWith(0));
     ASSERT_THAT(RunWith("demo\n", {"login", "demo", "--remember"}, hurrying_clock_), EndsWith(0));
   }
@@ -36,38 +23,25 @@ class RealNetworkTest : public OrvaloctlTest {
     EXPECT_THAT(outcome, EndsWith(0));
     return outcome.code == 0 ? outcome.First().at("StatName").get<std::string>() : "";
   }
-  std::map<std::string, std::vector<SubmittedSm>> Arrived() const {
-    std::map<std::string, std::vector<SubmittedSm>> arrived;
-    for (auto& sm : network_.submitted()) arrived[sm.dest].push_back(sm);
-    for (auto& [number, parts] : arrived) {
-      std::sort(parts.begin(), parts.end(),
-                [](const auto& one, const auto& other) { return one.bytes < other.bytes; });
-    }
-    return arrived;
-  }
-
-  TemporaryFolder road_;
-  SmppStandIn network_;
-  KannelEngine engine_{road_.File("engine"), network_.port()};
-  std::unique_ptr<GatewayProgram> gateway_;
+  PhoneRoad road_;
   HurryingClock hurrying_clock_;
 };
 
 TEST_F(RealNetworkTest, ReachesPhonesWithEveryTypeOfMessage) {
   const std::string card = "BEGIN:VCARD\r\nN:Möller;Ann\r\nTEL:+27821110001\r\nEND:VCARD\r\n";
-  Spill(road_.File("card.txt"), card);
+  Spill(road_.folder.File("card.txt"), card);
   std::string text;
   for (int i = 0; i < 50; ++i) text += "part " + std::to_string(i);
   EXPECT_EQ(Send("27820000001", {"--text", "Bill: 5 €"}), "Delivered");
   EXPECT_EQ(Send("27820000002", {"--text", text}), "Delivered");
   EXPECT_EQ(Send("27820000003", {"--type", "unicode", "--text", "Привет 😀"}), "Delivered");
   EXPECT_EQ(Send("27820000004", {"--type", "flash", "--text", "Fire!"}), "Delivered");
-  EXPECT_EQ(Send("27820000005", {"--type", "vcard", "--file", road_.File("card.txt")}),
+  EXPECT_EQ(Send("27820000005", {"--type", "vcard", "--file", road_.folder.File("card.txt")}),
             "Delivered");
   EXPECT_EQ(Send("27820000992", {"--text", "Nobody there"}), "Error delivering message");
   EXPECT_EQ(Send("27820000991", {"--text", "No such phone"}), "Routing error");
 
-  auto arrived = Arrived();
+  auto arrived = ArrivedByNumber(road_.network);
   const struct {
     const char* number;
     int esm_class, data_coding;

@@ -10,6 +10,7 @@
 #include "service/gsm_alphabet.h"
 #include "service/secrets.h"
 #include "support/raw_server.h"
+#include "support/tls_certificate.h"
 
 namespace orvalo::test {
 namespace {
@@ -95,12 +96,10 @@ TEST_F(KannelTest, WritesWhatArrivesAtTheNetworkFieldByField) {
     parts += cases[i].parts.size();
   }
   ASSERT_TRUE(road.network.Await(parts));
-  std::map<std::string, std::vector<SubmittedSm>> arrived;  // by number
-  for (auto& sm : road.network.submitted()) arrived[sm.dest].push_back(sm);
+  auto arrived = ArrivedByNumber(road.network);
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     auto& sms = arrived["2782111" + std::to_string(1000 + i)];
     ASSERT_EQ(sms.size(), cases[i].parts.size()) << cases[i].message;
-    std::sort(sms.begin(), sms.end(), [](auto& a, auto& b) { return a.bytes < b.bytes; });
     for (std::size_t part = 0; part < sms.size(); ++part) {
       const auto& [esm_class, data_coding, hex] = cases[i].parts[part];
       auto expected = hex;
@@ -219,6 +218,52 @@ TEST_F(KannelTest, WaitsForAnEngineThatIsAwayAndFailsNothing) {
   auto last = road.Caller();
   EXPECT_EQ(EngineRoad::AwaitStatus(last, id, 4), 4);
   EXPECT_EQ(road.network.count(), ids.size() + 1);
+  EXPECT_TRUE(road.AddsUp());
+}
+
+TEST_F(KannelTest, SpeaksTlsBothWaysAndHandsNothingToWhomNobodyVouchesFor) {
+  const TemporaryFolder keys;
+  const TlsCertificate certificate, other;
+  Spill(keys.File("key"), certificate.KeyText());
+  Spill(keys.File("cert"), certificate.CertificateText());
+  Spill(keys.File("other"), other.CertificateText());
+  EngineRoad road(
+      {.core = "", .smsc = "", .certificate = keys.File("cert"), .key = keys.File("key")});
+  ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+  const auto trusted = std::find(road.options.begin(), road.options.end(), "--kannel-ca") + 1;
+  *trusted = keys.File("other");
+  const auto told = [&](const char* event) {
+    return EngineRoad::Await([&] {
+      const auto log = Slurp(road.folder.File("err"));
+      const auto at = log.find(event);
+      return at != std::string::npos && log.find("certificate", at) != std::string::npos;
+    });
+  };
+  road.StartService();
+  auto demo = road.Caller();
+  const auto id = demo.Message("2782111001").body.value("id", "");
+  EXPECT_TRUE(told("engine_unusable")) << Slurp(road.folder.File("err"));
+  EXPECT_EQ(road.Operations("/ready"), "the network is not available\n");
+  road.service->Stop(SIGTERM);
+  const auto options = road.options;  // without the status page, the smsbox itself is asked
+  const auto status = std::find(road.options.begin(), road.options.end(), "--kannel-status-url");
+  road.options.erase(status, status + 4);
+  road.StartService();
+  EXPECT_TRUE(told("smsbox_down")) << Slurp(road.folder.File("err"));
+  EXPECT_EQ(road.Caller().Get("/v1/messages/" + id).body.value("status", 0), 2);
+  EXPECT_EQ(road.network.count(), 0u);
+  for (const char* secret : {"password", "watch", "Authorization"}) {
+    EXPECT_EQ(Slurp(road.folder.File("err")).find(secret), std::string::npos) << secret;
+  }
+
+  road.service->Stop(SIGTERM);
+  road.options = options;
+  *(std::find(road.options.begin(), road.options.end(), "--kannel-ca") + 1) = keys.File("cert");
+  road.StartService();
+  auto again = road.Caller();
+  EXPECT_EQ(EngineRoad::AwaitStatus(again, id, 4), 4) << "reports come back over TLS, too";
+  EXPECT_EQ(road.network.count(), 1u);
+  EXPECT_EQ(again.Balance(), "999.2");
   EXPECT_TRUE(road.AddsUp());
 }
 

@@ -21,8 +21,10 @@ std::string NewKey() {
   return fmt::format("{:032x}", ++last);
 }
 
-GatewayCaller::GatewayCaller(int port, const std::string& user)
-    : url_("http://127.0.0.1:" + std::to_string(port)) {
+GatewayCaller::GatewayCaller(int port, const std::string& user, const std::string& authorities)
+    : url_((authorities.empty() ? "http://127.0.0.1:" : "https://127.0.0.1:") +
+           std::to_string(port)) {
+  client.SetCertificateAuthorities(authorities);
   if (!user.empty()) LogIn(user, user);
 }
 

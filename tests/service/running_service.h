@@ -21,8 +21,8 @@ struct JsonReply {
 // Speaks the protocol to a gateway service on this machine. Any thread.
 class GatewayCaller {
  public:
-  // Logs in unless the user is "".
-  GatewayCaller(int port, const std::string& user);
+  // Logs in unless the user is "". Over TLS when there is a file of authorities.
+  GatewayCaller(int port, const std::string& user, const std::string& authorities = "");
 
   // Bodies that are texts go out as they are; keys are drawn anew unless given.
   JsonReply Send(const std::string& method, const std::string& path, const std::string& body,

@@ -28,7 +28,11 @@ bool KannelEngine::IsInstalled() {
 }
 
 KannelEngine::KannelEngine(const std::string& folder, int smpp_port, const Options& options)
-    : folder_(folder), admin_port_(UnusedPort()), box_port_(UnusedPort()) {
+    : folder_(folder),
+      certificate_(options.certificate),
+      scheme_(certificate_.empty() ? "http://127.0.0.1:" : "https://127.0.0.1:"),
+      admin_port_(UnusedPort()),
+      box_port_(UnusedPort()) {
   std::filesystem::create_directories(folder_ + "/store");
   std::filesystem::create_directories(folder_ + "/reports");
   for (int i = 0; i < options.smsboxes; ++i) sendsms_ports_.push_back(UnusedPort());
@@ -40,11 +44,16 @@ KannelEngine::~KannelEngine() { KillAll(); }
 
 void KannelEngine::WriteConfig(const Options& options, int smpp_port) const {
   const std::string loopback = "\"127.0.0.1\"\n";
+  const std::string tls = certificate_.empty() ? ""
+                                               : "ssl-server-cert-file = \"" + certificate_ +
+                                                     "\"\nssl-server-key-file = \"" + options.key +
+                                                     "\"\nsmsbox-port-ssl = true\n";
   const std::string bearerbox =
       "group = core\nadmin-port = " + std::to_string(admin_port_) +
       "\nadmin-interface = " + loopback + "admin-password = admin\nstatus-password = watch\n" +
       "smsbox-port = " + std::to_string(box_port_) + "\nsmsbox-interface = " + loopback +
-      "box-deny-ip = \"*.*.*.*\"\nbox-allow-ip = " + loopback +
+      "box-deny-ip = \"*.*.*.*\"\nbox-allow-ip = " + loopback + tls +
+      (tls.empty() ? "" : "admin-port-ssl = true\n") +
       (options.keeps_queue ? "store-type = spool\nstore-location = \"" + folder_ + "/store\"\n"
                            : std::string()) +
       "dlr-storage = spool\ndlr-spool = \"" + folder_ + "/reports\"\n" + "log-file = \"" + folder_ +
@@ -60,9 +69,11 @@ void KannelEngine::WriteConfig(const Options& options, int smpp_port) const {
   for (std::size_t i = 0; i < sendsms_ports_.size(); ++i) {
     Spill(ConfigOf(static_cast<int>(i)),
           "group = core\nadmin-port = " + std::to_string(admin_port_) +
-              "\nadmin-password = admin\nsmsbox-port = " + std::to_string(box_port_) +
-              "\n\ngroup = smsbox\nbearerbox-host = 127.0.0.1\nbearerbox-port = " +
+              "\nadmin-password = admin\nsmsbox-port = " + std::to_string(box_port_) + "\n" + tls +
+              (tls.empty() ? "" : "ssl-trusted-ca-file = \"" + certificate_ + "\"\n") +
+              "\ngroup = smsbox\nbearerbox-host = 127.0.0.1\nbearerbox-port = " +
               std::to_string(box_port_) + "\nsendsms-port = " + std::to_string(sendsms_ports_[i]) +
+              (tls.empty() ? "" : "\nbearerbox-port-ssl = true\nsendsms-port-ssl = true") +
               "\nsendsms-interface = " + loopback +
               "sendsms-chars = \"0123456789 \"\nmax-pending-requests = 512\n" +
               "http-request-retry = 30\nhttp-queue-delay = 1\nlog-file = \"" + folder_ + "/smsbox" +
@@ -113,16 +124,17 @@ void KannelEngine::KillSmsbox(int number) {
 }
 
 std::string KannelEngine::sendsms_url(int box) const {
-  return "http://127.0.0.1:" + std::to_string(sendsms_ports_.at(static_cast<std::size_t>(box))) +
+  return scheme_ + std::to_string(sendsms_ports_.at(static_cast<std::size_t>(box))) +
          "/cgi-bin/sendsms";
 }
 
 std::string KannelEngine::status_url() const {
-  return "http://127.0.0.1:" + std::to_string(admin_port_) + "/status.xml";
+  return scheme_ + std::to_string(admin_port_) + "/status.xml";
 }
 
 std::string KannelEngine::Status() const {
   platform::HttpClient client;
+  client.SetCertificateAuthorities(certificate_);
   platform::HttpRequest request;
   request.url = status_url() + "?password=watch";
   request.timeout_ms = 2'000;

@@ -18,6 +18,8 @@ class KannelEngine {
     bool keeps_queue = true;  // on the disk; off: what it has not sent is gone when it is killed
     std::string core;         // more lines for the engine's group "core"
     std::string smsc;         // and for its link
+    // Files. With them everything of the engine's speaks TLS, and the smsboxes trust nobody else.
+    std::string certificate = "", key = "";
   };
 
   KannelEngine(const std::string& folder, int smpp_port) : KannelEngine(folder, smpp_port, {}) {}
@@ -45,7 +47,7 @@ class KannelEngine {
   }
   bool AwaitStatus(int boxes, bool linked) const;
 
-  const std::string folder_;
+  const std::string folder_, certificate_, scheme_;
   const int admin_port_, box_port_;
   std::vector<int> sendsms_ports_;
   std::unique_ptr<ChildProcess> bearerbox_;

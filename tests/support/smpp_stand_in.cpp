@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -386,6 +387,16 @@ void SmppStandIn::OnSubmit(std::function<void(const SubmittedSm&)> hook) {
 void SmppStandIn::HoldReceipts(bool hold) {
   impl_->holds = hold;
   impl_->Wake();
+}
+
+std::map<std::string, std::vector<SubmittedSm>> ArrivedByNumber(const SmppStandIn& network) {
+  std::map<std::string, std::vector<SubmittedSm>> arrived;
+  for (auto& sm : network.submitted()) arrived[sm.dest].push_back(sm);
+  for (auto& [number, parts] : arrived) {
+    std::sort(parts.begin(), parts.end(),
+              [](const auto& one, const auto& other) { return one.bytes < other.bytes; });
+  }
+  return arrived;
 }
 
 }  // namespace orvalo::test

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -52,5 +53,8 @@ class SmppStandIn {
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };
+
+// What has arrived, by number; the parts of a message in order.
+std::map<std::string, std::vector<SubmittedSm>> ArrivedByNumber(const SmppStandIn& network);
 
 }  // namespace orvalo::test
