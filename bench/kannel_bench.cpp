@@ -1,9 +1,10 @@
 // The road through a real SMS gateway engine, measured against the engine alone on the same
 // messages in the same run, with delivery reports on; and the same road under kill -9.
 //
-//   kannel_bench [--rounds N] [--size N]          accepted messages a second, at 1, 4 and 16
+//   kannel_bench [--rounds N] [--size N] [--window N]
+//                                                 accepted messages a second, at 1, 4 and 16
 //                                                 connections; the ratios are medians
-//   kannel_bench --kills 10 --size 100000 [--store]
+//   kannel_bench --kills 10 --size 100000 [--window N] [--store]
 //                                                 kills the service and the engine, each so often,
 //                                                 while the messages go through, and accounts for
 //                                                 every one of them
@@ -80,7 +81,7 @@ class ReportSink : public service::HttpHandler {
 
 class Road {
  public:
-  explicit Road(const test::KannelEngine::Options& engine = {})
+  explicit Road(int window, const test::KannelEngine::Options& engine = {})
       : engine_(folder_.File("engine"), network_.port(), engine) {
     test::Spill(folder_.File("password"), "engine");
     test::Spill(folder_.File("status"), "watch");
@@ -102,6 +103,8 @@ class Road {
                 folder_.File("status"),
                 "--kannel-sender",
                 "Orvalo",
+                "--kannel-window",
+                std::to_string(window),
                 "--silence-minutes",
                 "1"};
     const test::ScopedVariable password("ORVALO_PASSWORD", "bench");
@@ -255,8 +258,8 @@ Rates Ours(Road& road, int connections, int size, int run) {
   return rates;
 }
 
-void Measure(int rounds, int size) {
-  Road road;
+void Measure(int rounds, int size, int window) {
+  Road road(window);
   int run = 0;
   for (const int connections : {1, 4, 16}) {
     const int messages = std::max(200, size * connections / 16);
@@ -353,8 +356,8 @@ void Account(Road& road, Seen& seen, int size) {
   std::printf("%s", check.out.c_str());
 }
 
-void Kill(int kills, int size, bool keeps_queue) {
-  Road road({.smsboxes = 1, .keeps_queue = keeps_queue, .core = "", .smsc = ""});
+void Kill(int kills, int size, int window, bool keeps_queue) {
+  Road road(window, {.smsboxes = 1, .keeps_queue = keeps_queue, .core = "", .smsc = ""});
   Seen seen(road.network());
   std::atomic<int> accepted{0};
   std::thread sender([&] { SendAll(road, size, accepted); });
@@ -391,20 +394,22 @@ void Kill(int kills, int size, bool keeps_queue) {
 
 int main(int argc, char** argv) {
   CLI::App app{"The road through a real SMS gateway engine"};
-  int rounds = 3, size = 8'000, kills = 0;
+  int rounds = 3, size = 8'000, kills = 0, window = 5'000;
   app.add_option("--rounds", rounds)->check(CLI::Range(1, 99));
   app.add_option("--size", size, "Messages; at fewer connections fewer")
       ->check(CLI::Range(1, 1'000'000));
   app.add_option("--kills", kills, "Kill the service and the engine so often")
       ->check(CLI::Range(0, 1'000));
+  app.add_option("--window", window, "The service's --kannel-window")
+      ->check(CLI::Range(1, 1'000'000));
   bool keeps_queue = false;
   app.add_flag("--store", keeps_queue, "The engine keeps its queue on the disk, and may repeat it");
   CLI11_PARSE(app, argc, argv);
   try {
     if (kills > 0) {
-      orvalo::bench::Kill(kills, size, keeps_queue);
+      orvalo::bench::Kill(kills, size, window, keeps_queue);
     } else {
-      orvalo::bench::Measure(rounds, size);
+      orvalo::bench::Measure(rounds, size, window);
     }
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "kannel_bench: %s\n", failure.what());

@@ -1,6 +1,9 @@
 #include "service/engine_watch.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <utility>
 
 namespace orvalo::service {
 namespace {
@@ -32,6 +35,30 @@ std::string WhyNoStatus(const platform::HttpReply& reply) {
                              : why + ": HTTP status " + std::to_string(reply.status);
 }
 
+// Of "running, uptime 1d 2h 3m 4s". An engine whose clock was set back behind its start has none.
+std::optional<std::int64_t> UptimeIn(std::string_view words) {
+  constexpr std::string_view kUptime = "uptime ";
+  struct Unit {
+    char sign;
+    std::int64_t seconds;
+  };
+  constexpr std::array kUnits{Unit{'d', 86'400}, Unit{'h', 3'600}, Unit{'m', 60}, Unit{'s', 1}};
+  const auto begin = words.find(kUptime);
+  if (begin == std::string_view::npos) return std::nullopt;
+  std::int64_t uptime = 0;
+  const char* at = words.data() + begin + kUptime.size();
+  const char* const end = words.data() + words.size();
+  for (const auto& unit : kUnits) {
+    while (at != end && *at == ' ') ++at;
+    std::int64_t count = -1;
+    at = std::from_chars(at, end, count).ptr;
+    if (count < 0 || count > 100'000 || at == end || *at != unit.sign) return std::nullopt;
+    uptime += count * unit.seconds;
+    ++at;
+  }
+  return uptime;
+}
+
 }  // namespace
 
 std::optional<EngineStatus> ParseEngineStatus(std::string_view xml) {
@@ -40,6 +67,7 @@ std::optional<EngineStatus> ParseEngineStatus(std::string_view xml) {
   if (xml.find("<gateway>") == std::string_view::npos || !state) return std::nullopt;
   EngineStatus status;
   status.running = state->starts_with("running");
+  status.uptime = UptimeIn(*state);
   if (const auto sms = NextElement(xml, "sms", at)) {
     std::size_t within = 0;
     if (const auto sent = NextElement(*sms, "sent", within)) {
@@ -69,12 +97,14 @@ void EngineWatch::Refresh(platform::HttpClient& client) {
   request.url = options_.status_url;
   request.timeout_ms = 5'000;
   request.connect_timeout_ms = 2'000;
+  const auto asked = clock_.Tick();
   const auto reply = client.Perform(request);
   const auto status = reply.status == 200 ? ParseEngineStatus(reply.body) : std::nullopt;
   const bool usable = status && status->running && status->links_usable > 0;
   std::lock_guard guard(mutex_);
   status_ = status;
   status_failed_ = !status;
+  if (status && status->uptime) NoteUptime(*status->uptime, asked);
   if (usable == was_usable_) return;
   was_usable_ = usable;
   if (usable) {
@@ -84,6 +114,21 @@ void EngineWatch::Refresh(platform::HttpClient& client) {
                                              : !status->running ? "it is not running"
                                                                 : "no link to a network is up"}});
   }
+}
+
+// The start as it comes out of one reading may be late, by the time the reply took and by parts of
+// seconds, so the earliest is kept. It has moved only when the engine can have begun since the page
+// was last read; else a clock was set: of a clock that both share the start moves not at all.
+void EngineWatch::NoteUptime(std::int64_t uptime, std::int64_t asked) {
+  constexpr std::int64_t kMsPerSecond = 1'000;
+  const auto start = clock_.Now() - uptime;
+  const auto since_last = clock_.Tick() - std::exchange(uptime_asked_, asked);
+  if (started_ && start > *started_ + 1 && (uptime - 1) * kMsPerSecond <= since_last) {
+    log_.Warn("engine_restarted", {{"uptime_seconds", std::to_string(uptime)}});
+    started_ = start;
+    return;
+  }
+  started_ = std::min(started_.value_or(start), start);
 }
 
 bool EngineWatch::IsOpen(std::int64_t now) const {
@@ -143,6 +188,11 @@ bool EngineWatch::TakesGroups() const {
 void EngineWatch::QueueIsLong() {
   std::lock_guard guard(mutex_);
   singles_until_ = clock_.Tick() + kSinglesMs;
+}
+
+std::optional<std::int64_t> EngineWatch::started() const {
+  std::lock_guard guard(mutex_);
+  return started_;
 }
 
 std::optional<EngineStatus> EngineWatch::status() const {

@@ -17,9 +17,10 @@ namespace orvalo::service {
 // What the engine says of itself.
 struct EngineStatus {
   bool running = false;
-  int links = 0;            // to mobile networks
-  int links_usable = 0;     // connected, or about to be
-  std::int64_t queued = 0;  // messages that it has not handed to a network yet
+  std::optional<std::int64_t> uptime;  // seconds since it was started
+  int links = 0;                       // to mobile networks
+  int links_usable = 0;                // connected, or about to be
+  std::int64_t queued = 0;             // messages that it has not handed to a network yet
 };
 
 // Reads the engine's status page; nothing when it is none.
@@ -49,12 +50,18 @@ class EngineWatch {
 
   std::optional<EngineStatus> status() const;
 
+  // When the engine was started, in seconds since 1970 UTC as this machine counts them, a second
+  // early or late; nothing while that has not been read. A step of either machine's clock is not
+  // taken for a new start. An engine that lived for less than two seconds may pass unnoticed.
+  std::optional<std::int64_t> started() const;
+
  private:
   struct Box {
     std::int64_t down_until = 0;  // a tick
     bool is_down = false;
   };
-  bool IsOpen(std::int64_t now) const;  // with the lock held
+  bool IsOpen(std::int64_t now) const;                       // with the lock held
+  void NoteUptime(std::int64_t uptime, std::int64_t asked);  // at a tick; with the lock held
 
   const KannelOptions& options_;
   platform::Clock& clock_;
@@ -64,6 +71,8 @@ class EngineWatch {
   std::size_t next_ = 0;
   std::int64_t refused_until_ = 0, singles_until_ = 0;
   std::optional<EngineStatus> status_;
+  std::optional<std::int64_t> started_;
+  std::int64_t uptime_asked_ = 0;  // the tick at which it was last asked for, with success
   bool status_failed_ = false, was_usable_ = true;
 };
 

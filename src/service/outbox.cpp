@@ -109,7 +109,13 @@ void PutBack(Connection& connection, const PartId& id, std::int64_t due,
 
 void Answer(Connection& connection, const PartId& id, PartState state, std::int64_t now,
             const std::string& reason) {
-  if (StateOf(connection, id) == PartState::kAsked) Move(connection, id, state, now, reason);
+  if (state != PartState::kTaken) {
+    if (StateOf(connection, id) == PartState::kAsked) Move(connection, id, state, now, reason);
+    return;
+  }
+  Query(connection, "UPDATE outbox SET state=3,reason=? WHERE message=? AND part=? AND state=1",
+        reason, id.message, id.part)
+      .Run();
 }
 
 std::optional<PartState> StateOf(Connection& connection, const PartId& id) {

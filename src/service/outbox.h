@@ -52,7 +52,9 @@ bool Ask(Connection& connection, const PartId& id, std::string_view key, std::in
 // message was refused meanwhile, it is withdrawn as those are that waited then.
 void PutBack(Connection& connection, const PartId& id, std::int64_t due, const std::string& reason);
 
-// What became of an asked part. One that a report has moved on meanwhile stays where it is.
+// What became of an asked part. One that a report has moved on meanwhile stays where it is. One
+// that the engine has taken keeps the time at which it was asked, which tells whether the engine
+// that took it is still the same.
 void Answer(Connection& connection, const PartId& id, PartState state, std::int64_t now,
             const std::string& reason);
 

@@ -37,18 +37,35 @@ void OutboxWarden::Watch() {
   while (!stops_) {
     lock.unlock();
     parts_.watch.Refresh(parts_.client);
-    if (parts_.clock.Tick() >= reconcile_at) {
-      try {
+    try {
+      if (const auto start = parts_.watch.started()) DoubtTakenBefore(*start);
+      if (parts_.clock.Tick() >= reconcile_at) {
+        reconcile_at = parts_.clock.Tick() + kReconcileMs;
         Reconcile();
-      } catch (const std::exception& failure) {
-        parts_.log.Error("reconciliation_failed", {{"reason", failure.what()}});
       }
-      reconcile_at = parts_.clock.Tick() + kReconcileMs;
+    } catch (const std::exception& failure) {
+      parts_.log.Error("reconciliation_failed", {{"reason", failure.what()}});
     }
     lock.lock();
     parts_.clock.WaitUntil(lock, changed_, parts_.clock.Tick() + kStatusMs,
                            [this] { return stops_; });
   }
+}
+
+// What an engine had when it ended may be at the network with its report on the way, may come back
+// from its store, or is gone: a report settles the first two. Until then none of it takes up room
+// in the window. Looked for again and again, since a reply of the engine's last moment may be
+// written after its end was noticed; a second covers what the start is read too early.
+void OutboxWarden::DoubtTakenBefore(std::int64_t start) {
+  constexpr std::int64_t kReadEarlySeconds = 1;
+  std::vector<outbox::PartId> lost;
+  do {
+    lost = parts_.database.Read([&](Connection& connection) {
+      return outbox::Stale(connection, PartState::kTaken, start + kReadEarlySeconds + 1,
+                           kMostAtOnce);
+    });
+    Settle(lost, PartState::kTaken, PartState::kInDoubt, "the engine was restarted");
+  } while (lost.size() == std::size_t{kMostAtOnce});
 }
 
 void OutboxWarden::Reconcile() {

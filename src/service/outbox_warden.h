@@ -11,6 +11,7 @@ namespace orvalo::service {
 // and what it still has, and lets time decide where no report will.
 //
 //   waiting, its validity passed                        → outdated, and free
+//   taken by an engine that was restarted since         → in doubt
 //   taken, the engine idle, no report for some minutes  → in doubt
 //   taken or at the network, an hour past its validity  → in doubt, or expired
 class OutboxWarden {
@@ -28,6 +29,7 @@ class OutboxWarden {
 
  private:
   void Watch();
+  void DoubtTakenBefore(std::int64_t start);  // of the engine
   void Settle(const std::vector<outbox::PartId>& parts, PartState from, PartState to,
               const char* reason);
 

@@ -48,8 +48,9 @@ CREATE INDEX IF NOT EXISTS voucher_account ON voucher(redeemed_by, redeemed_at);
 )";
 
 // Parts on their way to an engine. `state` is a PartState; `since` is when the part came into it,
-// and of a waiting part the time before which it is not handed over; `seen` the types of reports
-// that have come. The first index holds open parts only.
+// of a waiting part the time before which it is not handed over, and of a taken one when the engine
+// was asked to take it; `seen` the types of reports that have come. The first index holds open
+// parts only.
 constexpr const char* kOutboxTable = R"(
 CREATE TABLE outbox(
   message INTEGER NOT NULL, part INTEGER NOT NULL, state INTEGER NOT NULL, number TEXT NOT NULL,

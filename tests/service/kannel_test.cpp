@@ -327,6 +327,48 @@ TEST_F(KannelTest, NeverSendsAgainWhatMayHaveBeenSent) {
   EXPECT_EQ(asked, 5);
 }
 
+// The engine is killed with more in its queue than the window has room for. What it lost makes room
+// and waits for a person; what it kept is settled by its reports, and nothing is handed over twice.
+TEST_F(KannelTest, GoesOnWithARestartedEngineAsSoonAsItIsBack) {
+  constexpr std::size_t kMessages = 14;
+  for (const bool keeps_queue : {false, true}) {
+    EngineRoad road(
+        {.smsboxes = 1, .keeps_queue = keeps_queue, .core = "", .smsc = "throughput = 2\n"},
+        {"--kannel-window", "8"});
+    ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+    road.StartService();
+    auto demo = road.Caller();
+    std::vector<std::string> ids;
+    for (std::size_t i = 0; i < kMessages; ++i) {
+      ids.push_back(demo.Message(std::to_string(27821110001 + i)).body.value("id", ""));
+    }
+    ASSERT_TRUE(road.network.Await(2));
+    ASSERT_TRUE(EngineRoad::Await([&] {
+      return road.Operations("/metrics").find("orvalo_outbox_parts{state=\"taken\"} 8") !=
+             std::string::npos;
+    }));
+    road.engine.KillAll();
+    ASSERT_TRUE(road.engine.Start()) << road.engine.Diagnosis();
+    const auto settled = [&] {
+      const auto open = road.Run({"outbox", "list", "--json"}).out;
+      return open.find("\"waiting\"") == std::string::npos &&
+             open.find("\"taken\"") == std::string::npos &&
+             open.find("\"at_network\"") == std::string::npos && (!keeps_queue || open.empty());
+    };
+    EXPECT_TRUE(EngineRoad::Await(settled)) << road.Run({"outbox", "list"}).out;
+    if (!keeps_queue) {
+      EXPECT_GE(road.Doubts().size(), 6u);
+      EXPECT_EQ(road.Run({"outbox", "settle", "all", "again"}).status, 0);
+    }
+    for (const auto& id : ids) EXPECT_EQ(EngineRoad::AwaitStatus(demo, id, 4), 4);
+    if (keeps_queue) {
+      EXPECT_THAT(road.Operations("/metrics"),
+                  HasSubstr("orvalo_engine_parts_total{answer=\"taken\"} 14\n"));
+    }
+    EXPECT_TRUE(road.AddsUp());
+  }
+}
+
 // Everything dies over and over; every message is accounted for, and none arrives twice. (An engine
 // that keeps its queue repeats what the network had not acknowledged.)
 TEST_F(KannelTest, AccountsForEveryMessageWhenEverythingIsKilled) {

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -72,11 +73,29 @@ class OutboxTest : public testing::Test {
 
   ScriptedReply Answer(const RecordedRequest& request) {
     if (request.path.starts_with("/status.xml")) {
-      return {.body =
-                  "<gateway><status>running</status><smscs><smsc><status>online 5s</status>"
-                  "<queued>0</queued></smsc></smscs></gateway>"};
+      ++polls_;
+      return {.body = "<gateway><status>running" + Uptime() +
+                      "</status><smscs><smsc><status>online 5s</status><queued>0</queued></smsc>"
+                      "</smscs></gateway>"};
     }
     return {.status = answer_, .body = answer_ == 202 ? "0: Accepted for delivery" : answer_text_};
+  }
+  std::string Uptime() const {
+    const int up = uptime_;
+    return up < 0 ? "" : fmt::format(", uptime {}d 0h 0m {}s", up / 86'400, up % 86'400);
+  }
+  // Time passes; the status page is read, and what it says has been dealt with.
+  void PollWithUptime(int uptime, int seconds) {
+    uptime_ = uptime;
+    for (const int pause : {seconds, 2}) {
+      ASSERT_TRUE(running_.clock.AwaitWaiters(2));  // who reads ahead, and who reads the page
+      const int before = polls_;
+      running_.clock.Advance(pause * 1'000);
+      for (int i = 0; i < 1'000 && polls_ == before; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      }
+      uptime_ = uptime_ + 2;
+    }
   }
   std::vector<RecordedRequest> Asked() {
     auto requests = engine_.requests();
@@ -124,7 +143,7 @@ class OutboxTest : public testing::Test {
 
   std::mutex mutex_;
   std::string log_;
-  std::atomic<int> answer_ = 202;
+  std::atomic<int> answer_ = 202, uptime_ = -1, polls_ = 0;
   std::string answer_text_;
   ScriptedHttpServer engine_{[this](const RecordedRequest& request) { return Answer(request); }};
   RunningService running_;
@@ -281,6 +300,36 @@ TEST_F(OutboxTest, TellsAMonitorWhatItDoesByNamesThatNeverGrow) {
     EXPECT_EQ(line.substr(0, line.find_first_of("{ ")), name);
   }
   EXPECT_GT(names.size(), 10u);
+}
+
+TEST_F(OutboxTest, DoubtsWhatAnEngineHadThatWasRestarted) {
+  PollWithUptime(86'400 * 3, 10);
+  auto ann = running_.Caller();
+  const auto status = [&](const std::string& id) {
+    return ann.Get("/v1/messages/" + id).body.value("status", 0);
+  };
+  const auto first = ann.Message("27821110001").body.value("id", "");
+  ASSERT_TRUE(AwaitAsked(1));
+  // The engine's clock is set back, and forth: it runs on all the same.
+  for (const int uptime : {86'400 * 2, 90'000, 300, 40}) {
+    PollWithUptime(uptime, 30);
+    EXPECT_EQ(status(first), 2) << uptime;
+  }
+  PollWithUptime(4, 30);
+  EXPECT_TRUE(AwaitStatus(ann, first, 1));
+  const auto second = ann.Message("27821110002").body.value("id", "");
+  ASSERT_TRUE(AwaitAsked(2));
+  PollWithUptime(44, 36);
+  EXPECT_EQ(status(second), 2) << "the new one has it";
+  EXPECT_EQ(Report("27821110001", "type=8&to=27821110001&detail="), 200);
+  EXPECT_EQ(status(first), 3) << "its report was on the way";
+  EXPECT_EQ(ann.Balance(), "98.4");
+  uptime_ = 3;
+  running_.clock.Advance(60'000);
+  running_.Restart();  // neither saw the other end
+  auto later = running_.Caller();
+  EXPECT_TRUE(AwaitStatus(later, second, 1));
+  EXPECT_EQ(Asked().size(), 2u) << "nothing is handed over again by itself";
 }
 
 TEST_F(OutboxTest, KeepsWhatABusyEngineTurnsAwayUntilItsTimeHasPassed) {
