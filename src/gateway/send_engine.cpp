@@ -105,6 +105,7 @@ void SendEngine::WorkerLoop() {
     }
     if (parts_.notices.Stopping()) break;
   }
+  send_pass_.Finish();
   platform::Mailbox* notify = notify_;
   if (parts_.notices.Stopping() && notify != nullptr) notify->Post(platform::kWmQuit, 0, 0);
 }

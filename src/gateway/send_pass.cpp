@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "app/log_file.h"
@@ -48,10 +49,22 @@ SendPass::SendPass(const EngineParts& parts, std::mutex& pass_lock)
 
 void SendPass::SendQueuedSMSs(std::int32_t id) {
   parts_.notices.ToMainWindow(kWmSending);
-  if (!parts_.settings.Flag(FlagSetting::kWorkingOnLine)) return;
+  const bool online = parts_.settings.Flag(FlagSetting::kWorkingOnLine);
+  if (!online && !in_hand_) return;
+  Guarded([&] {
+    const bool recorded = RecordInHand();
+    return (online && WalkPending(id)) || recorded;
+  });
+}
+
+void SendPass::Finish() {
+  if (in_hand_) Guarded([this] { return RecordInHand(); });
+}
+
+void SendPass::Guarded(const std::function<bool()>& work) {
   std::lock_guard guard(pass_lock_);
   try {
-    if (WalkPending(id)) parts_.notices.TellOutbox(0);
+    if (work()) parts_.notices.TellOutbox(0);
   } catch (const std::exception& problem) {
     if (parts_.log.Enabled()) {
       parts_.log.Write("CRITICAL ERROR: Catch in SendQueuedSMSs");
@@ -59,6 +72,13 @@ void SendPass::SendQueuedSMSs(std::int32_t id) {
     }
     parts_.notices.TellOutbox(0);
   }
+}
+
+bool SendPass::RecordInHand() {
+  if (!in_hand_) return false;
+  RecordOutcome(*in_hand_);
+  in_hand_.reset();
+  return true;
 }
 
 bool SendPass::WalkPending(std::int32_t id) {
@@ -69,7 +89,7 @@ bool SendPass::WalkPending(std::int32_t id) {
     MessageRow row;
     if (!TakeRow(pending[position - 1], &row)) continue;
     parts_.notices.TellOutbox(row.id);
-    SendRow(row, static_cast<std::int32_t>(position));
+    SendRow(std::move(row), static_cast<std::int32_t>(position));
     any = true;
     parts_.notices.ToMainWindow(kWmBalance);
   }
@@ -87,7 +107,8 @@ bool SendPass::TakeRow(std::int32_t id, MessageRow* row) {
   return true;
 }
 
-void SendPass::SendRow(const MessageRow& row, std::int32_t progress_index) {
+// A failure on the way leaves in hand what the gateway has taken so far.
+void SendPass::SendRow(MessageRow row, std::int32_t progress_index) {
   OutgoingMessage message;
   message.type = row.type;
   message.text = row.msg;
@@ -98,23 +119,23 @@ void SendPass::SendRow(const MessageRow& row, std::int32_t progress_index) {
         static_cast<std::int32_t>(std::max<std::int64_t>(row.time - parts_.clock.Now(), 0));
   }
   message.progress_index = progress_index;
-  const SendOutcome outcome = SendMessageRow(message, row.to);
-  RecordOutcome(row, message.delay, outcome);
+  auto& in_hand = in_hand_.emplace(InHand{std::move(row), message.delay, {}});
+  SendMessageRow(message, in_hand.row.to, &in_hand.outcome);
+  RecordInHand();
 }
 
-SendOutcome SendPass::SendMessageRow(const OutgoingMessage& message, std::string_view to) {
-  SendOutcome outcome;
-  outcome.all = ExpandRecipients(to, parts_.settings.Text(TextSetting::kPrefix), parts_.database);
-  outcome.recipients = static_cast<std::int32_t>(outcome.all.size());
+void SendPass::SendMessageRow(const OutgoingMessage& message, std::string_view to,
+                              SendOutcome* outcome) {
+  outcome->all = ExpandRecipients(to, parts_.settings.Text(TextSetting::kPrefix), parts_.database);
+  outcome->recipients = static_cast<std::int32_t>(outcome->all.size());
   const bool plain = GatewayTypeCode(message.type) == 0 && !personaliser_.HasFields(message.text);
   if (!plain) {
-    SendPersonalised(message, &outcome);
-  } else if (outcome.recipients < 2) {
-    SendOneByOne(message, &outcome);
+    SendPersonalised(message, outcome);
+  } else if (outcome->recipients < 2) {
+    SendOneByOne(message, outcome);
   } else {
-    batch_.Send(message, &outcome);
+    batch_.Send(message, outcome);
   }
-  return outcome;
 }
 
 void SendPass::SendOneByOne(const OutgoingMessage& message, SendOutcome* outcome) {
@@ -135,8 +156,8 @@ void SendPass::SendPersonalised(const OutgoingMessage& message, SendOutcome* out
   }
 }
 
-void SendPass::RecordOutcome(const MessageRow& row, std::int32_t delay,
-                             const SendOutcome& outcome) {
+void SendPass::RecordOutcome(const InHand& message) {
+  const auto& [row, delay, outcome] = message;
   if (outcome.recipients >= 2) {
     RecordChildren(row, outcome);
   } else if (outcome.recipients == 1) {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include "engine_bench.h"
 #include "gateway/engine_requests.h"
@@ -150,6 +151,34 @@ TEST_F(SendPassTest, ABatchAccountsForEveryRecipient) {
   EXPECT_EQ(bench_.fake.Calls("EndBatch").size(), 1u);
   EXPECT_THAT(bench_.log.Lines(),
               Contains("QuickBatchSend SMS sent ok: Mobile:,111,222,333,111,333"));
+}
+
+TEST_F(SendPassTest, AnOutcomeThatAnotherProgramsLockKeepsOutIsRecordedByTheNextPass) {
+  const std::int32_t waiting = bench_.Add(",444");
+  const std::int32_t id = bench_.Add(",111,222");
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(bench_.database.Path().c_str(), &other), SQLITE_OK);
+  AnswerBatches();
+  bench_.fake.On("EndBatch", [&](const FakeGateway::Call&) {
+    EXPECT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    return FakeGateway::Answer{};
+  });
+  Send();
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kProcessing);
+  EXPECT_EQ(bench_.StatusOf(waiting), SmsStatus::kPending);
+  EXPECT_THAT(bench_.log.Lines(), Contains("CRITICAL ERROR: Catch in SendQueuedSMSs"));
+  EXPECT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3_close(other);
+  bench_.settings.SetFlag(FlagSetting::kWorkingOnLine, false);
+  Send();  // sends nothing, but knows what was sent
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kExpanded);
+  EXPECT_THAT(Outcome(id), ElementsAre("111:11:id", "222:11:id"));
+  EXPECT_EQ(bench_.StatusOf(waiting), SmsStatus::kPending);
+  bench_.settings.SetFlag(FlagSetting::kWorkingOnLine, true);
+  Send();
+  EXPECT_EQ(bench_.StatusOf(waiting), SmsStatus::kUnknown);
+  EXPECT_EQ(bench_.fake.Calls("QuickBatchSend").size(), 1u);
+  EXPECT_EQ(Outcome(id).size(), 2u);
 }
 
 TEST_F(SendPassTest, ABatchThatCannotStartFailsEveryRecipient) {
