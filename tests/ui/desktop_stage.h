@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/startup/program.h"
@@ -32,7 +33,8 @@ class RecordingClipboard : public platform::Clipboard {
 };
 
 // The whole desktop program on a temporary data folder, with the real gateway service on loopback
-// and its demo account (demo, password demo).
+// and its demo account (demo, password demo). Its phone network is simulated, unless UseGateway
+// brings one that has another.
 class DesktopStage {
  public:
   using Body = std::function<void(ui::Desktop&, Program&)>;
@@ -54,6 +56,7 @@ class DesktopStage {
     return QTest::qWaitFor(condition, 15'000);
   }
 
+  void UseGateway(std::unique_ptr<GatewayProgram> gateway) { gateway_ = std::move(gateway); }
   GatewayProgram& Gateway() { return *gateway_; }
   TemporaryFolder& Folder() { return folder_; }
 
