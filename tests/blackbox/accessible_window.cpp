@@ -58,6 +58,15 @@ Accessible Walk(const Accessible& object, const std::function<bool(const Accessi
   return nullptr;
 }
 
+bool Within(std::chrono::seconds patience, const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return true;
+}
+
 Accessible Application(const std::string& name) {
   const auto desktop = Own(atspi_get_desktop(0));
   for (int i = Children(desktop) - 1; i >= 0; --i) {
@@ -72,12 +81,7 @@ Accessible Application(const std::string& name) {
 }  // namespace
 
 bool AccessibleWindow::Until(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + kPatience;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return true;
+  return Within(kPatience, condition);
 }
 
 AccessibleWindow::AccessibleWindow(std::string application) : application_(std::move(application)) {
@@ -167,21 +171,29 @@ Accessible AccessibleWindow::Row(const std::string& tree, const std::string& tex
 bool AccessibleWindow::IsTicked(const Accessible& row) { return Has(row, ATSPI_STATE_CHECKED); }
 
 void AccessibleWindow::ClickRow(const std::string& tree, const std::string& text) const {
-  const auto row = Row(tree, text);
-  if (row == nullptr) return;
-  AtspiComponent* component = atspi_accessible_get_component_iface(row.get());
-  ASSERT_NE(component, nullptr);
-  AtspiRect* place = atspi_component_get_extents(component, ATSPI_COORD_TYPE_SCREEN, nullptr);
-  atspi_generate_mouse_event(place->x + place->width / 2, place->y + place->height / 2, "b1c",
-                             nullptr);
-  g_free(place);
-  g_object_unref(component);
+  // A window that is still being placed is clicked beside the row: then once more, too late for a
+  // double click.
+  constexpr auto kBetweenClicks = std::chrono::seconds(1);
+  const auto is_selected = [&] { return Has(Row(tree, text), ATSPI_STATE_SELECTED); };
+  EXPECT_TRUE(Until([&] {
+    const auto row = Row(tree, text);
+    if (row == nullptr) return false;
+    AtspiComponent* component = atspi_accessible_get_component_iface(row.get());
+    if (component == nullptr) return false;
+    AtspiRect* place = atspi_component_get_extents(component, ATSPI_COORD_TYPE_SCREEN, nullptr);
+    atspi_generate_mouse_event(place->x + place->width / 2, place->y + place->height / 2, "b1c",
+                               nullptr);
+    g_free(place);
+    g_object_unref(component);
+    return Within(kBetweenClicks, is_selected);
+  })) << text;
 }
 
 void AccessibleWindow::Open(const std::string& tree, const std::string& text) const {
   constexpr int kRightKey = 0xff53;
   ClickRow(tree, text);
   atspi_generate_keyboard_event(kRightKey, nullptr, ATSPI_KEY_SYM, nullptr);
+  EXPECT_TRUE(Until([&] { return Has(Row(tree, text), ATSPI_STATE_EXPANDED); })) << text;
 }
 
 void AccessibleWindow::Tick(const std::string& tree, const std::string& text) const {
