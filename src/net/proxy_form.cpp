@@ -41,12 +41,13 @@ void ProxyForm::SetUp() {
     names.push_back(parts_.texts.Load(ModeNameId(mode)));
   parts_.view.ListProxyModes(names);
 
-  ProxyValues values;
-  const std::int32_t mode = parts_.settings.Number(NumberSetting::kProxyType);
-  if (IsMode(mode)) values.entry = static_cast<std::size_t>(mode - kFirstMode);
-  for (const auto& [setting, field] : kProxyFields) values.*field = parts_.settings.Text(setting);
-  parts_.view.ShowProxy(values);
+  known_ = FromSettings();
+  parts_.view.ShowProxy(known_);
   Update(false);
+}
+
+void ProxyForm::Refresh() {
+  if (FromSettings() != known_) SetUp();
 }
 
 bool ProxyForm::AcceptsPort(std::string_view text) const {
@@ -64,6 +65,7 @@ void ProxyForm::Update(bool test) {
 
   parts_.settings.SetNumber(NumberSetting::kProxyType, mode);
   for (const auto& [setting, field] : kProxyFields) parts_.settings.SetText(setting, values.*field);
+  known_ = FromSettings();
 
   const bool try_connection =
       place_ == Place::kDialog || test || parts_.settings.Flag(FlagSetting::kWorkingOnLine);
@@ -74,6 +76,14 @@ void ProxyForm::Update(bool test) {
     parts_.boxes.Show(parts_.texts.Load(kSuccessTextId), parts_.texts.Load(kSuccessCaptionId),
                       platform::BoxIcon::kNone);
   }
+}
+
+ProxyValues ProxyForm::FromSettings() const {
+  ProxyValues values;
+  const std::int32_t mode = parts_.settings.Number(NumberSetting::kProxyType);
+  if (IsMode(mode)) values.entry = static_cast<std::size_t>(mode - kFirstMode);
+  for (const auto& [setting, field] : kProxyFields) values.*field = parts_.settings.Text(setting);
+  return values;
 }
 
 ProxyValues ProxyForm::Read() const {

@@ -20,6 +20,7 @@ class Texts;
 struct ProxyValues {
   std::optional<std::size_t> entry;  // of the mode list; nothing when none is chosen
   std::string host, port, user, password;
+  bool operator==(const ProxyValues&) const = default;
 };
 
 // The controls of the proxy settings, as far as their logic needs them. Main thread.
@@ -61,6 +62,10 @@ class ProxyForm {
   // without a chosen entry; the mode then stays as stored until the operator chooses one.
   void SetUp();
 
+  // Fills the controls anew when another form has changed the settings; what stands edited here
+  // stays otherwise.
+  void Refresh();
+
   void ModeChosen() { Update(false); }  // stored and applied at once
   void Apply() { Update(false); }       // "OK", and when the options page is applied
   void Test() { Update(true); }         // stores, applies and tests, changed or not
@@ -71,11 +76,13 @@ class ProxyForm {
  private:
   void Update(bool test);
   ProxyValues Read() const;
+  ProxyValues FromSettings() const;
   bool Differs(const ProxyValues& values, std::int32_t mode) const;
   std::int32_t Mode(const ProxyValues& values) const;
 
   Parts parts_;
   Place place_;
+  ProxyValues known_;  // the settings when they were last read or stored here
 };
 
 }  // namespace orvalo

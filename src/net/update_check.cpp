@@ -34,7 +34,7 @@ constexpr std::int64_t kInstallWait = 800;
 constexpr std::int64_t kEndWait = 500;
 
 constexpr std::int64_t kLargestVersionFile = 1 << 20;  // bytes, as all of these
-constexpr std::int64_t kLargestInstaller = std::int64_t{1} << 30;
+constexpr std::int64_t kLargestInstaller = 256 << 20;
 constexpr std::int64_t kVersionLength = 64;
 
 using PublicKey = std::array<unsigned char, crypto_sign_PUBLICKEYBYTES>;
@@ -137,7 +137,7 @@ bool UpdateCheck::IsSigned() {
         crypto_sign_verify_detached(raw(*signature), raw(*bytes), bytes->size(), key->data()) == 0)
       return true;
   }
-  if (!cancel_) std::remove(Installer().c_str());
+  std::remove(Installer().c_str());
   return false;
 }
 

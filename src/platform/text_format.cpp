@@ -79,14 +79,17 @@ bool InsertFormatter::Escape() {
     case 'n':
       out_ += '\n';
       return true;
-    case '%':
-    case ' ':
-    case '.':
-    case '!':
+    case 'r':
+      out_ += '\r';
+      return true;
+    case 't':
+      out_ += '\t';
+      return true;
+    case '\0':
+      return false;
+    default:
       out_ += c;
       return true;
-    default:
-      return false;
   }
 }
 

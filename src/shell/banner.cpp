@@ -1,6 +1,7 @@
 #include "shell/banner.h"
 
 #include <string_view>
+#include <system_error>
 
 #include "app/settings.h"
 #include "net/file_downloader.h"
@@ -53,7 +54,11 @@ BannerDownload::~BannerDownload() {
 void BannerDownload::Start() {
   std::string url = parts_.settings.Text(TextSetting::kBackgroundImagePath);
   if (thread_.joinable() || !IsWebAddress(url)) return;
-  thread_ = std::thread([this, url = std::move(url)] { Fetch(url); });
+  try {
+    thread_ = std::thread([this, url = std::move(url)] { Fetch(url); });
+  } catch (const std::system_error&) {
+    // No thread to be had: the built-in banner stays.
+  }
 }
 
 void BannerDownload::Fetch(const std::string& url) {

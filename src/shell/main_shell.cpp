@@ -79,7 +79,7 @@ void MainShell::LoggedIn() {
 }
 
 std::int32_t MainShell::Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
-  if (ended_) return 0;
+  if (ending_ != Ending::kNot) return 0;
   switch (message) {
     case kWmSwitchPage:
       SwitchTo(static_cast<ShellTab>(lparam));
@@ -105,7 +105,7 @@ std::int32_t MainShell::Handle(std::uint32_t message, std::int32_t wparam, std::
 }
 
 void MainShell::OnTimer(ShellTimer timer) {
-  if (ended_) return;
+  if (ending_ != Ending::kNot) return;
   switch (timer) {
     case ShellTimer::kBalance:
       throttle_.OnTimer();
@@ -151,7 +151,7 @@ void MainShell::Run(ShellCommand command) {
 }
 
 void MainShell::TrayRightClick() {
-  parts_.view.BringToFront();
+  if (parts_.view.IsOnScreen()) parts_.view.BringToFront();
   parts_.view.OpenTrayMenu(TrayMask(), kExitPosition);
 }
 
@@ -160,9 +160,12 @@ void MainShell::TaskbarCreated() {
 }
 
 void MainShell::End() {
-  if (ended_) return;
-  ended_ = true;
-  StoreOptionsInFront();
+  if (ending_ == Ending::kNot) {
+    ending_ = Ending::kStoring;
+    StoreOptionsInFront();
+  }
+  if (ending_ == Ending::kClosed) return;
+  ending_ = Ending::kClosed;
   parts_.view.Close();
 }
 

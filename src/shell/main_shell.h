@@ -59,6 +59,7 @@ class MainShellView : public ShellTimers {
   virtual void SetBusyTip(const std::string& text) = 0;
   virtual void ShowOffline(bool shown, bool lit) = 0;
   virtual void LightBalance(bool lit) = 0;  // the balance lines of the pages
+  virtual bool IsOnScreen() const = 0;      // minimised counts as well
   // Shows the window, brings it to the foreground and to the top without moving it.
   virtual void BringToFront() = 0;
   virtual void Hide() = 0;
@@ -135,12 +136,15 @@ class MainShell {
   // Runs a command of the icon's menu, unless it is open already.
   void RunDialog(ShellCommand command, const std::function<void()>& open);
 
+  // While the options are stored a window may open, and hold up the end until it comes again.
+  enum class Ending { kNot, kStoring, kClosed };
+
   Parts parts_;
   ShellPage page_ = ShellPage::kLogin;
   ShellTab tab_ = ShellTab::kNone;
   TrayIcon icon_ = TrayIcon::kNormal;
   std::uint32_t open_ = 0;  // by position in the icon's menu
-  bool ended_ = false;
+  Ending ending_ = Ending::kNot;
   Activity activity_;
   BalanceThrottle throttle_;
   Blinker balance_, busy_, offline_;

@@ -61,15 +61,14 @@ void OptionsPage::SetUp() {
 void OptionsPage::Apply() {
   AppSettings& settings = parts_.settings;
   const OptionsValues values = parts_.view.Values();
-  settings.SetText(TextSetting::kPrefix,
-                   WithoutLeadingZeros(FirstOf(values.prefix, kPrefixLength)));
-  settings.SetText(TextSetting::kSignature, FirstOf(values.signature, kSignatureLength));
+  settings.SetText(TextSetting::kPrefix, WithoutLeadingZeros(FirstOf(values.prefix, kTextLength)));
+  settings.SetText(TextSetting::kSignature, FirstOf(values.signature, kTextLength));
   StoreSwitches(values);
   parts_.main_window.Post(values.online ? kWmOnline : kWmOffline, 0, 0);
   parts_.proxy.Apply();  // asks whether the program works on-line
   settings.SetText(TextSetting::kOutlookName, FirstOf(values.outlook_name, kTextLength));
   settings.SetText(TextSetting::kOutlookPassword, FirstOf(values.outlook_password, kTextLength));
-  settings.SetText(TextSetting::kSenderId, FirstOf(values.sender_id, kSenderLength));
+  settings.SetText(TextSetting::kSenderId, FirstOf(values.sender_id, kTextLength));
   StoreUpload(values);
   settings.Save(parts_.data_file);
 }
@@ -105,7 +104,7 @@ void OptionsPage::DataSourceChosen(bool mapi) {
 
 void OptionsPage::UploadChosen(bool to_server) { parts_.view.EnableUploadDays(to_server); }
 
-void OptionsPage::ProxyDialogClosed() { parts_.proxy.SetUp(); }
+void OptionsPage::ProxyDialogClosed() { parts_.proxy.Refresh(); }
 
 bool OptionsPage::AcceptsVoucher(std::string_view text) {
   return text.size() <= kVoucherFieldLength &&

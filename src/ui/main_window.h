@@ -61,6 +61,7 @@ class MainWindow : public QWidget, public MainShellView {
   void SetBusyTip(const std::string& text) override;
   void ShowOffline(bool shown, bool lit) override;
   void LightBalance(bool lit) override;
+  bool IsOnScreen() const override { return isVisible(); }
   void BringToFront() override;
   void Hide() override;
   void ReloadBanner() override;

@@ -24,7 +24,8 @@ void SystemShell::OpenAddress(const std::string& address) {
   const QString text = QString::fromStdString(address);
   // A path is taken as it is: a "#" or "%" in it means nothing to an address.
   const QString path = text.startsWith(kFileScheme) ? text.mid(kFileScheme.size()) : QString();
-  QDesktopServices::openUrl(QFile::exists(path) ? QUrl::fromLocalFile(path) : QUrl(text));
+  QDesktopServices::openUrl(QFile::exists(path) ? QUrl::fromLocalFile(path)
+                                                : QUrl::fromUserInput(text));
 }
 
 }  // namespace orvalo::ui

@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "net/link_message.h"
 #include "support/temporary_folder.h"
 
 namespace orvalo::test {
@@ -70,6 +71,12 @@ TEST(VersionInfoTest, ParsesWhatAServerTells) {
                 "3",
                 {0, 0, 0, 0}}};
   for (const auto& c : cases) EXPECT_EQ(ParseFileVersion(c.text).Parts(), c.parts) << c.text;
+}
+
+TEST(LinkMessage, CompletesItsAddress) {
+  EXPECT_EQ(LinkAddress("https://help.example", 12), "https://help.example?help=12");
+  EXPECT_EQ(LinkAddress("https://help.example", 0), "https://help.example");
+  EXPECT_EQ(LinkAddress("", 12), "https://www.orvalo.example");
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ class Scene : public MainShellView, public MainShellActions {
   void SetBusyTip(const std::string& text) override { Note("tip", text); }
   void ShowOffline(bool shown, bool lit) override { Note("offline", shown, lit); }
   void LightBalance(bool lit) override { Note("balance", lit); }
+  bool IsOnScreen() const override { return on_screen; }
   void BringToFront() override { Note("front"); }
   void Hide() override { Note("hide"); }
   void ReloadBanner() override { Note("banner"); }
@@ -44,13 +45,17 @@ class Scene : public MainShellView, public MainShellActions {
     if (while_open) while_open();
   }
   void RunComposeCommand(ShellCommand command) override { Note("compose", Id(command)); }
-  void ApplyOptions() override { Note("apply"); }
+  void ApplyOptions() override {
+    Note("apply");
+    if (while_applying) while_applying();
+  }
   void ShowWorkingMode() override { Note("mode"); }
   void SetOutboxActivity(const std::string& text) override { Note("outbox", text); }
 
   std::string Take() { return std::exchange(words_, {}); }
   bool store_refuses = false;
-  std::function<void()> while_open;
+  bool on_screen = true;
+  std::function<void()> while_open, while_applying;
 
  private:
   template <typename Enumeration>
@@ -231,6 +236,11 @@ TEST(MainShellTest, RunsItsCommands) {
     bench.main.End();
     EXPECT_EQ(bench.After(kWmSwitchPage, 0, 1045), "") << "nothing moves after the end";
   }
+  MainBench held(true);
+  held.After(kWmSwitchPage, 0, 1047);
+  held.scene.while_applying = [&held] { held.main.End(); };
+  held.main.End();
+  EXPECT_EQ(held.scene.Take(), "apply close") << "the second end closes what the first waits for";
   MainBench bench;
   bench.scene.store_refuses = true;
   bench.main.Run(ShellCommand::kCloseApp);
@@ -249,6 +259,9 @@ TEST(MainShellTest, TheMenuOpensEachOfItsWindowsOnce) {
   EXPECT_EQ(bench.main.Handle(kWmTrayMask, 0, 0), 31);
   bench.main.TrayLeftClick();
   EXPECT_EQ(bench.scene.Take(), "front");
+  bench.scene.on_screen = false;  // behind its icon it stays there
+  bench.main.TrayRightClick();
+  EXPECT_EQ(bench.scene.Take(), "menu:31:4");
 }
 
 }  // namespace

@@ -93,11 +93,12 @@ TEST(OptionsPageTest, ApplyingStoresEveryControlInItsSetting) {
     std::string saved;
   } cases[] = {
       {"prefix", [](OptionsValues& v) { v.prefix = "0027"; }, "27"},
-      {"prefix", [](OptionsValues& v) { v.prefix = "1234567890123"; }, "123456789012"},
       {"prefix", [](OptionsValues& v) { v.prefix = "000"; }, ""},
-      {"Sig", [](OptionsValues& v) { v.signature = std::string(170, 's'); }, std::string(160, 's')},
+      // Longer than can be typed: from elsewhere, and kept.
+      {"prefix", [](OptionsValues& v) { v.prefix = "1234567890123"; }, "1234567890123"},
+      {"Sig", [](OptionsValues& v) { v.signature = std::string(170, 's'); }, std::string(170, 's')},
       {"sender_id", [](OptionsValues& v) { v.sender_id = std::string(30, 'i'); },
-       std::string(20, 'i')},
+       std::string(30, 'i')},
       {"Outlook_Name", [](OptionsValues& v) { v.outlook_name = std::string(300, 'n'); },
        std::string(254, 'n')},
       {"Outlook_Password", [](OptionsValues& v) { v.outlook_password = "pw"; }, "pw"},
@@ -168,6 +169,9 @@ TEST(OptionsPageTest, ApplyingKeepsWhatTheProxyDialogStored) {
   bench.page.ProxyDialogClosed();
   bench.page.Apply();
   EXPECT_EQ(bench.Saved("ProxyType"), "3");
+  bench.proxy_view.values.host = "edited";
+  bench.page.ProxyDialogClosed();  // nothing was stored there
+  EXPECT_EQ(bench.proxy_view.values.host, "edited");
   EXPECT_TRUE(bench.fake.Calls("ConfigureProxyEx").empty());
 }
 
