@@ -116,6 +116,12 @@ void EngineWatch::Refresh(platform::HttpClient& client) {
   }
 }
 
+bool EngineWatch::HasAllLinks(platform::HttpClient& client) {
+  Refresh(client);
+  const auto said = status();
+  return said && said->running && said->links_usable == said->links;
+}
+
 // The start as it comes out of one reading may be late, by the time the reply took and by parts of
 // seconds, so the earliest is kept. It has moved only when the engine can have begun since the page
 // was last read; else a clock was set: of a clock that both share the start moves not at all.

@@ -35,6 +35,9 @@ class EngineWatch {
   // Asks the engine for its status; without an address for that nothing happens.
   void Refresh(platform::HttpClient& client);
 
+  // Asks the engine whether every link to a network is up; false also when it does not tell.
+  bool HasAllLinks(platform::HttpClient& client);
+
   // The next smsbox to hand something to, in turn, passing over those that are down; nothing when
   // all are, or when the engine has no use for messages now.
   std::optional<std::size_t> NextBox();

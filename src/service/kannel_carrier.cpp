@@ -84,13 +84,17 @@ std::optional<Refusal> KannelCarrier::Fit(MessageContent& content) {
   return std::nullopt;
 }
 
-// The messages of a batch have one reference, so that they can share requests.
+// The messages of a batch have one reference, so that they can share requests, but for those to a
+// number that has had it lately.
 void KannelCarrier::Record(Connection& connection, const CarriedMessage& message, Money charge) {
-  std::uint32_t reference = 0;
+  int reference = 0;
   if (message.parts > 1) {
-    reference = message.batch > 0 ? static_cast<std::uint32_t>(message.batch) : reference_++;
+    const auto wanted = static_cast<std::uint8_t>(message.batch > 0 ? message.batch : reference_++);
+    reference =
+        outbox::FreeReference(connection, message.number, wanted,
+                              message.accepted - options_.validity_minutes * std::int64_t{60});
   }
-  outbox::Add(connection, message, charge, static_cast<int>(reference & 0xFF));
+  outbox::Add(connection, message, charge, reference);
 }
 
 void KannelCarrier::Submit(const CarriedMessage&) { sender_.Poke(); }
@@ -103,10 +107,12 @@ GatewayStatus KannelCarrier::StatusOf(Connection& connection, const CarriedMessa
 std::optional<outbox::Reported> KannelCarrier::TakeReport(std::string_view key,
                                                           std::string_view number, int bits,
                                                           std::string_view detail) {
+  const bool has_all_links = !SaysNoRoute(bits, detail) || watch_.HasAllLinks(client_);
   std::optional<outbox::Reported> reported;
   parts_.database.Write(
       [&](Connection& connection) {
-        reported = outbox::TakeReport(connection, key, number, bits, detail, parts_.clock.Now());
+        reported = outbox::TakeReport(connection, key, number, bits, detail, has_all_links,
+                                      parts_.clock.Now());
       },
       kPatience);
   if (reported && reported->before == PartState::kTaken) sender_.RoomMade();

@@ -46,6 +46,8 @@ const char* NameOf(EngineAnswer answer) {
       return "taken_slowly";
     case EngineAnswer::kUnroutable:
       return "unroutable";
+    case EngineAnswer::kNoLink:
+      return "no_link";
     case EngineAnswer::kDenied:
       return "denied";
     case EngineAnswer::kBadMessage:
@@ -138,6 +140,8 @@ PartState StateAfter(EngineAnswer answer, std::size_t receivers) {
       return PartState::kTaken;
     case EngineAnswer::kUnroutable:
       return receivers == 1 ? PartState::kUnroutable : PartState::kTaken;
+    case EngineAnswer::kNoLink:
+      return receivers == 1 ? PartState::kWaiting : PartState::kTaken;
     case EngineAnswer::kDenied:
       return PartState::kUnroutable;
     case EngineAnswer::kBadMessage:

@@ -21,6 +21,7 @@ enum class EngineAnswer {
   kTaken,        // it has the message
   kTakenSlowly,  // it has the message, and the link to the network is down or its queue long
   kUnroutable,   // no way to the number, or to one of the numbers
+  kNoLink,       // the same, while a link that may be the way is down
   kDenied,       // all numbers are denied; nothing was sent
   kBadMessage,   // the request is refused as malformed; nothing was sent
   kBusy,         // its queue is full: the number, or one of the numbers, was not taken

@@ -1,5 +1,8 @@
 #include "service/outbox.h"
 
+#include <algorithm>
+#include <bitset>
+
 #include "service/secrets.h"
 #include "service/settings.h"
 
@@ -50,7 +53,35 @@ bool HasFreePart(Connection& connection, std::int64_t message) {
   return false;
 }
 
+bool IsAskedUnder(Connection& connection, const PartId& id, std::string_view key) {
+  return Query(connection,
+               "SELECT 1 FROM outbox WHERE message=? AND part=? AND state=1 AND report_key=?",
+               id.message, id.part, Blob{key})
+      .Step();
+}
+
+void WaitAgain(Connection& connection, const PartId& id, std::int64_t due,
+               const std::string& reason) {
+  SetState(connection, id, PartState::kWaiting, due, reason);
+  if (HasFreePart(connection, id.message)) Withdraw(connection, id, due);
+}
+
 }  // namespace
+
+int FreeReference(Connection& connection, std::string_view number, std::uint8_t wanted,
+                  std::int64_t under_way_since) {
+  constexpr int kReferences = 256, kLatest = kReferences / 2;
+  std::bitset<kReferences> taken;
+  Query rows(connection,
+             "SELECT reference FROM (SELECT message AS row,reference FROM outbox WHERE number=? "
+             "AND part=1 "
+             "ORDER BY message DESC LIMIT ?) JOIN message ON seq=row WHERE due>=?",
+             std::string(DigitsOf(number)), kLatest, under_way_since);
+  while (rows.Step()) taken.set(static_cast<std::size_t>(rows.Int(0) & (kReferences - 1)));
+  int reference = wanted;
+  while (taken.test(static_cast<std::size_t>(reference))) reference = (reference + 1) % kReferences;
+  return reference;
+}
 
 void Add(Connection& connection, const CarriedMessage& message, Money charge, int reference) {
   const std::string number(DigitsOf(message.number));
@@ -97,24 +128,25 @@ bool Ask(Connection& connection, const PartId& id, std::string_view key, std::in
              .Run() == 1;
 }
 
-void PutBack(Connection& connection, const PartId& id, std::int64_t due,
-             const std::string& reason) {
-  const auto changed =
-      Query(connection,
-            "UPDATE outbox SET state=0,since=?,reason=? WHERE message=? AND part=? AND state=1",
-            due, reason, id.message, id.part)
-          .Run();
-  if (changed == 1 && HasFreePart(connection, id.message)) Withdraw(connection, id, due);
+std::int64_t PauseAfter(int attempts) {
+  constexpr int kLongest = 60;
+  return std::min(kLongest, 1 << std::clamp(attempts, 0, 6));
 }
 
-void Answer(Connection& connection, const PartId& id, PartState state, std::int64_t now,
-            const std::string& reason) {
+void PutBack(Connection& connection, const PartId& id, std::string_view key, std::int64_t due,
+             const std::string& reason) {
+  if (IsAskedUnder(connection, id, key)) WaitAgain(connection, id, due, reason);
+}
+
+void Answer(Connection& connection, const PartId& id, std::string_view key, PartState state,
+            std::int64_t now, const std::string& reason) {
+  if (!IsAskedUnder(connection, id, key)) return;
   if (state != PartState::kTaken) {
-    if (StateOf(connection, id) == PartState::kAsked) Move(connection, id, state, now, reason);
+    Move(connection, id, state, now, reason);
     return;
   }
-  Query(connection, "UPDATE outbox SET state=3,reason=? WHERE message=? AND part=? AND state=1",
-        reason, id.message, id.part)
+  Query(connection, "UPDATE outbox SET state=3,reason=? WHERE message=? AND part=?", reason,
+        id.message, id.part)
       .Run();
 }
 
@@ -147,18 +179,30 @@ std::int64_t DoubtAsked(Connection& connection, std::int64_t now) {
 
 std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
                                    std::string_view number, int bits, std::string_view detail,
-                                   std::int64_t now) {
+                                   bool has_all_links, std::int64_t now) {
   const std::string digits(DigitsOf(number));
   Reported reported{};
-  int seen = 0;
+  int seen = 0, attempts = 0;
   {
     Query row(connection,
-              "SELECT message,part,state,seen FROM outbox WHERE report_key=? AND number=?",
+              "SELECT message,part,state,seen,attempts FROM outbox WHERE report_key=? AND number=?",
               Blob{key}, digits);
     if (!row.Step()) return std::nullopt;
     reported.id = {row.Int(0), static_cast<int>(row.Int(1))};
     reported.before = StateFrom(row, 2);
     seen = static_cast<int>(row.Int(3));
+    attempts = static_cast<int>(row.Int(4));
+  }
+  if (SaysNoRoute(bits, detail)) {
+    // The engine says it twice, in its reply and here: what was put back already goes on waiting.
+    const bool waits = reported.before == PartState::kWaiting;
+    const bool tries_on = !has_all_links && attempts <= kTriesWithoutRoute;
+    if (waits || (reported.before < PartState::kAtNetwork && tries_on)) {
+      reported.after = PartState::kWaiting;
+      reported.repeated = waits;
+      if (!waits) WaitAgain(connection, reported.id, now + PauseAfter(attempts - 1), "no_link");
+      return reported;
+    }
   }
   reported.after = AfterReport(reported.before, bits, detail);
   reported.repeated = (bits & ~seen) == 0;

@@ -39,6 +39,12 @@ struct Waiting {
   int reference = 0, attempts = 0;
 };
 
+// The reference, 0 to 255, of a long message to the number that is accepted now: `wanted`, or the
+// next that none of the number's latest long messages has whose parts may still be under way. A
+// phone puts the parts of two messages together that have the same.
+int FreeReference(Connection& connection, std::string_view number, std::uint8_t wanted,
+                  std::int64_t under_way_since);
+
 // Rows for all parts of a message that is in the ledger since `message.row`.
 void Add(Connection& connection, const CarriedMessage& message, Money charge, int reference);
 
@@ -48,15 +54,26 @@ std::vector<Waiting> Due(Connection& connection, std::int64_t now, int most);
 // Marks the part as asked under the report key (16 bytes). False when it no longer waits.
 bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now);
 
-// Puts an asked part back: surely nothing was sent. It waits until `due`; when another part of its
-// message was refused meanwhile, it is withdrawn as those are that waited then.
-void PutBack(Connection& connection, const PartId& id, std::int64_t due, const std::string& reason);
+// For how long a part waits when it is put back that was asked so often before, in seconds:
+// doubling from one to a minute.
+std::int64_t PauseAfter(int attempts);
 
-// What became of an asked part. One that a report has moved on meanwhile stays where it is. One
-// that the engine has taken keeps the time at which it was asked, which tells whether the engine
-// that took it is still the same.
-void Answer(Connection& connection, const PartId& id, PartState state, std::int64_t now,
-            const std::string& reason);
+// While a link of the engine is down, or nobody knows, "no way to the number" is believed after so
+// many tries only: an hour of them.
+constexpr int kTriesWithoutRoute = 64;
+
+// The next two are about a part as it was asked under the key. One that a report has moved on
+// meanwhile stays where it is.
+
+// Puts it back: surely nothing was sent. It waits until `due`; when another part of its message was
+// refused meanwhile, it is withdrawn as those are that waited then.
+void PutBack(Connection& connection, const PartId& id, std::string_view key, std::int64_t due,
+             const std::string& reason);
+
+// What became of it. One that the engine has taken keeps the time at which it was asked, which
+// tells whether the engine that took it is still the same.
+void Answer(Connection& connection, const PartId& id, std::string_view key, PartState state,
+            std::int64_t now, const std::string& reason);
 
 std::optional<PartState> StateOf(Connection& connection, const PartId& id);
 
@@ -68,7 +85,8 @@ void Move(Connection& connection, const PartId& id, PartState state, std::int64_
 // What was asked when the service last ended is in doubt. The number of such parts.
 std::int64_t DoubtAsked(Connection& connection, std::int64_t now);
 
-// Takes a delivery report in. Nothing when no part has this key and number.
+// Takes a delivery report in. Nothing when no part has this key and number. A part to whose number
+// the engine had no way is put back unless `has_all_links`.
 struct Reported {
   PartId id;
   PartState before, after;
@@ -76,7 +94,7 @@ struct Reported {
 };
 std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
                                    std::string_view number, int bits, std::string_view detail,
-                                   std::int64_t now);
+                                   bool has_all_links, std::int64_t now);
 
 // Up to `most` parts that have been in an open state since before a time.
 std::vector<PartId> Stale(Connection& connection, PartState state, std::int64_t before, int most);

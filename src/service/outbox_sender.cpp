@@ -11,12 +11,6 @@ constexpr std::size_t kFewLoaded = 500;
 constexpr int kMostLoaded = 2'000;
 constexpr std::chrono::milliseconds kPatience(2);
 constexpr std::int64_t kLookAroundMs = 1'000;
-constexpr int kLongestBackoffSeconds = 60;
-
-// Doubling from one second on.
-std::int64_t Backoff(int attempts) {
-  return std::min(kLongestBackoffSeconds, 1 << std::clamp(attempts, 0, 6));
-}
 
 }  // namespace
 
@@ -164,9 +158,10 @@ void OutboxSender::Record(Connection& connection, const Answered& answered) {
   const auto state = StateAfter(answer, handover.to.size());
   for (const auto& part : handover.to) {
     if (state == PartState::kWaiting) {
-      outbox::PutBack(connection, part.id, now + Backoff(part.attempts), NameOf(answer));
+      outbox::PutBack(connection, part.id, handover.key, now + outbox::PauseAfter(part.attempts),
+                      NameOf(answer));
     } else {
-      outbox::Answer(connection, part.id, state, now,
+      outbox::Answer(connection, part.id, handover.key, state, now,
                      state == PartState::kTaken ? "" : NameOf(answer));
     }
   }
@@ -185,6 +180,11 @@ EngineAnswer OutboxSender::Ask(const Handover& handover) {
       break;
     }
     parts_.watch.BoxIsDown(*box, reply.status != 0 ? "it is no sendsms address" : reply.error);
+  }
+  if (answer == EngineAnswer::kUnroutable &&
+      handover.to.front().attempts < outbox::kTriesWithoutRoute &&
+      !parts_.watch.HasAllLinks(parts_.client)) {
+    answer = EngineAnswer::kNoLink;
   }
   if (answer == EngineAnswer::kWrongLogin) parts_.watch.LoginRefused();
   if (answer == EngineAnswer::kTakenSlowly || answer == EngineAnswer::kBusy) {

@@ -53,6 +53,10 @@ bool IsRefusalOfNumber(std::string_view detail) {
 
 }  // namespace
 
+bool SaysNoRoute(int bits, std::string_view detail) {
+  return bits == kReportRefused && Holds(detail, "no SMSC");
+}
+
 bool IsFree(PartState state) { return RowOf(state).is_free; }
 
 const char* NameOf(PartState state) { return RowOf(state).name; }

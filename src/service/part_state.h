@@ -45,6 +45,9 @@ enum ReportBit : int {
 };
 constexpr int kAllReportBits = 63;
 
+// Whether the report says that the engine knew no way to the number: nothing was sent.
+bool SaysNoRoute(int bits, std::string_view detail);
+
 // The state after a report, which may be late, repeated, or before its time: what says more about
 // the phone wins, delivery over everything. `detail` is the engine's text: the receipt of the
 // network with "stat:", or "NACK/" and the refusal.

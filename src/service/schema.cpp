@@ -41,10 +41,12 @@ INSERT INTO price VALUES('', 800);
 CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
 )";
 
-// What an account's page reads, without the tables themselves; made also for older files.
-constexpr const char* kPageIndices = R"(
+// What an account's page reads, without the tables themselves, and the long messages to a number:
+// those that have a second part. Made also for older files.
+constexpr const char* kLaterIndices = R"(
 CREATE INDEX IF NOT EXISTS message_account ON message(account, accepted, charge);
 CREATE INDEX IF NOT EXISTS voucher_account ON voucher(redeemed_by, redeemed_at);
+CREATE INDEX IF NOT EXISTS outbox_long ON outbox(number, message, reference) WHERE part=1;
 )";
 
 // Parts on their way to an engine. `state` is a PartState; `since` is when the part came into it,
@@ -86,7 +88,7 @@ void PrepareSchema(Connection& connection) {
   if (number < kSchemaNumber) {
     database.exec(fmt::format("PRAGMA user_version={}", kSchemaNumber));
   }
-  database.exec(kPageIndices);
+  database.exec(kLaterIndices);
   transaction.commit();
 }
 

@@ -23,14 +23,14 @@ std::string Repeated(int count, const std::string& text) {
   return all;
 }
 
-// Every character of the GSM alphabet, the escaped ones included, but for the line ends.
+// Every character of the GSM alphabet, the escaped ones included.
 std::string WholeAlphabet() {
   std::string septets;
   for (char code = 0; code < 0x7F; ++code) {
     if (code != service::kGsmEscape) septets += code;
   }
   septets += 0x7F;
-  for (const char code : {0x14, 0x28, 0x29, 0x2F, 0x3C, 0x3D, 0x3E, 0x40, 0x65}) {
+  for (const char code : {0x0A, 0x14, 0x28, 0x29, 0x2F, 0x3C, 0x3D, 0x3E, 0x40, 0x65}) {
     septets += {service::kGsmEscape, code};
   }
   return septets;

@@ -74,9 +74,11 @@ class OutboxTest : public testing::Test {
   ScriptedReply Answer(const RecordedRequest& request) {
     if (request.path.starts_with("/status.xml")) {
       ++polls_;
-      return {.body = "<gateway><status>running" + Uptime() +
-                      "</status><smscs><smsc><status>online 5s</status><queued>0</queued></smsc>"
-                      "</smscs></gateway>"};
+      return {.body =
+                  "<gateway><status>running" + Uptime() +
+                  "</status><smscs><smsc><status>online 5s</status><queued>0</queued></smsc>" +
+                  (has_dead_link_ ? "<smsc><status>dead</status><queued>0</queued></smsc>" : "") +
+                  "</smscs></gateway>"};
     }
     return {.status = answer_, .body = answer_ == 202 ? "0: Accepted for delivery" : answer_text_};
   }
@@ -143,6 +145,7 @@ class OutboxTest : public testing::Test {
 
   std::mutex mutex_;
   std::string log_;
+  std::atomic<bool> has_dead_link_ = false;
   std::atomic<int> answer_ = 202, uptime_ = -1, polls_ = 0;
   std::string answer_text_;
   ScriptedHttpServer engine_{[this](const RecordedRequest& request) { return Answer(request); }};
@@ -357,6 +360,42 @@ TEST_F(OutboxTest, KeepsWhatABusyEngineTurnsAwayUntilItsTimeHasPassed) {
   EXPECT_TRUE(running_.LedgerAddsUp());
 }
 
+// Engines say the same of a number without a route and of one whose only link is down.
+TEST_F(OutboxTest, BelievesThatThereIsNoRouteWhenAllLinksAreUp) {
+  answer_text_ = "Not routable. Do not try again.";
+  answer_ = 403;
+  has_dead_link_ = true;
+  auto ann = running_.Caller();
+  const auto id = ann.Message("27821110001").body.value("id", "");
+  const auto batch = ann.Post("/v1/batches", {{"text", "Hi"}}).body.value("batch", "");
+  const auto results =
+      ann.Post("/v1/batches/" + batch + "/recipients", {{"to", {"27821110002", "27821110003"}}})
+          .body.at("results");
+  ASSERT_TRUE(AwaitAsked(2));
+  const auto refuse = [this](const std::string& number) {
+    return Report(number, "type=16&to=" + number + "&detail=NACK%2Fno+SMSC");
+  };
+  for (const char* number : {"27821110001", "27821110002", "27821110003"}) {
+    EXPECT_EQ(refuse(number), 200) << number;
+  }
+  EXPECT_EQ(ann.Get("/v1/messages/" + id).body.value("status", 0), 2);
+  EXPECT_EQ(ann.Balance(), "97.6");
+  has_dead_link_ = false;
+  for (int i = 0; i < 500 && Asked().size() < 4; ++i) {
+    running_.clock.Advance(1'000);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  EXPECT_EQ(Asked().size(), 4u) << "each once more, whichever way it was told";
+  EXPECT_TRUE(AwaitStatus(ann, id, 9));
+  for (const auto& result : results) {
+    EXPECT_EQ(ann.Get("/v1/messages/" + result.value("id", "")).body.value("status", 0), 2);
+  }
+  for (const char* number : {"27821110002", "27821110003"}) EXPECT_EQ(refuse(number), 200);
+  for (const auto& result : results) EXPECT_TRUE(AwaitStatus(ann, result.at("id"), 9));
+  EXPECT_EQ(ann.Balance(), "100.0");
+  EXPECT_TRUE(running_.LedgerAddsUp());
+}
+
 TEST_F(OutboxTest, AsksForManyReceiversAtOnceAndForNoneTwice) {
   auto ann = running_.Caller();
   nlohmann::json numbers = nlohmann::json::array();
@@ -379,12 +418,15 @@ TEST_F(OutboxTest, AsksForManyReceiversAtOnceAndForNoneTwice) {
   }
   EXPECT_EQ(receivers, 220u);
   EXPECT_LT(Asked().size(), 10u);
+  // A number that is given twice gets two messages whose parts no phone can mix up.
   std::set<std::string> keys;
+  std::set<std::pair<std::string, std::string>> parts;
   for (const auto& request : Asked()) {
     EXPECT_TRUE(keys.insert(request.header("x-kannel-dlr-url")).second);
     std::istringstream words(request.header("x-kannel-to"));
-    std::set<std::string> seen;
-    for (std::string number; words >> number;) EXPECT_TRUE(seen.insert(number).second) << number;
+    for (std::string number; words >> number;) {
+      EXPECT_TRUE(parts.emplace(number, request.header("x-kannel-udh")).second) << number;
+    }
   }
 }
 
