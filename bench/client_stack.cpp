@@ -31,9 +31,10 @@ platform::BoxAnswer ClientStack::NoBoxes::Show(const std::string& text, const st
   return platform::BoxAnswer::kAccepted;
 }
 
-void ClientStack::NoBoxes::ShowLink(const std::string& text, const std::string&,
-                                    const std::string&) {
+platform::BoxAnswer ClientStack::NoBoxes::ShowLink(const std::string& text, const std::string&,
+                                                   const std::string&) {
   std::fprintf(stderr, "%s\n", text.c_str());
+  return platform::BoxAnswer::kAccepted;
 }
 
 ClientStack::ClientStack(const std::string& folder, const std::string& gateway_url)

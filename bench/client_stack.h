@@ -72,7 +72,8 @@ class ClientStack {
    public:
     platform::BoxAnswer Show(const std::string& text, const std::string&, platform::BoxIcon,
                              platform::BoxButtons) override;
-    void ShowLink(const std::string& text, const std::string& caption, const std::string&) override;
+    platform::BoxAnswer ShowLink(const std::string& text, const std::string&,
+                                 const std::string&) override;
   };
 
   ForwardClock clock_;

@@ -12,9 +12,10 @@ platform::BoxAnswer ConsoleBoxes::Show(const std::string& text, const std::strin
   return platform::BoxAnswer::kAccepted;
 }
 
-void ConsoleBoxes::ShowLink(const std::string& text, const std::string& caption,
-                            const std::string& url) {
+platform::BoxAnswer ConsoleBoxes::ShowLink(const std::string& text, const std::string& caption,
+                                           const std::string& url) {
   Print(caption + ": " + text + " " + url);
+  return platform::BoxAnswer::kAccepted;
 }
 
 void ConsoleBoxes::Print(const std::string& line) {

@@ -18,8 +18,8 @@ class ConsoleBoxes : public platform::MessageBoxes {
 
   platform::BoxAnswer Show(const std::string& text, const std::string& caption,
                            platform::BoxIcon icon, platform::BoxButtons buttons) override;
-  void ShowLink(const std::string& text, const std::string& caption,
-                const std::string& url) override;
+  platform::BoxAnswer ShowLink(const std::string& text, const std::string& caption,
+                               const std::string& url) override;
 
  private:
   void Print(const std::string& line);

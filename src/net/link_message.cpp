@@ -1,7 +1,5 @@
 #include "net/link_message.h"
 
-#include "platform/message_box.h"
-
 namespace orvalo {
 
 namespace {
@@ -17,9 +15,10 @@ std::string LinkAddress(std::string_view url, int help_number) {
   return address;
 }
 
-void ShowLinkMessage(platform::MessageBoxes& boxes, const std::string& text,
-                     const std::string& caption, std::string_view url, int help_number) {
-  boxes.ShowLink(text, caption, LinkAddress(url, help_number));
+platform::BoxAnswer ShowLinkMessage(platform::MessageBoxes& boxes, const std::string& text,
+                                    const std::string& caption, std::string_view url,
+                                    int help_number) {
+  return boxes.ShowLink(text, caption, LinkAddress(url, help_number));
 }
 
 }  // namespace orvalo

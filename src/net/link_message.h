@@ -2,9 +2,7 @@
 #include <string>
 #include <string_view>
 
-namespace orvalo::platform {
-class MessageBoxes;
-}
+#include "platform/message_box.h"
 
 namespace orvalo {
 
@@ -13,8 +11,9 @@ namespace orvalo {
 std::string LinkAddress(std::string_view url, int help_number);
 
 // Shows a message whose last line is a clickable address. Any thread; returns when it has been
-// closed.
-void ShowLinkMessage(platform::MessageBoxes& boxes, const std::string& text,
-                     const std::string& caption, std::string_view url, int help_number);
+// closed, and how: kAccepted for OK, kCancel for everything else.
+platform::BoxAnswer ShowLinkMessage(platform::MessageBoxes& boxes, const std::string& text,
+                                    const std::string& caption, std::string_view url,
+                                    int help_number);
 
 }  // namespace orvalo

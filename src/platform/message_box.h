@@ -15,10 +15,10 @@ class MessageBoxes {
   virtual BoxAnswer Show(const std::string& text, const std::string& caption, BoxIcon icon,
                          BoxButtons buttons = BoxButtons::kOkOnly) = 0;
 
-  // A message whose last line is an address that opens with a click. `url` is final: already
-  // completed with any help number, never empty.
-  virtual void ShowLink(const std::string& text, const std::string& caption,
-                        const std::string& url) = 0;
+  // A message whose last line is an address that opens with a click, with OK and Cancel. `url` is
+  // final: already completed with any help number, never empty.
+  virtual BoxAnswer ShowLink(const std::string& text, const std::string& caption,
+                             const std::string& url) = 0;
 };
 
 }  // namespace orvalo::platform

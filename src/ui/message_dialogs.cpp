@@ -164,9 +164,9 @@ BoxAnswer MessageDialogs::Show(const std::string& text, const std::string& capti
   return OnMainThread([=] { return ShowBox(text, caption, icon, buttons); });
 }
 
-void MessageDialogs::ShowLink(const std::string& text, const std::string& caption,
-                              const std::string& url) {
-  OnMainThread([=, this] { return ShowLinkBox(text, caption, url, shell_); });
+BoxAnswer MessageDialogs::ShowLink(const std::string& text, const std::string& caption,
+                                   const std::string& url) {
+  return OnMainThread([=, this] { return ShowLinkBox(text, caption, url, shell_); });
 }
 
 BoxAnswer MessageDialogs::OnMainThread(std::function<BoxAnswer()> ask) {

@@ -25,8 +25,8 @@ class MessageDialogs : public platform::MessageBoxes {
 
   platform::BoxAnswer Show(const std::string& text, const std::string& caption,
                            platform::BoxIcon icon, platform::BoxButtons buttons) override;
-  void ShowLink(const std::string& text, const std::string& caption,
-                const std::string& url) override;
+  platform::BoxAnswer ShowLink(const std::string& text, const std::string& caption,
+                               const std::string& url) override;
 
   // From now on other threads are answered at once, unasked, by kCancel, those that wait included.
   void StopAsking();

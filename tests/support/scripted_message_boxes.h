@@ -27,10 +27,11 @@ class ScriptedMessageBoxes : public platform::MessageBoxes {
     answers_.pop_front();
     return answer;
   }
-  void ShowLink(const std::string& text, const std::string& caption,
-                const std::string& url) override {
+  platform::BoxAnswer ShowLink(const std::string& text, const std::string& caption,
+                               const std::string& url) override {
     std::lock_guard guard(mutex_);
     shown_.push_back({text, caption, platform::BoxIcon::kNone, url});
+    return platform::BoxAnswer::kAccepted;
   }
 
   void Answer(platform::BoxAnswer answer) {
