@@ -138,7 +138,7 @@ void MainShell::Run(ShellCommand command) {
       RunDialog(command, [this] { parts_.actions.OpenProxySettings(); });
       break;
     case ShellCommand::kShowVersion:
-      RunDialog(command, [this] { parts_.actions.ShowVersion(); });
+      RunDialog(command, [this] { parts_.actions.ShowVersionInfo(); });
       break;
     case ShellCommand::kComposeKey:
     case ShellCommand::kCopy:

@@ -74,7 +74,7 @@ class MainShellActions {
   virtual ~MainShellActions() = default;
   virtual void StartEngine() = 0;
   virtual void CommitStore() = 0;  // throws StoreError
-  virtual void ShowVersion() = 0;
+  virtual void ShowVersionInfo() = 0;
   virtual void CheckForUpdates() = 0;
   virtual void OpenProxySettings() = 0;  // then OptionsPage::ProxyDialogClosed
   virtual void RunComposeCommand(ShellCommand command) = 0;

@@ -102,7 +102,7 @@ void Desktop::StartEngine() { program_.GetEngine().StartEngine(); }
 
 void Desktop::CommitStore() { program_.GetDatabase().Commit(); }
 
-void Desktop::ShowVersion() {
+void Desktop::ShowVersionInfo() {
   VersionDialog(kit_,
                 VersionLines(program_.GetSettings(), program_.GetTexts(), program_.GetGateway()),
                 &window_)

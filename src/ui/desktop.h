@@ -56,7 +56,7 @@ class Desktop : public MainShellActions {
   // --- MainShellActions
   void StartEngine() override;
   void CommitStore() override;
-  void ShowVersion() override;
+  void ShowVersionInfo() override;
   void CheckForUpdates() override;
   void OpenProxySettings() override;
   void RunComposeCommand(ShellCommand command) override;

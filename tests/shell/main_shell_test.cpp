@@ -38,7 +38,7 @@ class Scene : public MainShellView, public MainShellActions {
     Note("commit");
     if (store_refuses) throw StoreError("disk full");
   }
-  void ShowVersion() override { Note("version"); }
+  void ShowVersionInfo() override { Note("version"); }
   void CheckForUpdates() override { Note("updates"); }
   void OpenProxySettings() override {
     Note("proxy");
