@@ -9,6 +9,7 @@
 
 #include "ui/desktop.h"
 #include "ui/guarded.h"
+#include "ui/qt_texts.h"
 #include "ui/shutdown_window.h"
 #include "ui/window_mailbox.h"
 
@@ -108,6 +109,7 @@ int Launch(Program& program, const Surroundings& around) {
 
 int RunDesktop(Program& program, Program::Options options, const Surroundings& around) {
   options.wait_cursor = ShowWaitCursor;
+  const QtTexts qt_texts(program.GetTexts());
   const auto result =
       program.Run(options, [&around](Program& running) { return Launch(running, around); });
   return result.exit_code;
