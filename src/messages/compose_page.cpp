@@ -25,6 +25,8 @@ constexpr int kNoRecipientsTextId = 1332;
 constexpr int kSendButtonId = 1334;
 constexpr int kUpdateButtonId = 1335;
 constexpr int kImportFailedCaptionId = 1339;
+constexpr int kDeletedCaptionId = 2155;
+constexpr int kDeletedTextId = 2156;
 
 // String id of what an insert button inserts; 0 for the signature, which is a setting.
 int FieldTextIdOf(ComposeInput button) {
@@ -187,10 +189,13 @@ void ComposePage::Send() {
 }
 
 // A message that was deleted while it was edited cannot be changed. What the page holds is then a
-// new message, and the operator decides whether to send it.
+// new message, and the operator is told and decides whether to send it.
 bool ComposePage::UpdateEdited(const RecipientString& to) {
   if (!parts_.database.GetSms(edited_)) {
     EndEditing();
+    const std::string send = parts_.texts.Load(kSendButtonId);
+    parts_.boxes.Show(parts_.texts.Format(kDeletedTextId, {send}).value_or(std::string()),
+                      parts_.texts.Load(kDeletedCaptionId), platform::BoxIcon::kInformation);
     return false;
   }
   parts_.database.UpdateEditedSms(edited_, type_, to.text(), text_);

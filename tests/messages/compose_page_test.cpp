@@ -259,6 +259,8 @@ TEST_F(ComposeTest, AMessageDeletedWhileEditedIsNotLost) {
   db_.DeleteSms(id);
   page_.Send();
   EXPECT_EQ(window_.text + window_.send_button, "changedSend >>");
+  ASSERT_EQ(boxes_.shown().size(), 1u);
+  EXPECT_THAT(boxes_.shown()[0].text, testing::HasSubstr("Press \"Send >>\" to send"));
   EXPECT_EQ(Rows(), "");
   page_.Send();
   EXPECT_THAT(Rows(), testing::HasSubstr(" ,111 changed "));
