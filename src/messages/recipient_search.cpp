@@ -34,7 +34,7 @@ bool RecipientSearch::FindNext() {
   if (needle_.empty()) return false;
   const bool from_the_start = last_contact_ == 0 && tried_entries_ == 0;
   const std::vector<ContactRow> contacts = database_.AllContacts();
-  tree_.RebuildGroupsIfChanged();
+  tree_.FollowAddressBook();
   if (FindInContacts(contacts)) return true;
   LoadExternalIfWorthwhile();
   if (FindInExternal()) return true;

@@ -114,7 +114,10 @@ void RecipientSelection::Clear() {
   RefreshCounter();
 }
 
-void RecipientSelection::PageShown() { tree_.RebuildGroupsIfChanged(); }
+void RecipientSelection::PageShown() {
+  tree_.FollowAddressBook();
+  RefreshCounter();
+}
 
 // --- The quick search
 
@@ -187,7 +190,7 @@ void RecipientSelection::AppendExternal(RecipientString& to, std::vector<Named>&
 }
 
 void RecipientSelection::LoadRecipients(std::string_view to) {
-  tree_.RebuildGroupsIfChanged();
+  tree_.FollowAddressBook();
   contacts_.Resize(parts_.database.PeekNextContactId());
   std::optional<std::int32_t> first;
   for (const RecipientItem& item : SplitRecipients(to)) {

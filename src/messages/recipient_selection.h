@@ -68,7 +68,7 @@ class RecipientSelection : public RecipientTaker {
   static std::optional<TreeMenu> MenuOf(const RecipientNode& node);
   void Rebuild();  // "Rebuild": the external address book
   void Clear();    // "Clear": the recent numbers
-  // The page comes to the front: groups that have come, gone or been renamed show.
+  // The page comes to the front: what has changed in the address book shows.
   void PageShown();
 
   // --- The quick search ---

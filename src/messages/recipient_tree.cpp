@@ -44,6 +44,25 @@ TickState StateFrom(std::size_t all, std::size_t ticked) {
   return ticked == all ? TickState::kTicked : TickState::kPartly;
 }
 
+std::string LabelOf(const ContactRow& row) {
+  return row.name + " " + row.surname + " (" + row.mobile + ")";
+}
+
+std::vector<std::unique_ptr<RecipientNode>> MemberNodes(const std::vector<ContactRow>& members) {
+  std::vector<std::unique_ptr<RecipientNode>> nodes;
+  nodes.reserve(members.size());
+  for (const ContactRow& row : members)
+    nodes.push_back(MakeNode(Kind::kContact, row.cid, LabelOf(row)));
+  return nodes;
+}
+
+std::vector<std::int32_t> IdsOf(const std::vector<ContactRow>& members) {
+  std::vector<std::int32_t> ids;
+  ids.reserve(members.size());
+  for (const ContactRow& row : members) ids.push_back(row.cid);
+  return ids;
+}
+
 TickState StateFrom(bool ticked) { return ticked ? TickState::kTicked : TickState::kClear; }
 
 }  // namespace
@@ -118,15 +137,9 @@ void RecipientTree::Fill(const RecipientNode& node) {
 
 void RecipientTree::FillGroup(RecipientNode& group) {
   contacts_.Resize(database_.PeekNextContactId());
-  Nodes children;
-  Group members;
-  for (const ContactRow& row : database_.MembersOf(group.key)) {
-    members.members.push_back(row.cid);
-    children.push_back(
-        MakeNode(Kind::kContact, row.cid, row.name + " " + row.surname + " (" + row.mobile + ")"));
-  }
-  groups_[group.key] = std::move(members);
-  Put(group, std::move(children));
+  const std::vector<ContactRow> members = database_.MembersOf(group.key);
+  groups_[group.key] = {.members = IdsOf(members)};
+  Put(group, MemberNodes(members));
 }
 
 void RecipientTree::FillFolder(RecipientNode& folder) {
@@ -150,15 +163,54 @@ void RecipientTree::RebuildGroups() {
   Put(*root_.children[0], std::move(groups));
 }
 
-void RecipientTree::RebuildGroupsIfChanged() {
+void RecipientTree::FollowAddressBook() {
+  const std::uint64_t now = database_.ContactChanges();
+  if (seen_ == now) return;
+  contacts_.Resize(database_.PeekNextContactId());
+  if (GroupsHaveChanged()) {
+    RebuildGroups();
+  } else {
+    RefreshMembers();
+  }
+  DropGoneTicks();
+  seen_ = now;
+  view_.TicksChanged();
+}
+
+bool RecipientTree::GroupsHaveChanged() {
   std::vector<GroupRow> groups = database_.AllGroups();
   std::erase_if(groups, [](const GroupRow& group) { return group.gid == kAllContactsGroup; });
   const Nodes& shown = root_.children[0]->children;
-  const bool same = std::equal(groups.begin(), groups.end(), shown.begin(), shown.end(),
-                               [](const GroupRow& group, const auto& node) {
-                                 return group.gid == node->key && group.name == node->label;
-                               });
-  if (!same) RebuildGroups();
+  return !std::equal(groups.begin(), groups.end(), shown.begin(), shown.end(),
+                     [](const GroupRow& group, const auto& node) {
+                       return group.gid == node->key && group.name == node->label;
+                     });
+}
+
+void RecipientTree::RefreshMembers() {
+  for (auto& [gid, group] : groups_) {
+    const std::vector<ContactRow> members = database_.MembersOf(gid);
+    group = {.members = IdsOf(members)};
+    RecipientNode* node = FindGroup(gid);
+    if (node == nullptr || !node->filled) continue;
+    const bool same =
+        std::equal(members.begin(), members.end(), node->children.begin(), node->children.end(),
+                   [](const ContactRow& row, const auto& child) {
+                     return row.cid == child->key && LabelOf(row) == child->label;
+                   });
+    if (!same) Put(*node, MemberNodes(members));
+  }
+}
+
+void RecipientTree::DropGoneTicks() {
+  const std::vector<std::int32_t> ticked = contacts_.Selected();
+  auto next = ticked.begin();
+  const auto drop_until = [&](std::int32_t there) {
+    for (; next != ticked.end() && *next != there; ++next) contacts_.Select(*next, false);
+    if (next != ticked.end()) ++next;
+  };
+  database_.ForEachContactOf(ticked, [&](const ContactView& contact) { drop_until(contact.cid); });
+  for (; next != ticked.end(); ++next) contacts_.Select(*next, false);
 }
 
 void RecipientTree::RebuildRecent() {
@@ -273,16 +325,9 @@ bool RecipientTree::RevealContact(std::int32_t cid) {
   for (const std::int32_t gid : database_.GroupsOf(cid)) {
     RecipientNode* group = FindGroup(gid);
     if (group == nullptr) continue;
-    const auto find = [&] {
-      return std::find_if(group->children.begin(), group->children.end(),
-                          [cid](const auto& node) { return node->key == cid; });
-    };
     Fill(*group);
-    auto member = find();
-    if (member == group->children.end()) {  // it joined since the group was expanded
-      FillGroup(*group);
-      member = find();
-    }
+    const auto member = std::find_if(group->children.begin(), group->children.end(),
+                                     [cid](const auto& node) { return node->key == cid; });
     if (member == group->children.end()) continue;
     view_.Reveal(**member);
     return true;

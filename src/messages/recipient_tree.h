@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -78,7 +79,9 @@ class RecipientTree {
 
   // Builds the groups anew; their members go.
   void RebuildGroups();
-  void RebuildGroupsIfChanged();  // since they were built
+  // Where the address book has changed since the last look: the present groups and members show,
+  // and contacts that are gone are no longer chosen. What stays, stays ticked and open.
+  void FollowAddressBook();
   void RebuildRecent();
   // Reads the external address book anew; the choices in it are gone. A failure is shown.
   void ReloadExternal();
@@ -100,6 +103,9 @@ class RecipientTree {
   void Empty(RecipientNode& node);
   void Put(RecipientNode& node, Nodes children);
   void FillGroup(RecipientNode& group);
+  bool GroupsHaveChanged();
+  void RefreshMembers();
+  void DropGoneTicks();
   void FillFolder(RecipientNode& folder);
   void LoadExternal(bool force);
   RecipientNode* FindGroup(std::int32_t gid);
@@ -115,6 +121,7 @@ class RecipientTree {
   RecipientTreeView& view_;
   RecipientNode root_;
   std::map<std::int32_t, Group> groups_;  // those whose members have been read
+  std::optional<std::uint64_t> seen_;     // SmsDatabase::ContactChanges of the last look
 };
 
 }  // namespace orvalo

@@ -59,6 +59,12 @@ void DistrustSchema(sqlite3* handle) {
   }
 }
 
+// For every row that a statement has written. Of the tables, only those of contacts and groups
+// begin so.
+void CountContactChange(void* count, int, const char*, const char* table, sqlite3_int64) {
+  if (*table == 'C' || *table == 'G') ++*static_cast<std::atomic<std::uint64_t>*>(count);
+}
+
 }  // namespace
 
 bool WriteTurn::Take() {
@@ -78,7 +84,8 @@ void WriteTurn::Give() {
 
 // --- Connection
 
-Connection::Connection(const std::string& path, StoreAccess access, WriteTurn& write_turn)
+Connection::Connection(const std::string& path, StoreAccess access, WriteTurn& write_turn,
+                       std::atomic<std::uint64_t>& contact_changes)
     : path_(path), write_turn_(write_turn) {
   // Looking on opens for writing as well, if it can: only so is the journal of a killed program
   // readable.
@@ -91,6 +98,7 @@ Connection::Connection(const std::string& path, StoreAccess access, WriteTurn& w
   }
   handle_ = database_->getHandle();
   DistrustSchema(handle_);
+  sqlite3_update_hook(handle_, CountContactChange, &contact_changes);
   // The automatic checkpoint only keeps the journal from growing without end.
   Execute("PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=10000;");
   if (access == StoreAccess::kReadOnly) Execute("PRAGMA query_only=ON;");

@@ -1,4 +1,5 @@
 #pragma once
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -44,7 +45,9 @@ class WriteTurn {
 // Storage; used by one thread at a time. Every failure of SQLite is thrown as StoreError.
 class Connection {
  public:
-  Connection(const std::string& path, StoreAccess access, WriteTurn& write_turn);
+  // `contact_changes` grows with every change of a contact, a group or a membership.
+  Connection(const std::string& path, StoreAccess access, WriteTurn& write_turn,
+             std::atomic<std::uint64_t>& contact_changes);
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;

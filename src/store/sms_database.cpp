@@ -61,6 +61,10 @@ SmsDatabase::~SmsDatabase() {
   }
 }
 
+std::uint64_t SmsDatabase::ContactChanges() const {
+  return storage_ ? storage_->ContactChanges() : 0;
+}
+
 Connection* SmsDatabase::Here() { return storage_ ? &storage_->Here() : nullptr; }
 
 bool SmsDatabase::IsUsable() const {

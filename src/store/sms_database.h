@@ -183,6 +183,10 @@ class SmsDatabase {
   void DeleteGroup(std::int32_t gid);           // with the contacts that are in no other group
   std::vector<GroupRow> AllGroups();            // in order of gid
 
+  // Grows with every change of a contact, a group or a membership made through this object, even
+  // when it is taken back: while it stays, so does the address book.
+  std::uint64_t ContactChanges() const;
+
   std::int32_t AddContact(const ContactRecord& contact);
   void UpdateContact(std::int32_t cid, const ContactRecord& contact);
   // all: the contact and every membership; else the membership in `gid`, and the contact when it

@@ -13,6 +13,7 @@ struct Storage::Shared {
   std::string path;
   StoreAccess access = StoreAccess::kReadWrite;
   WriteTurn write_turn;
+  std::atomic<std::uint64_t> contact_changes = 0;
   std::mutex mutex;  // guards what follows
   std::vector<std::unique_ptr<Connection>> connections;
   std::vector<Connection*> idle;  // of threads that have ended
@@ -24,7 +25,7 @@ struct Storage::Shared {
       idle.pop_back();
       return connection;
     }
-    connections.push_back(std::make_unique<Connection>(path, access, write_turn));
+    connections.push_back(std::make_unique<Connection>(path, access, write_turn, contact_changes));
     return connections.back().get();
   }
   void TakeBack(Connection* connection) {
@@ -106,6 +107,8 @@ Storage::Storage(const std::string& path, StoreAccess access)
 }
 
 Storage::~Storage() { shared_->CloseAll(); }
+
+std::uint64_t Storage::ContactChanges() const { return shared_->contact_changes; }
 
 Connection& Storage::Here() {
   thread_local ThreadLoans loans;

@@ -19,6 +19,7 @@ class Storage {
   Storage& operator=(const Storage&) = delete;
 
   Connection& Here();  // the calling thread's
+  std::uint64_t ContactChanges() const;
 
   struct Shared;  // what the threads share; of storage.cpp only
 

@@ -192,15 +192,32 @@ TEST_F(SelectionTest, TreeMenuRebuildsAndClears) {
   EXPECT_EQ(Labels(tree().Recent()) + RecentNumbers(), "");
 }
 
-TEST_F(SelectionTest, GroupsFollowTheAddressBookWhenThePageShows) {
+TEST_F(SelectionTest, TreeFollowsTheAddressBookWhenThePageShows) {
   selection_.PageShown();
-  const RecipientNode* staff = &Child(tree().AddressBook(), 0);
+  const RecipientNode& staff = Child(tree().AddressBook(), 0);
+  selection_.SetTick(staff, true);
+  const RecipientNode* first = &Child(staff, 0);
+  db_.AddSms({});
   selection_.PageShown();
-  EXPECT_EQ(&Child(tree().AddressBook(), 0), staff);  // nothing has changed: nothing is rebuilt
+  EXPECT_EQ(&Child(staff, 0), first);  // nothing has changed: nothing is rebuilt
+  const std::int32_t cid = AddPerson("Cid", "3", {staff_});
+  db_.DeleteContact(bob_, true, 0);
+  auto ann = db_.GetContactRecord(ann_).value();
+  ann.name = "Anna";
+  ann.group_ids = {staff_, friends_};
+  db_.UpdateContact(ann_, ann);
+  selection_.PageShown();
+  EXPECT_EQ(Labels(staff), "Cid Doe (3);Anna Doe (1)*;");
+  EXPECT_EQ(Labels(tree().AddressBook()), "Staff~;Friends;") << "that one was never opened";
+  EXPECT_EQ(view_.count, 1u);
+  selection_.SetTick(Child(staff, 0), true);
+  EXPECT_EQ(selection_.BuildRecipientString().text(),
+            ",A" + std::to_string(ann_) + ",A" + std::to_string(cid));
   db_.RenameGroup(staff_, "Crew");
   db_.DeleteGroup(friends_);
   selection_.PageShown();
   EXPECT_EQ(Labels(tree().AddressBook()), "Crew;");
+  EXPECT_EQ(view_.count, 2u);
 }
 
 class SearchTest : public SelectionTest {
