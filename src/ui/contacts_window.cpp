@@ -306,10 +306,17 @@ void ContactsWindow::OpenMenu(QAbstractItemView& list, const QContextMenuEvent& 
   menu.popup(list.viewport()->mapToGlobal(QPoint(kMenuOffset, below)));
 }
 
+// Only members are taken: any other text would be followed to a group and then come to nothing.
 bool ContactsWindow::DragOverGroups(QDropEvent& event, bool drop) {
+  const std::string text = event.mimeData()->text().toStdString();
+  if (!DraggedContact::Parse(text)) {
+    event.setDropAction(Qt::IgnoreAction);
+    event.ignore();
+    return true;
+  }
   const QModelIndex over = groups_->indexAt(event.position().toPoint());
   std::optional<std::size_t> group;
-  if (over.isValid() && event.mimeData()->hasText()) group = static_cast<std::size_t>(over.row());
+  if (over.isValid()) group = static_cast<std::size_t>(over.row());
   const DropEffect effect = page_->EffectOver(group, (event.modifiers() & Qt::ControlModifier) != 0,
                                               (event.modifiers() & Qt::ShiftModifier) != 0);
   const bool taken = effect != DropEffect::kNone;
@@ -325,7 +332,7 @@ bool ContactsWindow::DragOverGroups(QDropEvent& event, bool drop) {
   }
   if (taken && drop) {
     page_->Dropped(effect == DropEffect::kCopy ? kWmContactCopyDrop : kWmContactMoveDrop, *group,
-                   event.mimeData()->text().toStdString());
+                   text);
   }
   return true;
 }

@@ -65,14 +65,16 @@ class ContactsWindowTest : public testing::Test, protected test::AddressBook {
       names.push_back(members.model()->index(row, 0).data().toString().toStdString());
     return names;
   }
-  // Drags the current member onto a group; whether it was taken.
-  bool Drop(int group, Qt::KeyboardModifiers keys) {
+  // Drags the current member onto a group, or a text that is not ours; whether it was taken.
+  bool Drop(int group, Qt::KeyboardModifiers keys, const QString& foreign = {}) {
     const std::unique_ptr<QMimeData> data(
         members.model()->mimeData({members.selectionModel()->currentIndex()}));
+    if (!foreign.isEmpty()) data->setText(foreign);
     const QPoint place = groups.visualRect(groups.model()->index(group, 0)).center();
     const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
     QDragEnterEvent enter(place, actions, data.get(), Qt::LeftButton, keys);
     QApplication::sendEvent(groups.viewport(), &enter);
+    EXPECT_EQ(enter.isAccepted(), foreign.isEmpty());
     QDropEvent drop(place, actions, data.get(), Qt::LeftButton, keys);
     drop.ignore();
     QApplication::sendEvent(groups.viewport(), &drop);
@@ -161,6 +163,7 @@ TEST_F(ContactsWindowTest, TakesDropsOnGroups) {
   members.selectRow(0);
   EXPECT_FALSE(Drop(0, {})) << "All Contacts";
   EXPECT_FALSE(Drop(2, Qt::ControlModifier | Qt::ShiftModifier)) << "no links";
+  EXPECT_FALSE(Drop(2, {}, QStringLiteral("a word out of an editor")));
   EXPECT_TRUE(Drop(2, Qt::ControlModifier));
   EXPECT_THAT(database.GroupsOf(ann), ElementsAre(friends, staff));
   members.selectRow(1);
