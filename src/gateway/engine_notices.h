@@ -22,6 +22,7 @@ inline constexpr std::uint32_t kWmProgress =
     platform::kWmApp + 15;  // rows still to do, recipients still to go
 inline constexpr std::uint32_t kWmOnline = platform::kWmApp + 30;
 inline constexpr std::uint32_t kWmOffline = platform::kWmApp + 31;
+inline constexpr std::uint32_t kWmLoggedIn = platform::kWmApp + 32;  // a login has succeeded
 
 // Whoever shows the outbox. Called on the worker thread: store the id, ask your own thread to
 // redraw, return.

@@ -53,20 +53,25 @@ BannerDownload::~BannerDownload() {
 
 void BannerDownload::Start() {
   std::string url = parts_.settings.Text(TextSetting::kBackgroundImagePath);
-  if (thread_.joinable() || !IsWebAddress(url)) return;
+  if (running_ || !IsWebAddress(url)) return;
+  if (thread_.joinable()) thread_.join();
+  running_ = true;
   try {
-    thread_ = std::thread([this, url = std::move(url)] { Fetch(url); });
+    thread_ = std::thread([this, url = std::move(url)] {
+      const bool fetched = Fetch(url);
+      running_ = false;
+      if (fetched) parts_.main_window.Post(kWmBanner, 0, 0);
+    });
   } catch (const std::system_error&) {
-    // No thread to be had: the built-in banner stays.
+    running_ = false;  // no thread to be had: the banner stays
   }
 }
 
-void BannerDownload::Fetch(const std::string& url) {
+bool BannerDownload::Fetch(const std::string& url) {
   FileDownloader downloader(parts_.texts, parts_.boxes, parts_.download);
   downloader.SetLimit(platform::kMaxContainer);
-  if (downloader.Download(url, BannerFile(parts_.data_folder), false, nullptr, cancel_) ==
-      DownloadResult::kDone)
-    parts_.main_window.Post(kWmBanner, 0, 0);
+  return downloader.Download(url, BannerFile(parts_.data_folder), false, nullptr, cancel_) ==
+         DownloadResult::kDone;
 }
 
 }  // namespace orvalo

@@ -46,13 +46,14 @@ class BannerDownload {
   BannerDownload(const BannerDownload&) = delete;
   BannerDownload& operator=(const BannerDownload&) = delete;
 
-  void Start();  // once in a run, when it is first on-line
+  void Start();  // after each login; while a download runs, that one serves
 
  private:
-  void Fetch(const std::string& url);
+  bool Fetch(const std::string& url);
 
   Parts parts_;
   std::atomic<bool> cancel_ = false;
+  std::atomic<bool> running_ = false;
   std::thread thread_;
 };
 

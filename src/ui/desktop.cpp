@@ -1,7 +1,6 @@
 #include "ui/desktop.h"
 
 #include <QImage>
-#include <utility>
 
 #include "app/startup/program.h"
 #include "net/version_info.h"
@@ -95,7 +94,7 @@ void Desktop::Run() {
 
 void Desktop::Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
   shell_.Handle(message, wparam, lparam);
-  if (message == kWmOnline && !std::exchange(banner_started_, true)) banner_.Start();
+  if (message == kWmLoggedIn) banner_.Start();
 }
 
 void Desktop::StartEngine() { program_.GetEngine().StartEngine(); }

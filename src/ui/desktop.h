@@ -86,7 +86,6 @@ class Desktop : public MainShellActions {
   ContactsArea contacts_;
   OptionsArea options_;
   BannerDownload banner_;
-  bool banner_started_ = false;
   UpdateWindow update_window_;
   UpdateCheck update_;
   MainShell shell_;

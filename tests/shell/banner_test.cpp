@@ -51,7 +51,7 @@ TEST(BannerTest, ShowsOnlyASoundPictureOfItsSize) {
   EXPECT_FALSE(ReadBanner(folder.File("none")));
 }
 
-TEST(BannerTest, FetchesWebAddressesOnly) {
+TEST(BannerTest, FetchesWebAddressesOnlyAndAnewWithEachStart) {
   test::ScriptedHttpServer server([](const test::RecordedRequest& request) {
     EXPECT_EQ(request.path, "/good");
     return test::ScriptedReply{200, Slurp(ORVALO_BANNER)};
@@ -61,19 +61,21 @@ TEST(BannerTest, FetchesWebAddressesOnly) {
   const std::string file = bench.folder.File("XInfo.rcc");
   const test::ScopedVariable no_desktop("XDG_CURRENT_DESKTOP", "KDE");
   const test::ScopedVariable no_settings("XDG_CONFIG_HOME", bench.folder.path().c_str());
-  const auto fetch = [&](const std::string& path, bool wait) {
+  const auto fetch = [&](const std::string& path, std::size_t times) {
     bench.settings.SetText(TextSetting::kBackgroundImagePath, path);
     BannerDownload download(
         {bench.settings, bench.texts, bench.boxes, window, bench.folder.path(), {}});
     download.Start();
-    if (!wait) return;
-    EXPECT_TRUE(window.Await([](const auto& messages) { return !messages.empty(); }));
+    for (std::size_t time = 1; time <= times; ++time) {
+      EXPECT_TRUE(window.Await([&](const auto& messages) { return messages.size() == time; }));
+      if (time < times) download.Start();
+    }
   };
   for (const std::string path : {"", "/some/picture.png", "file:///etc/passwd", "htt"})
-    fetch(path, false);
+    fetch(path, 0);
   EXPECT_TRUE(server.requests().empty());
-  fetch("HTTP" + server.address().substr(4) + "/good", true);
-  EXPECT_EQ(window.messages().size(), 1u);
+  fetch("HTTP" + server.address().substr(4) + "/good", 2);
+  EXPECT_EQ(server.requests().size(), 2u);
   EXPECT_EQ(std::get<0>(window.messages()[0]), kWmBanner);
   EXPECT_TRUE(ReadBanner(bench.folder.path()));
   EXPECT_TRUE(bench.boxes.shown().empty());

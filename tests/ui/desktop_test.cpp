@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "support/scripted_http_server.h"
 #include "ui/application.h"
 #include "ui/desktop_stage.h"
 #include "ui/message_dialogs.h"
@@ -181,6 +182,20 @@ TEST_F(DesktopJourney, AWaitingMessageIsEditedAndASentOneIsSentAgain) {
     ASSERT_TRUE(DesktopStage::Until([&] { return desktop.Shell().Page() == ShellPage::kCompose; }));
     DesktopStage::Click(desktop, "sendButton");
     EXPECT_TRUE(DesktopStage::Until([&] { return stage_.Gateway().Ledger().size() > 2; }));
+  });
+}
+
+TEST_F(DesktopJourney, EachLoginFetchesTheBanner) {
+  test::ScriptedHttpServer server([](const auto&) { return test::ScriptedReply{404, ""}; });
+  stage_.Run([&](Desktop& desktop, Program& program) {
+    program.GetSettings().SetText(TextSetting::kBackgroundImagePath, server.address() + "/banner");
+    QTest::qWait(50);
+    EXPECT_THAT(server.requests(), IsEmpty());
+    DesktopStage::LogIn(desktop);
+    EXPECT_TRUE(DesktopStage::Until([&] { return server.requests().size() == 1; }));
+    EXPECT_TRUE(DesktopStage::Until([&] {
+      return program.GetAccount().LoginToGateway("demo", "demo") && server.requests().size() > 1;
+    }));
   });
 }
 

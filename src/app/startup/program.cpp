@@ -137,7 +137,7 @@ bool Program::ConnectGateway(const Options& options, Result* result) {
   ProxySettings(settings_, *gateway_, texts_, boxes_)
       .ApplyProxySettings(options.test_connection && settings_.Flag(FlagSetting::kWorkingOnLine));
   account_ = std::make_unique<Account>(settings_, *gateway_, texts_, boxes_, options.wait_cursor,
-                                       options.logged_in);
+                                       [this] { notices_.ToMainWindow(kWmLoggedIn); });
   if (log_ != nullptr) {
     engine_ = std::make_unique<SendEngine>(
         EngineParts{settings_, *database_, *log_, texts_, *gateway_, boxes_, clock_, notices_},

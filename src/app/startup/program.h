@@ -38,9 +38,7 @@ class Program {
     bool with_gateway = true;  // create the gateway client and hand it the proxy settings
     bool test_connection = true;    // with the proxy settings, when working online
     bool enter_data_folder = true;  // make it the process's current directory
-    // See Account: around calls that the operator waits for, and after every login.
-    std::function<void(bool)> wait_cursor;
-    std::function<void()> logged_in;
+    std::function<void(bool)> wait_cursor;  // see Account: around calls the operator waits for
   };
 
   // How a run ended.
