@@ -62,6 +62,7 @@ Desktop::Desktop(Program& program, const Surroundings& around)
   window_.SetPageShown([this](ShellPage page) { PageShown(page); });
   window_.SetClosed([this] {
     update_.Stop();
+    late_dialogs_.emplace();
     loop_.quit();
   });
   update_window_.SetCancelled([this] { update_.Cancel(); });
@@ -89,6 +90,7 @@ void Desktop::Open() {
 void Desktop::Run() {
   if (around_.set_end_handler) around_.set_end_handler([this] { shell_.End(); });
   loop_.exec();
+  late_dialogs_.reset();
   if (around_.set_end_handler) around_.set_end_handler({});
 }
 

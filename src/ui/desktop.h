@@ -13,6 +13,7 @@
 #include "ui/form_loader.h"
 #include "ui/images.h"
 #include "ui/kit.h"
+#include "ui/late_dialogs.h"
 #include "ui/login_area.h"
 #include "ui/main_window.h"
 #include "ui/options_area.h"
@@ -90,6 +91,7 @@ class Desktop : public MainShellActions {
   UpdateCheck update_;
   MainShell shell_;
   QEventLoop loop_;
+  std::optional<LateDialogs> late_dialogs_;  // between the end of the window and that of its loop
 };
 
 }  // namespace orvalo::ui

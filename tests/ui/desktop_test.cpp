@@ -200,7 +200,7 @@ TEST_F(DesktopJourney, EachLoginFetchesTheBanner) {
 }
 
 TEST_F(DesktopJourney, ExitStoresTheOptionsInFrontAndCloseAppOnlyHides) {
-  Run([](Desktop& desktop, Program& program) {
+  Run([this](Desktop& desktop, Program& program) {
     DesktopStage::Click(desktop, "tabOptions");
     auto& prefix = DesktopStage::Find<QLineEdit>(desktop, "optionPrefix");
     prefix.clear();
@@ -213,6 +213,12 @@ TEST_F(DesktopJourney, ExitStoresTheOptionsInFrontAndCloseAppOnlyHides) {
     QTimer::singleShot(0, [&] { desktop.Shell().Run(ShellCommand::kExit); });
     desktop.Shell().Run(ShellCommand::kShowVersion);
     EXPECT_FALSE(desktop.Window().isVisible());
+    // So do those that what was running still opens.
+    QTimer::singleShot(5000, qApp, [] { QApplication::exit(); });
+    EXPECT_EQ(MessageDialogs(stage_.shell)
+                  .Show("Save a list?", "Import", platform::BoxIcon::kQuestion,
+                        platform::BoxButtons::kYesNo),
+              platform::BoxAnswer::kNo);
     EXPECT_EQ(program.GetSettings().Text(TextSetting::kPrefix), "27");
   });
 }
