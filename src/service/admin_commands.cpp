@@ -29,14 +29,6 @@ int ComplainOfAmount(const std::string& amount) {
   return Complain(fmt::format("\"{}\" is no amount, such as 0.8 or 100", amount));
 }
 
-// For a person's terminal: what a customer wrote must not steer it.
-std::string Printable(std::string text) {
-  for (auto& character : text) {
-    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7f) character = ' ';
-  }
-  return text;
-}
-
 std::optional<std::string> AskPassword(const std::string& file) {
   if (!file.empty()) {
     constexpr std::uint64_t kLargestPasswordFile = 4096;
@@ -51,6 +43,13 @@ std::optional<std::string> AskPassword(const std::string& file) {
 }
 
 }  // namespace
+
+std::string Printable(std::string text) {
+  for (auto& character : text) {
+    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7f) character = ' ';
+  }
+  return text;
+}
 
 int AdminCommands::AddAccount(const std::string& user, const std::string& email,
                               const std::string& credit, const std::string& password_file) {

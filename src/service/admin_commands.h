@@ -9,6 +9,10 @@ class Clock;
 
 namespace orvalo::service {
 
+// For a person's terminal: without the control characters by which what others wrote could steer
+// it.
+std::string Printable(std::string text);
+
 // The commands of an administrator on a data folder, which may be served meanwhile. Each opens the
 // folder, does its work, prints to the standard output, and returns the program's exit status: 0,
 // or 1 with a sentence on the standard error. They throw what the database throws.

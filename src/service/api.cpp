@@ -11,6 +11,9 @@
 namespace orvalo::service {
 namespace {
 
+// Of requests that anybody can make: a name, a password, an address.
+constexpr std::size_t kLargestOpenBody = 4096;
+
 bool IsJsonType(std::string_view content_type) {
   constexpr std::string_view kJson = "application/json";
   const auto type = content_type.substr(0, content_type.find(';'));
@@ -68,7 +71,9 @@ ServedReply Api::Answer(const ServedRequest& request) {
     }
     return reply;
   }
-  if (request.body_too_large) return ReplyOf(Refuse(ErrorCode::kTooLarge));
+  const bool anybody = match.route->access == Access::kOpen;
+  if (request.body_too_large || (anybody && request.body.size() > kLargestOpenBody))
+    return ReplyOf(Refuse(ErrorCode::kTooLarge));
   Call call{request, nlohmann::json::object(), 0, match.id, {}};
   if (const auto refusal = Authorise(*match.route, call)) return ReplyOf(*refusal);
   if (!request.body.empty() && match.route->access != Access::kPage) {

@@ -91,7 +91,6 @@ void CarrierChoice::Apply(ServiceOptions& options) const {
     }
     // An engine keeps as many connections as it has reports to tell at a time.
     operations.threads = 256;
-    operations.crowd = 128;
     if (IsLoopback(operations.address) && !operations_tls_) {
       operations.certificate.clear();
     } else if (operations.certificate.empty()) {

@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <charconv>
+#include <chrono>
 #include <mutex>
 #include <stdexcept>
 
@@ -35,14 +36,19 @@ void WriteReply(mg_connection* connection, const ServedReply& reply, bool close)
 }
 
 // False when the body does not arrive whole.
-bool ReadBody(mg_connection* connection, ServedRequest& request, std::size_t largest) {
+bool ReadBody(mg_connection* connection, ServedRequest& request, std::size_t largest,
+              std::chrono::seconds patience) {
   const auto* info = mg_get_request_info(connection);
   const auto announced = info->content_length;  // -1: chunked or none
   request.body_too_large = announced > static_cast<long long>(largest);
   if (announced > 0 && !request.body_too_large) request.body.reserve(announced);
-  std::array<char, 16384> chunk{};
+  // A read lasts until it is full, and each byte may take its time: only small ones let the end be
+  // seen.
+  std::array<char, 32> chunk{};
   std::size_t total = 0;
+  const auto end = std::chrono::steady_clock::now() + patience;
   for (;;) {
+    if (std::chrono::steady_clock::now() > end) return false;
     const int count = mg_read(connection, chunk.data(), chunk.size());
     if (count <= 0) break;
     total += static_cast<std::size_t>(count);
@@ -63,11 +69,15 @@ std::string ListeningAddress(const HttpServerOptions& options) {
 }  // namespace
 
 struct HttpServer::Impl {
-  Impl(HttpHandler& its_handler, std::size_t its_largest_body, int its_crowd)
-      : handler(its_handler), largest_body(its_largest_body), crowd(its_crowd) {}
+  Impl(HttpHandler& its_handler, const HttpServerOptions& options)
+      : handler(its_handler),
+        largest_body(options.largest_body),
+        longest_body(options.longest_body_seconds),
+        crowd(options.threads / 2) {}
 
   HttpHandler& handler;
   std::size_t largest_body;
+  std::chrono::seconds longest_body;
   int crowd;
   std::atomic<int> connections{0};
   mg_context* context = nullptr;
@@ -84,12 +94,12 @@ struct HttpServer::Impl {
       const char* value = mg_get_header(connection, name);
       return value ? value : "";
     };
-    if (!ReadBody(connection, request, largest_body)) {
+    if (!ReadBody(connection, request, largest_body, longest_body)) {
       mg_disable_connection_keep_alive(connection);
       return 400;
     }
     const auto reply = handler.Handle(request);
-    const bool close = reply.drop || request.body_too_large || (crowd > 0 && connections >= crowd);
+    const bool close = reply.drop || request.body_too_large || connections > crowd;
     if (close) mg_disable_connection_keep_alive(connection);
     if (!reply.drop) WriteReply(connection, reply, close);
     return reply.status;
@@ -121,7 +131,7 @@ struct HttpServer::Impl {
 };
 
 HttpServer::HttpServer(const HttpServerOptions& options, HttpHandler& handler)
-    : impl_(std::make_unique<Impl>(handler, options.largest_body, options.crowd)) {
+    : impl_(std::make_unique<Impl>(handler, options)) {
   const unsigned features = options.certificate.empty() ? MG_FEATURES_DEFAULT : MG_FEATURES_TLS;
   // Without this check a missing TLS library would show at the first connection, as a crash.
   if (mg_init_library(features) != features) {

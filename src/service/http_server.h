@@ -11,11 +11,11 @@ struct HttpServerOptions {
   std::string address = "127.0.0.1";  // numeric
   int port = 0;                       // 0: any free one
   std::string certificate;            // a PEM file with key and certificates; empty: no TLS
-  int threads = 64;                   // as many connections are served at a time
-  // From so many connections on, each ends with its reply, so that clients that keep theirs cannot
-  // keep others out; 0: never.
-  int crowd = 0;
+  // As many connections are served at a time. From half of them on, each ends with its reply, so
+  // that clients that keep theirs cannot keep others out.
+  int threads = 64;
   std::size_t largest_body = 1u << 20;
+  int longest_body_seconds = 30;  // until it has come whole, else the request is given up
 };
 
 // HTTP/1.1 with keep-alive; knows nothing of what is served. Serves from construction (which throws

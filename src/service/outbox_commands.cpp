@@ -21,7 +21,7 @@ std::string PartName(const outbox::Row& row) {
 void PrintRow(const outbox::Row& row, bool as_json) {
   if (!as_json) {
     fmt::print("{:<36} {:<16} {:<17} {:<12} {}\n", PartName(row), row.user, row.number,
-               NameOf(row.state), row.reason);
+               NameOf(row.state), Printable(row.reason));
     return;
   }
   const nlohmann::json line{{"part", PartName(row)},    {"account", row.user},

@@ -45,6 +45,12 @@ bool Holds(std::string_view text, std::string_view piece) {
   return text.find(piece) != std::string_view::npos;
 }
 
+// A receipt quotes the beginning of the message after "text:": what its writer put there says
+// nothing.
+std::string_view WithoutQuote(std::string_view detail) {
+  return detail.substr(0, detail.find(" text:"));
+}
+
 // The refusals that speak of the number; all others speak of the message or of the account at the
 // network. (SMPP 3.4, 5.1.3: 0x0B is an invalid destination address.)
 bool IsRefusalOfNumber(std::string_view detail) {
@@ -65,7 +71,10 @@ PartState AfterReport(PartState state, int bits, std::string_view detail) {
   if (bits & kReportDelivered) return PartState::kDelivered;
   if (state == PartState::kDelivered) return state;
   if (bits & kReportExpired) return PartState::kExpired;
+  detail = WithoutQuote(detail);
   if (bits & kReportUndelivered) {
+    // Only from some networks does a receipt say so in the bits.
+    if (Holds(detail, "stat:EXPIRED")) return PartState::kExpired;
     return Holds(detail, "stat:DELETED") ? PartState::kDeleted : PartState::kUndelivered;
   }
   // The rest are steps on the way; what has ended does not begin again, unless it was a person or
@@ -74,6 +83,7 @@ PartState AfterReport(PartState state, int bits, std::string_view detail) {
                         state == PartState::kWrittenOff;
   if (static_cast<int>(state) > kLastOpenState && !presumed) return state;
   if (bits & kReportRefused) {
+    if (Holds(detail, "validity expired")) return PartState::kOutdated;  // still in the engine
     return IsRefusalOfNumber(detail) ? PartState::kUnroutable : PartState::kRefused;
   }
   return bits & (kReportAccepted | kReportBuffered) ? PartState::kAtNetwork : state;

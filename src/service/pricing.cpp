@@ -24,7 +24,9 @@ std::vector<std::pair<std::string, Money>> Pricing::List() {
 }
 
 Money Pricing::PriceOf(Connection& connection, std::string_view number) {
+  // "+31", "0031" and "31" are the same country.
   if (number.starts_with('+')) number.remove_prefix(1);
+  if (number.starts_with("00")) number.remove_prefix(2);
   std::lock_guard guard(mutex_);
   if (const auto changes = database_.ForeignChanges(); loaded_at_ != changes) {
     longest_first_.clear();

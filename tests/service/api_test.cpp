@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "service/running_service.h"
 
 namespace orvalo::test {
@@ -68,6 +70,7 @@ TEST(Api, AnswersWhateverComes) {
       {"POST", "/v1/session", R"({"client_id":"","user":"ann"})", "", kJson, 400, 101},
       {"POST", "/v1/session", R"({"client_id":"","user":"ann","password":""})", "", kJson, 401,
        110},
+      {"POST", "/v1/session", "{" + std::string(5000, ' ') + "}", "", kJson, 413, 103},
       {"POST", "/v1/session", R"({"client_id":"","user":"eve","password":"ann"})", "", kJson, 401,
        110},
   };
@@ -118,6 +121,23 @@ TEST(Api, SurvivesWhatIsNoHttp) {
   EXPECT_THAT(RawExchange(port, many + "\r\n"), Not(HasSubstr(" 200 ")));
   EXPECT_THAT(RawExchange(port, "GET /v1/health HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n"),
               HasSubstr("{\"ok\":true}"));
+}
+
+TEST(Api, ServesOthersBesideClientsThatHoldOn) {
+  RunningService running;
+  running.options.http.threads = 4;
+  running.options.http.longest_body_seconds = 1;
+  running.Restart();
+  const int port = running.service().port();
+  std::vector<std::unique_ptr<GatewayCaller>> polling;
+  for (int i = 0; i < 12; ++i) {
+    auto& caller = *polling.emplace_back(std::make_unique<GatewayCaller>(port, ""));
+    EXPECT_EQ(caller.Get("/v1/version").status, 200) << i;
+  }
+  polling.clear();
+  int sent = 0;
+  RawExchange(port, "POST /v1/session HTTP/1.1\r\nContent-Length: 4000\r\n\r\n", 400, &sent);
+  EXPECT_LT(sent, 200);
 }
 
 TEST(Api, TellsAReplayByItsHeader) {

@@ -111,8 +111,8 @@ TEST(Batches, AcceptEachRecipientOnItsOwn) {
   const std::string path = "/v1/batches/" + id;
   EXPECT_EQ(ann.Post(path + "/recipients", {{"to", {"27821110001"}}}).code(), 205);
 
-  const nlohmann::json numbers{"+4930123456", "4930123456", "27829900",
-                               "x",           "49891234",   "27821110001"};
+  const nlohmann::json numbers{"+4930123456", "004930123456", "27829900",
+                               "x",           "49891234",     "27821110001"};
   const auto key = NewKey();
   const auto reply = bob.Post(path + "/recipients", {{"to", numbers}}, key);
   ASSERT_EQ(reply.status, 200);

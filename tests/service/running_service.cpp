@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 #include "service/secrets.h"
 #include "support/stop_server.h"
@@ -99,7 +101,7 @@ bool RunningService::LedgerAddsUp() {
   return rest == 0;
 }
 
-std::string RawExchange(int port, const std::string& bytes) {
+std::string RawExchange(int port, const std::string& bytes, int blanks, int* sent) {
   const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -108,6 +110,13 @@ std::string RawExchange(int port, const std::string& bytes) {
   std::string reply;
   if (::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
     (void)!::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    char next = 0;
+    for (int i = 0; i < blanks; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      if (::recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) >= 0) break;
+      if (::send(socket, " ", 1, MSG_NOSIGNAL) < 0) break;
+      if (sent != nullptr) ++*sent;
+    }
     ::shutdown(socket, SHUT_WR);
     char part[4096];
     for (ssize_t count = 0; (count = ::recv(socket, part, sizeof part, 0)) > 0;) {

@@ -67,7 +67,8 @@ class RunningService {
   std::unique_ptr<service::GatewayService> service_;
 };
 
-// Sends the bytes to a port of this machine and returns what comes back until the end.
-std::string RawExchange(int port, const std::string& bytes);
+// Sends the bytes to a port of this machine, then as many blanks, one every 50 ms until a reply
+// begins, and returns what comes back until the end. `sent`: the blanks that went out.
+std::string RawExchange(int port, const std::string& bytes, int blanks = 0, int* sent = nullptr);
 
 }  // namespace orvalo::test
