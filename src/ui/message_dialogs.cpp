@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 #include <QThread>
 #include <condition_variable>
@@ -41,6 +42,7 @@ struct MessageDialogs::Question {
 
 namespace {
 
+constexpr int kMargin = 20;                 // pixels around a message
 constexpr qsizetype kLongestAddress = 999;  // characters of a link that are opened
 
 QMessageBox::Icon IconOf(BoxIcon icon) {
@@ -116,6 +118,12 @@ class NoWaitCursor {
   std::vector<QCursor> cursors_;
 };
 
+BoxAnswer Ask(QMessageBox& box) {
+  box.layout()->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  const NoWaitCursor no_wait;
+  return AnswerOf(box.exec());
+}
+
 BoxAnswer ShowBox(const std::string& text, const std::string& caption, BoxIcon icon,
                   BoxButtons buttons) {
   QMessageBox box(IconOf(icon), QString::fromStdString(caption), OneKindOfBreak(text),
@@ -123,8 +131,7 @@ BoxAnswer ShowBox(const std::string& text, const std::string& caption, BoxIcon i
   box.setObjectName(QStringLiteral("messageBox"));
   ShowTestIds(box);
   box.setTextFormat(Qt::PlainText);
-  const NoWaitCursor no_wait;
-  return AnswerOf(box.exec());
+  return Ask(box);
 }
 
 BoxAnswer ShowLinkBox(const std::string& text, const std::string& caption, const std::string& url,
@@ -148,8 +155,7 @@ BoxAnswer ShowLinkBox(const std::string& text, const std::string& caption, const
       shell.OpenAddress(address.left(kLongestAddress).toStdString());
     });
   }
-  const NoWaitCursor no_wait;
-  return AnswerOf(box.exec());
+  return Ask(box);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "ui/proxy_window.h"
 
+#include <QLayout>
 #include <QPushButton>
 
 #include "ui/form_loader.h"
@@ -26,6 +27,12 @@ void ProxyWindow::Connect(ProxyForm& form) {
     form.Apply();
     accept();
   });
+}
+
+// On a small screen a dialog opens smaller than its wrapped texts want it.
+void ProxyWindow::showEvent(QShowEvent* event) {
+  setMinimumHeight(layout()->totalHeightForWidth(width()));
+  QDialog::showEvent(event);
 }
 
 }  // namespace orvalo::ui

@@ -16,6 +16,9 @@ class ProxyWindow : public QDialog {
   // The rules behind the dialog; alive as long as it is open.
   void Connect(ProxyForm& form);
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+
  private:
   ProxyControls controls_;
 };

@@ -36,6 +36,11 @@ Program::Result DesktopStage::Run(const Body& body) {
   });
 }
 
+void DesktopStage::Speak(const std::string& container) {
+  platform::MakeFolder(folder_.File("client"));
+  Spill(folder_.File("client/Language.rcc"), Slurp(container));
+}
+
 void DesktopStage::LogIn(ui::Desktop& desktop, bool offline) {
   for (const char* name : {"loginUser", "loginPassword"}) {
     auto& field = Find<QLineEdit>(desktop, name);

@@ -43,6 +43,9 @@ class DesktopStage {
   // is logged in. May be called again: the data folder stays.
   Program::Result Run(const Body& body);
 
+  // Before the first run: the program is to speak the language of that container file.
+  void Speak(const std::string& container);
+
   // In the window: types the demo login and presses OK.
   static void LogIn(ui::Desktop& desktop, bool offline = false);
   static void Click(ui::Desktop& desktop, const char* button);

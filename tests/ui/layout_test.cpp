@@ -99,10 +99,7 @@ TEST_P(LayoutTest, EveryDialogHoldsItsTexts) {
 
 TEST_P(LayoutTest, EveryPageOfTheWindowHoldsItsTexts) {
   DesktopStage stage;
-  stage.Run([&](Desktop&, Program& program) {
-    if (GetParam().language != nullptr)
-      test::Spill(program.DataFolder() + "/Language.rcc", test::Slurp(GetParam().language));
-  });
+  if (GetParam().language != nullptr) stage.Speak(GetParam().language);
   stage.Run([&](Desktop& desktop, Program& program) {
     EXPECT_EQ(program.GetTexts().Load(1026),
               GetParam().language != nullptr ? "Schließen" : "Close");

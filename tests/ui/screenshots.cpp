@@ -1,6 +1,7 @@
-// Draws the windows on demo data, for the documentation: screenshots FOLDER [dark] [rtl]
+// Draws the windows on demo data, for the documentation: screenshots FOLDER [whole] [dark] [rtl]
 // [LANGUAGE.rcc]
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QLineEdit>
 #include <QPalette>
@@ -8,11 +9,19 @@
 #include <QTimer>
 #include <QTreeView>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <utility>
 
+#include "net/link_message.h"
+#include "ui/contact_windows.h"
 #include "ui/desktop_stage.h"
+#include "ui/message_dialogs.h"
+#include "ui/qt_texts.h"
+#include "ui/shutdown_window.h"
 #include "ui/theme.h"
+#include "ui/update_window.h"
+#include "ui/wait_window.h"
 
 namespace orvalo::test {
 namespace {
@@ -92,32 +101,89 @@ void Compose(ui::Desktop& desktop) {
   tree.expand(tree.currentIndex());
 }
 
-// Opens a dialog by a button and takes its picture.
-void TakeDialog(ui::Desktop& desktop, Album& album, const char* button, const char* name) {
+// Takes a picture of the dialog or menu that `open` opens, and closes it.
+void TakeOpened(Album& album, const char* name, const std::function<void()>& open) {
   QTimer::singleShot(300, qApp, [&album, name] {
-    QWidget* dialog = QApplication::activeModalWidget();
-    if (dialog == nullptr) return;
-    album.Take(*dialog, name);
-    dialog->close();
+    QWidget* opened = QApplication::activePopupWidget();
+    if (opened == nullptr) opened = QApplication::activeModalWidget();
+    if (opened == nullptr) return;
+    album.Take(*opened, name);
+    opened->close();
   });
-  DesktopStage::Click(desktop, button);
+  open();
 }
 
-void TakeAll(ui::Desktop& desktop, Program& program, Album& album) {
+void TakeDialog(ui::Desktop& desktop, Album& album, const char* button, const char* name) {
+  TakeOpened(album, name, [&] { DesktopStage::Click(desktop, button); });
+}
+
+void TakeUpdate(ui::Desktop& desktop, Album& album) {
+  ui::UpdateWindow update(desktop.Kit(), desktop.Window(), {});
+  update.Open();
+  update.MarkStep(UpdateView::kDownloading);
+  update.ShowProgress("1712KB");
+  album.Take(*desktop.Window().findChild<QWidget*>(QStringLiteral("updateDialog")), "update");
+  update.Close();
+}
+
+void TakeWaiting(ui::Desktop& desktop, Program& program, Album& album) {
+  {
+    ui::WaitWindow wait(desktop.Kit(), program.GetClock(), desktop.Window());
+    album.Take(wait, "wait");
+  }
+  ui::ShutdownWindow shutdown(desktop.Kit());
+  shutdown.Mark(ui::ShutdownWindow::kSaving);
+  shutdown.show();
+  album.Take(shutdown, "shutdown");
+}
+
+void TakeMessages(const Texts& texts, Album& album) {
+  RecordingShell shell;
+  ui::MessageDialogs boxes(shell);
+  TakeOpened(album, "question", [&] {
+    boxes.Show(texts.Format(1177, {"Customers", 3}).value_or(std::string()), texts.Load(1176),
+               platform::BoxIcon::kQuestion, platform::BoxButtons::kYesNo);
+  });
+  TakeOpened(album, "no-connection", [&] {
+    boxes.Show(texts.Load(1027), texts.Load(1028), platform::BoxIcon::kStop,
+               platform::BoxButtons::kOkOnly);
+  });
+  TakeOpened(album, "link-message",
+             [&] { ShowLinkMessage(boxes, texts.Load(1136), texts.Load(1137), {}, 0); });
+}
+
+void TakeEditMenu(ui::Desktop& desktop, Album& album) {
+  auto& field = DesktopStage::Find<QLineEdit>(desktop, "quickSearch");
+  field.setText(QStringLiteral("Ann"));
+  field.selectAll();
+  TakeOpened(album, "edit-menu", [&] {
+    QContextMenuEvent wanted(QContextMenuEvent::Mouse, {}, field.mapToGlobal(QPoint()));
+    QApplication::sendEvent(&field, &wanted);
+    QTest::qWait(500);
+  });
+  field.clear();
+}
+
+// `whole`: with the messages and the windows that only show while one waits.
+void TakeAll(ui::Desktop& desktop, Program& program, Album& album, bool whole) {
   auto& window = desktop.Window();
+  const ui::QtTexts qt_texts(program.GetTexts());
   album.Take(window, "login");
+  TakeDialog(desktop, album, "forgotPassword", "recovery");
   DesktopStage::LogIn(desktop);
   FillOutbox(program);
   Compose(desktop);
   window.LightBalance(true);
   album.Take(window, "sms");
   TakeDialog(desktop, album, "scheduleButton", "schedule");
+  if (whole) TakeEditMenu(desktop, album);
   DesktopStage::Click(desktop, "tabAddresses");
   album.Take(window, "addresses");
   TakeDialog(desktop, album, "newContact", "contact");
   TakeDialog(desktop, album, "newGroup", "group");
   TakeDialog(desktop, album, "uploadContacts", "import");
   TakeDialog(desktop, album, "exportContacts", "export-contacts");
+  TakeOpened(album, "delete-contact", [&] { ui::AskDeleteScope(desktop.Kit(), &window); });
   DesktopStage::Click(desktop, "tabOutbox");
   album.Take(window, "outbox");
   TakeDialog(desktop, album, "outboxExport", "export");
@@ -125,6 +191,12 @@ void TakeAll(ui::Desktop& desktop, Program& program, Album& album) {
   DesktopStage::Click(desktop, "tabOptions");
   window.LightBalance(true);
   album.Take(window, "options");
+  TakeOpened(album, "version", [&] { desktop.ShowVersionInfo(); });
+  TakeOpened(album, "proxy", [&] { desktop.OpenProxySettings(); });
+  TakeUpdate(desktop, album);
+  if (!whole) return;
+  TakeMessages(program.GetTexts(), album);
+  TakeWaiting(desktop, program, album);
 }
 
 }  // namespace
@@ -134,27 +206,28 @@ int main(int count, char** values) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(count, values);
   if (count < 2) {
-    std::fprintf(stderr, "usage: screenshots FOLDER [dark] [rtl] [LANGUAGE.rcc]\n");
+    std::fprintf(stderr, "usage: screenshots FOLDER [whole] [dark] [rtl] [LANGUAGE.rcc]\n");
     return 2;
   }
   std::string language;
+  bool whole = false;
   for (const std::string& option : std::vector<std::string>(values + 2, values + count)) {
     if (option == "dark") QApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20)));
     if (option == "rtl") QApplication::setLayoutDirection(Qt::RightToLeft);
+    if (option == "whole") whole = true;
     if (option.ends_with(".rcc")) language = option;
   }
   orvalo::ui::ApplyTheme(orvalo::ui::Theme(QApplication::palette()));
   QDir().mkpath(QString::fromLocal8Bit(values[1]));
   orvalo::test::Album album(QString::fromLocal8Bit(values[1]));
   orvalo::test::DesktopStage stage;
+  if (!language.empty()) stage.Speak(language);
   // Once for the address book, so that the window finds it at its start.
   stage.Run([&](orvalo::ui::Desktop&, orvalo::Program& program) {
     orvalo::test::FillAddressBook(program.GetDatabase());
-    if (!language.empty())
-      orvalo::test::Spill(program.DataFolder() + "/Language.rcc", orvalo::test::Slurp(language));
   });
   stage.Run([&](orvalo::ui::Desktop& desktop, orvalo::Program& program) {
-    orvalo::test::TakeAll(desktop, program, album);
+    orvalo::test::TakeAll(desktop, program, album, whole);
   });
   return album.Failed() ? 1 : 0;
 }
