@@ -48,8 +48,9 @@ void LimitTyped(QLineEdit& field, std::size_t characters) {
     field.setSelection(caret - excess, excess);
     field.del();
   });
+  // Not the text that the signal tells: after a cut above, that is the one before the cut.
   QObject::connect(&field, &QLineEdit::textChanged, &field,
-                   [before](const QString& text) { *before = CountCharacters(text); });
+                   [&field, before] { *before = CountCharacters(field.text()); });
 }
 
 }  // namespace orvalo::ui
