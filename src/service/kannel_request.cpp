@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 
 #include "service/message_parts.h"
 #include "service/secrets.h"
@@ -15,10 +17,24 @@ using platform::HttpFailure;
 
 constexpr int kReportMask = 31;  // all types that a person or a phone can bring about
 
-// What must be equal for two parts to share a request, as one text.
-std::string ContentOf(const outbox::Waiting& part) {
-  return fmt::format("{} {} {} {} {} {} {}", part.type, part.unicode, part.parts, part.id.part,
-                     part.reference, part.sender.size(), part.sender + part.text);
+// Orders parts by what must be equal for two of them to share a request.
+struct ByContent {
+  bool operator()(const outbox::Waiting& one, const outbox::Waiting& other) const {
+    const auto content = [](const outbox::Waiting& part) {
+      return std::tie(part.type, part.unicode, part.parts, part.id.part, part.reference,
+                      part.sender, *part.text);
+    };
+    return content(one) < content(other);
+  }
+};
+
+// The minutes left to the part that was due first, at least one.
+std::int64_t ValidityOf(const Handover& handover, const KannelOptions& options, std::int64_t now) {
+  const auto first =
+      std::min_element(handover.to.begin(), handover.to.end(),
+                       [](const auto& one, const auto& other) { return one.due < other.due; });
+  const auto gone = std::max<std::int64_t>(now - first->due, 0) / 60;
+  return std::max<std::int64_t>(options.validity_minutes - gone, 1);
 }
 
 bool Begins(const std::string& text, std::string_view opening) { return text.starts_with(opening); }
@@ -71,26 +87,25 @@ std::vector<Handover> GroupUp(std::vector<outbox::Waiting> waiting, std::size_t 
   };
   std::vector<Handover> groups;
   groups.reserve(waiting.size());
-  std::map<std::string, Open> open;  // by content
+  std::map<outbox::Waiting, Open, ByContent> open;
   for (auto& part : waiting) {
-    auto content = ContentOf(part);
-    const auto place = open.find(content);
+    const auto place = open.find(part);
     if (place != open.end() && groups[place->second.group].to.size() < most_receivers &&
         place->second.numbers.insert(part.number).second) {
       groups[place->second.group].to.push_back(std::move(part));
       continue;
     }
-    open.insert_or_assign(std::move(content), Open{groups.size(), {part.number}});
+    open.insert_or_assign(part, Open{groups.size(), {part.number}});
     groups.emplace_back().to.push_back(std::move(part));
   }
   return groups;
 }
 
 platform::HttpRequest RequestOf(const Handover& handover, const KannelOptions& options,
-                                const std::string& url) {
+                                const std::string& url, std::int64_t now) {
   const auto& first = handover.to.front();
   const auto message = SplitMessage(
-      first.text, {first.type, first.unicode, static_cast<std::uint8_t>(first.reference)});
+      *first.text, {first.type, first.unicode, static_cast<std::uint8_t>(first.reference)});
   const auto& part = message->parts.at(static_cast<std::size_t>(first.id.part));
   std::string numbers;
   for (const auto& receiver : handover.to) {
@@ -117,7 +132,7 @@ platform::HttpRequest RequestOf(const Handover& handover, const KannelOptions& o
   }
   if (!part.header.empty()) headers.emplace_back("X-Kannel-UDH", ToHex(part.header));
   if (!options.smsc.empty()) headers.emplace_back("X-Kannel-SMSC", options.smsc);
-  headers.emplace_back("X-Kannel-Validity", std::to_string(options.validity_minutes));
+  headers.emplace_back("X-Kannel-Validity", std::to_string(ValidityOf(handover, options, now)));
   headers.emplace_back("X-Kannel-DLR-Mask", std::to_string(kReportMask));
   headers.emplace_back("X-Kannel-DLR-Url", fmt::format("{}/reports/{}?type=%d&to=%p&detail=%A",
                                                        options.report_url, ToHex(handover.key)));

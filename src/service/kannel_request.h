@@ -35,9 +35,10 @@ const char* NameOf(EngineAnswer answer);
 // The numbers that make one handover of the waiting parts: same content, no number twice.
 std::vector<Handover> GroupUp(std::vector<outbox::Waiting> waiting, std::size_t most_receivers);
 
-// The request as it goes to `url`. Nothing of the login is in its address, which engines log.
+// The request as it goes to `url` now. Nothing of the login is in its address, which engines log.
+// The engine may try for what is left of the validity.
 platform::HttpRequest RequestOf(const Handover& handover, const KannelOptions& options,
-                                const std::string& url);
+                                const std::string& url, std::int64_t now);
 
 EngineAnswer ReadAnswer(const platform::HttpReply& reply);
 

@@ -96,28 +96,43 @@ void Add(Connection& connection, const CarriedMessage& message, Money charge, in
   }
 }
 
-std::vector<Waiting> Due(Connection& connection, std::int64_t now, int most) {
+std::vector<Waiting> Due(Connection& connection, std::int64_t now, std::int64_t due_from,
+                         int most) {
   Query rows(
       connection,
       "SELECT outbox.message,part,outbox.number,COALESCE(batch,0),text,sender,type,parts,"
-      "unicode,ack,reference,attempts FROM outbox JOIN message ON message.seq=outbox.message "
-      "WHERE state=0 AND state<=4 AND since<=? ORDER BY since,outbox.message,part LIMIT ?",
-      now, most);
+      "unicode,ack,reference,attempts,due FROM outbox JOIN message ON message.seq=outbox.message "
+      "WHERE state=0 AND state<=4 AND since<=? AND due>=? "
+      "ORDER BY since,outbox.message,part LIMIT ?",
+      now, due_from, most);
   std::vector<Waiting> waiting;
   while (rows.Step()) {
+    const bool sibling = !waiting.empty() && waiting.back().id.message == rows.Int(0);
+    auto text = sibling ? waiting.back().text : std::make_shared<const std::string>(rows.Text(4));
     waiting.push_back({{rows.Int(0), static_cast<int>(rows.Int(1))},
                        rows.Text(2),
                        rows.Int(3),
-                       rows.Text(4),
+                       std::move(text),
                        rows.Text(5),
                        static_cast<int>(rows.Int(6)),
                        static_cast<int>(rows.Int(7)),
                        rows.Int(8) != 0,
                        rows.Int(9) != 0,
                        static_cast<int>(rows.Int(10)),
-                       static_cast<int>(rows.Int(11))});
+                       static_cast<int>(rows.Int(11)),
+                       rows.Int(12)});
   }
   return waiting;
+}
+
+std::vector<PartId> Outdated(Connection& connection, std::int64_t due_before, int most) {
+  Query rows(connection,
+             "SELECT outbox.message,part FROM outbox JOIN message ON message.seq=outbox.message "
+             "WHERE state=0 AND state<=4 AND due<? LIMIT ?",
+             due_before, most);
+  std::vector<PartId> parts;
+  while (rows.Step()) parts.push_back({rows.Int(0), static_cast<int>(rows.Int(1))});
+  return parts;
 }
 
 bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now) {
@@ -158,6 +173,10 @@ std::optional<PartState> StateOf(Connection& connection, const PartId& id) {
 
 void Move(Connection& connection, const PartId& id, PartState state, std::int64_t now,
           const std::string& reason) {
+  if (state == PartState::kWaiting) {
+    WaitAgain(connection, id, now, reason);
+    return;
+  }
   SetState(connection, id, state, now, reason);
   if (!IsFree(state)) return;
   Refund(connection, id);
@@ -258,11 +277,14 @@ std::int64_t CountDue(Connection& connection, std::int64_t by) {
   return row.Step() ? row.Int(0) : 0;
 }
 
-void ForEach(Connection& connection, const std::function<void(const Row&)>& visit) {
-  Query rows(connection,
-             "SELECT outbox.message,part,message.id,user,outbox.number,reason,state,since,attempts,"
-             "seen,price,refunded FROM outbox JOIN message ON message.seq=outbox.message "
-             "JOIN account ON account.id=message.account ORDER BY outbox.message,part");
+void ForEach(Connection& connection, bool open_only, const std::function<void(const Row&)>& visit) {
+  static const std::string kRows =
+      "SELECT outbox.message,part,message.id,user,outbox.number,reason,state,since,attempts,seen,"
+      "price,refunded FROM outbox JOIN message ON message.seq=outbox.message "
+      "JOIN account ON account.id=message.account ";
+  static const std::string kOrder = "ORDER BY outbox.message,part";
+  static const std::string kAll = kRows + kOrder, kOpen = kRows + "WHERE state<=4 " + kOrder;
+  Query rows(connection, (open_only ? kOpen : kAll).c_str());
   while (rows.Step()) {
     Row row;
     row.id = {rows.Int(0), static_cast<int>(rows.Int(1))};

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,10 +34,12 @@ struct Waiting {
   PartId id;
   std::string number;  // digits only
   std::int64_t batch = 0;
-  std::string text, sender;
+  std::shared_ptr<const std::string> text;  // of the whole message; its parts share it
+  std::string sender;
   int type = 0, parts = 1;
   bool unicode = false, ack = false;
   int reference = 0, attempts = 0;
+  std::int64_t due = 0;  // the message's delivery time, from which its validity counts
 };
 
 // The reference, 0 to 255, of a long message to the number that is accepted now: `wanted`, or the
@@ -48,8 +51,12 @@ int FreeReference(Connection& connection, std::string_view number, std::uint8_t 
 // Rows for all parts of a message that is in the ledger since `message.row`.
 void Add(Connection& connection, const CarriedMessage& message, Money charge, int reference);
 
-// Waiting parts that are due, the longest due first. (In one read; the texts are in there.)
-std::vector<Waiting> Due(Connection& connection, std::int64_t now, int most);
+// Waiting parts that are due, the longest due first, without those of messages that were due
+// before a time. (In one read; the texts are in there.)
+std::vector<Waiting> Due(Connection& connection, std::int64_t now, std::int64_t due_from, int most);
+
+// Up to `most` parts that wait, of messages that were due before a time.
+std::vector<PartId> Outdated(Connection& connection, std::int64_t due_before, int most);
 
 // Marks the part as asked under the report key (16 bytes). False when it no longer waits.
 bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now);
@@ -78,7 +85,8 @@ void Answer(Connection& connection, const PartId& id, std::string_view key, Part
 std::optional<PartState> StateOf(Connection& connection, const PartId& id);
 
 // Moves the part to a state, whatever it was in; when the new one is free, its price goes back to
-// the account, once, and its siblings that still wait are withdrawn.
+// the account, once, and its siblings that still wait are withdrawn. So is a part that is to wait
+// although one of its siblings is free.
 void Move(Connection& connection, const PartId& id, PartState state, std::int64_t now,
           const std::string& reason);
 
@@ -124,7 +132,8 @@ struct Row {
   Money price = 0;
   bool refunded = false;
 };
-void ForEach(Connection& connection, const std::function<void(const Row&)>& visit);
+// In the order of acceptance; `open_only`: without the history.
+void ForEach(Connection& connection, bool open_only, const std::function<void(const Row&)>& visit);
 
 }  // namespace outbox
 }  // namespace orvalo::service

@@ -36,7 +36,7 @@ void PrintRow(const outbox::Row& row, bool as_json) {
 // Only those in doubt.
 std::vector<outbox::PartId> InDoubt(Connection& connection, const std::string& name) {
   std::vector<outbox::PartId> parts;
-  outbox::ForEach(connection, [&](const outbox::Row& row) {
+  outbox::ForEach(connection, true, [&](const outbox::Row& row) {
     if (row.state != PartState::kInDoubt) return;
     if (name == "all" || name == row.message_id || name == PartName(row)) parts.push_back(row.id);
   });
@@ -55,7 +55,7 @@ const std::map<std::string, PartState>& Decisions() {
 int AdminCommands::ListOutbox(bool doubts_only, bool as_json) {
   Database database(folder_);
   database.Read([&](Connection& connection) {
-    outbox::ForEach(connection, [&](const outbox::Row& row) {
+    outbox::ForEach(connection, true, [&](const outbox::Row& row) {
       const bool shown = doubts_only ? row.state == PartState::kInDoubt
                                      : static_cast<int>(row.state) <= kLastOpenState;
       if (shown) PrintRow(row, as_json);

@@ -78,7 +78,9 @@ void OutboxSender::Load() {
   lacks_room_ = room < kMostLoaded;
   if (most <= static_cast<std::int64_t>(known.size())) return;
   auto waiting = parts_.database.Read([&](Connection& connection) {
-    return outbox::Due(connection, parts_.clock.Now(), static_cast<int>(most));
+    const auto now = parts_.clock.Now();
+    const auto validity = parts_.options.validity_minutes * std::int64_t{60};
+    return outbox::Due(connection, now, now - validity, static_cast<int>(most));
   });
   // What was loaded when the read began may be asked by now; the mark decides.
   std::erase_if(waiting, [&](const auto& part) { return known.contains(part.id); });
@@ -173,7 +175,8 @@ EngineAnswer OutboxSender::Ask(const Handover& handover) {
   // A box that is surely not reached has taken nothing, so the next may be asked at once.
   while (const auto box = parts_.watch.NextBox()) {
     const auto& url = parts_.options.urls[*box];
-    const auto reply = parts_.client.Perform(RequestOf(handover, parts_.options, url));
+    const auto reply =
+        parts_.client.Perform(RequestOf(handover, parts_.options, url, parts_.clock.Now()));
     answer = ReadAnswer(reply);
     if (answer != EngineAnswer::kNotAsked) {
       if (reply.status != 0) parts_.watch.BoxAnswered(*box);

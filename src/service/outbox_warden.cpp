@@ -6,16 +6,6 @@ namespace {
 constexpr std::int64_t kStatusMs = 2'000, kReconcileMs = 30'000, kGraceSeconds = 3'600;
 constexpr int kMostAtOnce = 1'000;
 
-std::vector<outbox::PartId> Outdated(Connection& connection, std::int64_t due_before) {
-  Query rows(connection,
-             "SELECT outbox.message,part FROM outbox JOIN message ON message.seq=outbox.message "
-             "WHERE state=0 AND state<=4 AND due<? LIMIT 1000",
-             due_before);
-  std::vector<outbox::PartId> parts;
-  while (rows.Step()) parts.push_back({rows.Int(0), static_cast<int>(rows.Int(1))});
-  return parts;
-}
-
 }  // namespace
 
 void OutboxWarden::Start() {
@@ -76,9 +66,13 @@ void OutboxWarden::Reconcile() {
       return outbox::Stale(connection, state, now - seconds, kMostAtOnce);
     });
   };
-  const auto outdated = parts_.database.Read(
-      [&](Connection& connection) { return Outdated(connection, now - validity); });
-  Settle(outdated, PartState::kWaiting, PartState::kOutdated, "its validity passed");
+  std::vector<outbox::PartId> outdated;
+  do {
+    outdated = parts_.database.Read([&](Connection& connection) {
+      return outbox::Outdated(connection, now - validity, kMostAtOnce);
+    });
+    Settle(outdated, PartState::kWaiting, PartState::kOutdated, "its validity passed");
+  } while (outdated.size() == std::size_t{kMostAtOnce});
   const auto status = parts_.watch.status();
   if (status && status->running && status->links_usable > 0 && status->queued == 0) {
     Settle(stale(PartState::kTaken, parts_.options.silence_minutes * std::int64_t{60}),

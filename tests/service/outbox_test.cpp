@@ -231,7 +231,7 @@ TEST_F(OutboxTest, AcknowledgesWhatIsOnTheDiskAndWhatIsNotKnownHere) {
             200);
   EXPECT_EQ(status(), 6);
   running_.service().database().Read([](service::Connection& connection) {
-    service::outbox::ForEach(connection, [](const auto& row) {
+    service::outbox::ForEach(connection, false, [](const auto& row) {
       EXPECT_THAT(row.reason, HasSubstr("stat:DELETED"));
       EXPECT_EQ(row.reason.size(), 1'024u);
     });
@@ -353,13 +353,32 @@ TEST_F(OutboxTest, KeepsWhatABusyEngineTurnsAwayUntilItsTimeHasPassed) {
     EXPECT_TRUE(AwaitStatus(ann, first, 2));
   }
   EXPECT_EQ(ann.Balance(), "99.2");
+  const auto asked = Asked().size();
+  answer_ = 202;  // too late
   running_.clock.Advance(48 * 3'600 * 1'000);
   auto later = running_.Caller();
   for (int i = 0; i < 500 && later.Balance() != "100.0"; ++i) Pass(0);  // not while it is asked
   EXPECT_EQ(later.Balance(), "100.0") << "nothing was used";
   EXPECT_TRUE(AwaitStatus(later, first, 10));
+  EXPECT_EQ(Asked().size(), asked);
   EXPECT_THAT(log_, HasSubstr("\"event\":\"parts_reconciled\""));
   EXPECT_EQ(log_.find("27821110001"), std::string::npos);
+  EXPECT_TRUE(running_.LedgerAddsUp());
+}
+
+TEST_F(OutboxTest, SendsNoHalfOfAMessageThatWasRefused) {
+  using service::PartState;
+  namespace outbox = service::outbox;
+  auto ann = running_.Caller();
+  ann.Post("/v1/messages", {{"to", "27821110001"}, {"text", std::string(200, 'x')}, {"concat", 2}});
+  ASSERT_TRUE(AwaitAsked(2));
+  running_.service().database().Write([](service::Connection& connection) {
+    outbox::Move(connection, {1, 0}, PartState::kInDoubt, 0, "");
+    outbox::Move(connection, {1, 1}, PartState::kRefused, 0, "");
+    outbox::Move(connection, {1, 0}, PartState::kWaiting, 0, "");  // a person's decision
+    EXPECT_EQ(outbox::StateOf(connection, {1, 0}), PartState::kWithdrawn);
+  });
+  EXPECT_EQ(ann.Balance(), "100.0");
   EXPECT_TRUE(running_.LedgerAddsUp());
 }
 
