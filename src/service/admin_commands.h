@@ -40,12 +40,19 @@ class AdminCommands {
   // Proves that the ledger adds up; 1 when it does not.
   int CheckLedger(bool as_json);
 
+  // Writes a copy of the whole ledger as it is at one moment, beside a running service too, to a
+  // file that is not there yet (mode 0600), and proves that the copy adds up.
+  int BackUp(const std::string& file);
+
   // The parts that something may still come of, or only those in doubt.
   int ListOutbox(bool doubts_only, bool as_json);
   // Decides about parts in doubt: a part's name as listed, a message's id, or "all". "sent": as if
   // the engine had taken them; "not-sent": written off and refunded; "again": handed over anew, on
   // the decider's own risk.
   int SettleOutbox(const std::string& name, const std::string& decision);
+  // Puts in doubt all that waits and is due: for a ledger that is of the past, as one from a
+  // backup, whose parts may have been sent since. What is held for later than now surely was not.
+  int DoubtOutbox();
 
  private:
   std::string folder_;

@@ -198,6 +198,9 @@ class CommandLine {
     auto* check = app_.add_subcommand("check", "Prove that the ledger adds up");
     check->add_flag("--json", json_, "As one object");
     On(check, [this](auto& to) { return to.CheckLedger(json_); });
+    auto* backup = app_.add_subcommand("backup", "Copy the whole ledger as it is now");
+    backup->add_option("FILE", file_, "Not there yet")->required();
+    On(backup, [this](auto& to) { return to.BackUp(file_); });
   }
 
   void AddOutboxCommands() {
@@ -212,12 +215,14 @@ class CommandLine {
     settle->add_option("DECISION", decision_, "What is known of them")
         ->required()
         ->check(CLI::IsMember({"sent", "not-sent", "again"}));
+    On(outbox->add_subcommand("doubt", "Put in doubt what waits: the ledger is an older copy"),
+       [](auto& to) { return to.DoubtOutbox(); });
     On(settle, [this](auto& to) { return to.SettleOutbox(part_, decision_); });
   }
 
   CLI::App app_{"Orvalo's gateway service: accounts, messages and the phone network"};
   ServeOptions serve_;
-  std::string user_, email_, amount_ = "0", password_file_, prefix_, part_, decision_;
+  std::string user_, email_, amount_ = "0", password_file_, prefix_, part_, decision_, file_;
   std::vector<std::string> words_;
   bool generate_ = false, json_ = false, doubts_only_ = false;
   std::function<int(AdminCommands&)> command_;

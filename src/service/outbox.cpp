@@ -196,6 +196,14 @@ std::int64_t DoubtAsked(Connection& connection, std::int64_t now) {
       .Run();
 }
 
+std::int64_t DoubtWaiting(Connection& connection, std::int64_t now) {
+  return Query(connection,
+               "UPDATE outbox SET state=2,since=?,reason='it waited in an older ledger' "
+               "WHERE state=0 AND state<=4 AND (since<=? OR attempts>0)",
+               now, now)
+      .Run();
+}
+
 std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
                                    std::string_view number, int bits, std::string_view detail,
                                    bool has_all_links, std::int64_t now) {

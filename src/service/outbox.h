@@ -93,6 +93,9 @@ void Move(Connection& connection, const PartId& id, PartState state, std::int64_
 // What was asked when the service last ended is in doubt. The number of such parts.
 std::int64_t DoubtAsked(Connection& connection, std::int64_t now);
 
+// What waits and is due is in doubt: the ledger is of the past. The number of such parts.
+std::int64_t DoubtWaiting(Connection& connection, std::int64_t now);
+
 // Takes a delivery report in. Nothing when no part has this key and number. A part to whose number
 // the engine had no way is put back unless `has_all_links`.
 struct Reported {

@@ -1,10 +1,12 @@
 #include <fmt/format.h>
 
 #include <charconv>
+#include <cstdio>
 #include <map>
 #include <nlohmann/json.hpp>
 
 #include "platform/clock.h"
+#include "platform/file.h"
 #include "service/admin_commands.h"
 #include "service/ledger_check.h"
 #include "service/outbox.h"
@@ -30,6 +32,13 @@ void PrintRow(const outbox::Row& row, bool as_json) {
                             {"reports", row.seen},      {"price", MoneyText(row.price)},
                             {"refunded", row.refunded}, {"reason", row.reason}};
   fmt::print("{}\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+void PrintCheck(const LedgerCheck& check) {
+  for (const auto& fault : check.faults) fmt::print("{}\n", fault);
+  fmt::print("{} accounts, {} messages, {} parts, {} refunds: {}\n", check.accounts, check.messages,
+             check.parts, check.refunds,
+             check.faults.empty() ? "the ledger adds up" : "THE LEDGER DOES NOT ADD UP");
 }
 
 // The parts that a name stands for: "all", a message's id, or that and "/" and the part from 1 on.
@@ -92,6 +101,41 @@ int AdminCommands::SettleOutbox(const std::string& name, const std::string& deci
   return 0;
 }
 
+int AdminCommands::DoubtOutbox() {
+  Database database(folder_);
+  std::int64_t doubted = 0;
+  database.Write(
+      [&](Connection& connection) { doubted = outbox::DoubtWaiting(connection, clock_.Now()); });
+  fmt::print("{}\n", doubted);
+  return 0;
+}
+
+int AdminCommands::BackUp(const std::string& file) {
+  const auto complain = [&](const char* why) {
+    fmt::print(stderr, "orvalo-gateway: {}: {}\n", file, why);
+    return 1;
+  };
+  if (!platform::FileSize(folder_ + "/gateway.db")) return complain("there is nothing to copy");
+  if (platform::FileSize(file)) return complain("it is there already");
+  if (!platform::ReplaceFile(file, "")) return complain("it cannot be written");
+  try {
+    {
+      // One reader's view: a copy page by page would begin anew whenever the service writes.
+      Connection ledger(folder_ + "/gateway.db", SQLite::OPEN_READWRITE);
+      SQLite::Statement copy(ledger.database(), "VACUUM INTO ?");
+      copy.bind(1, file);
+      copy.executeStep();
+    }
+    Connection copied(file, SQLite::OPEN_READONLY);
+    const auto check = orvalo::service::CheckLedger(copied);
+    PrintCheck(check);
+    return check.faults.empty() ? 0 : 1;
+  } catch (...) {
+    std::remove(file.c_str());
+    throw;
+  }
+}
+
 int AdminCommands::CheckLedger(bool as_json) {
   Database database(folder_);
   const auto check = database.Read(
@@ -104,10 +148,7 @@ int AdminCommands::CheckLedger(bool as_json) {
                               {"faults", check.faults}};
     fmt::print("{}\n", line.dump());
   } else {
-    for (const auto& fault : check.faults) fmt::print("{}\n", fault);
-    fmt::print("{} accounts, {} messages, {} parts, {} refunds: {}\n", check.accounts,
-               check.messages, check.parts, check.refunds,
-               check.faults.empty() ? "the ledger adds up" : "THE LEDGER DOES NOT ADD UP");
+    PrintCheck(check);
   }
   return check.faults.empty() ? 0 : 1;
 }

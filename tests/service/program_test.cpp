@@ -113,6 +113,9 @@ TEST(Program, IsAdministeredWhileItRuns) {
       {{"voucher", "add", "--generate", "3"}, 0, " 3.0"},
       {{"voucher", "add", "12", "10"}, 1, "16 digits"},
       {{"voucher", "add", "10"}, 2, "NUMBER AMOUNT"},
+      {{"backup", folder.File("copy/gateway.db")}, 0, "1 accounts, 0 messages"},
+      {{"backup", folder.File("copy/gateway.db")}, 1, "there already"},
+      {{"backup", folder.File("none/gateway.db")}, 1, "cannot be written"},
       {{"price", "set", "27", "0.5"}, 0, ""},
       {{"price", "set", "+27", "0.5"}, 1, "prefix"},
       {{"price", "list"}, 0, "27               0.5"},
@@ -122,6 +125,7 @@ TEST(Program, IsAdministeredWhileItRuns) {
       {{"--listen", "127.0.0.1:0", "--tls-key", password}, 2, "--tls-cert"},
       {{"--listen", "127.0.0.1:0"}, 1, "being served already"},
   };
+  ASSERT_TRUE(std::filesystem::create_directory(folder.File("copy")));
   for (const auto& command : commands) {
     auto arguments = command.arguments;
     arguments.insert(arguments.end(), {"--data", data});
@@ -135,6 +139,8 @@ TEST(Program, IsAdministeredWhileItRuns) {
   EXPECT_EQ(carl.Post("/v1/vouchers", {{"number", "1111222233334444"}}).body.value("balance", ""),
             "17.0");
   EXPECT_THAT(RunGateway({"ledger", "--data", data}).out, HasSubstr("27821110001"));
+  EXPECT_THAT(RunGateway({"account", "list", "--data", folder.File("copy")}).out, HasSubstr("carl"))
+      << "a backup is a ledger, of the past";
   using std::filesystem::perms;
   EXPECT_EQ(std::filesystem::status(data).permissions(), perms::owner_all);
   for (const auto& entry : std::filesystem::directory_iterator(data)) {
