@@ -36,8 +36,8 @@ class Program {
     std::string data_folder;   // empty: ORVALO_DATA_PATH or the machine configuration
     bool look_only = false;    // beside a running program: no lock, nothing is created or written
     bool with_gateway = true;  // create the gateway client and hand it the proxy settings
-    bool test_connection = true;    // with the proxy settings, when working online
-    bool enter_data_folder = true;  // make it the process's current directory
+    bool test_connection = true;            // with the proxy settings, when working online
+    bool enter_data_folder = true;          // make it the process's current directory
     std::function<void(bool)> wait_cursor;  // see Account: around calls the operator waits for
   };
 
