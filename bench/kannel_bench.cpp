@@ -209,7 +209,6 @@ Rates EngineAlone(Road& road, int connections, int size) {
   ReportSink sink;
   service::HttpServerOptions options;
   options.threads = 256;
-  options.crowd = 128;
   service::HttpServer server(options, sink);
   const auto begin = Time::now();
   OnThreads(connections, [&](int thread) {

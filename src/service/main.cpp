@@ -31,7 +31,7 @@ void AddServeOptions(CLI::App& app, ServeOptions& options) {
   app.add_option("--listen", options.listen, "Address and port to listen on; port 0 picks one")
       ->capture_default_str();
   app.add_option("--port-file", options.port_file,
-                 "File to write the ports into: the service's, then the operations'");
+                 "File to write the port into; the operations' goes into FILE.operations");
   app.add_option("--tls-key", options.tls_key, "PEM file with the private key");
   app.add_option("--tls-cert", options.tls_cert, "PEM file with the certificate (and its chain)");
   app.add_flag("--demo", options.demo, "Lay out the account demo/demo and a few vouchers");

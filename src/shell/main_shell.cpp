@@ -67,7 +67,6 @@ void MainShell::SetUp() {
   TaskbarCreated();
   parts_.view.ReloadBanner();
   parts_.view.ShowPage(page_);
-  parts_.actions.StartEngine();
 }
 
 void MainShell::LoggedIn() {
@@ -76,6 +75,7 @@ void MainShell::LoggedIn() {
   parts_.main_window.Post(online ? kWmOnline : kWmOffline, 0, 0);
   if (online) parts_.main_window.Post(kWmBalance, 0, 0);
   SwitchTo(ShellTab::kCompose);
+  parts_.actions.StartEngine();
 }
 
 std::int32_t MainShell::Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {

@@ -72,6 +72,7 @@ class MainShellView : public ShellTimers {
 class MainShellActions {
  public:
   virtual ~MainShellActions() = default;
+  // Not before the login: the gateway would refuse all that waits, and it would be Failed.
   virtual void StartEngine() = 0;
   virtual void CommitStore() = 0;  // throws StoreError
   virtual void ShowVersionInfo() = 0;

@@ -33,7 +33,13 @@ int Tell(const std::vector<Finding>& findings) {
   return findings.empty() ? 0 : 1;
 }
 
+// Never over a translation that somebody has worked on.
 int Extract(const std::string& folder) {
+  for (const char* name : {"strings.json", "forms.json"}) {
+    if (fs::exists(fs::path(folder) / name))
+      throw std::runtime_error((fs::path(folder) / name).string() +
+                               " is there already: name another folder");
+  }
   const auto files = orvalo::translator::Template(EntriesOf(ResourceContainer::BuiltIn()));
   Write(fs::path(folder) / "strings.json", files.strings);
   Write(fs::path(folder) / "forms.json", files.forms);

@@ -108,8 +108,8 @@ TEST(MainShellTest, BeginsWithTheLoginPageAndGoesOnToTheFirstTab) {
     const char* created;
     const char* mode;
   } cases[] = {
-      {"Orvalo", true, "title:Orvalo add:221:Orvalo banner page:1 engine", "icon:221 mode"},
-      {"Other", false, "title:SMS add:221:SMS banner page:1 engine",
+      {"Orvalo", true, "title:Orvalo add:221:Orvalo banner page:1", "icon:221 mode"},
+      {"Other", false, "title:SMS add:221:SMS banner page:1",
        "icon:258 offline:1:1 start:4:1000 mode"},
   };
   for (const auto& c : cases) {
@@ -119,7 +119,7 @@ TEST(MainShellTest, BeginsWithTheLoginPageAndGoesOnToTheFirstTab) {
     bench.main.SetUp();
     EXPECT_EQ(bench.scene.Take(), c.created);
     bench.main.LoggedIn();
-    EXPECT_EQ(bench.scene.Take(), "tabs on:1044 page:3");
+    EXPECT_EQ(bench.scene.Take(), "tabs on:1044 page:3 engine");
     const auto posted = bench.posts.messages();
     ASSERT_EQ(posted.size(), c.online ? 2u : 1u);
     EXPECT_EQ(bench.After(std::get<0>(posted[0])), c.mode);
