@@ -1,7 +1,7 @@
 // The road through a real SMS gateway engine, measured against the engine alone on the same
 // messages in the same run, with delivery reports on; and the same road under kill -9.
 //
-//   kannel_bench [--rounds N] [--size N] [--window N]
+//   kannel_bench [--rounds N] [--size N] [--window N] [--connections N ...]
 //                                                 accepted messages a second, at 1, 4 and 16
 //                                                 connections; the ratios are medians
 //   kannel_bench --kills 10 --size 100000 [--window N] [--store]
@@ -257,10 +257,10 @@ Rates Ours(Road& road, int connections, int size, int run) {
   return rates;
 }
 
-void Measure(int rounds, int size, int window) {
+void Measure(int rounds, int size, int window, const std::vector<int>& all_connections) {
   Road road(window);
   int run = 0;
-  for (const int connections : {1, 4, 16}) {
+  for (const int connections : all_connections) {
     const int messages = std::max(200, size * connections / 16);
     std::vector<double> engine, ours, accepted_ratio, reported_ratio;
     for (int round = 0; round < rounds; ++round) {
@@ -401,6 +401,8 @@ int main(int argc, char** argv) {
       ->check(CLI::Range(0, 1'000));
   app.add_option("--window", window, "The service's --kannel-window")
       ->check(CLI::Range(1, 1'000'000));
+  std::vector<int> connections{1, 4, 16};
+  app.add_option("--connections", connections)->check(CLI::Range(1, 64));
   bool keeps_queue = false;
   app.add_flag("--store", keeps_queue, "The engine keeps its queue on the disk, and may repeat it");
   CLI11_PARSE(app, argc, argv);
@@ -408,7 +410,7 @@ int main(int argc, char** argv) {
     if (kills > 0) {
       orvalo::bench::Kill(kills, size, window, keeps_queue);
     } else {
-      orvalo::bench::Measure(rounds, size, window);
+      orvalo::bench::Measure(rounds, size, window, connections);
     }
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "kannel_bench: %s\n", failure.what());
