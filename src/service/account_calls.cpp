@@ -5,6 +5,7 @@
 #include "service/api_reply.h"
 #include "service/message_request.h"
 #include "service/money.h"
+#include "service/secrets.h"
 
 namespace orvalo::service {
 namespace {
@@ -50,6 +51,7 @@ ServedReply AccountCalls::OpenSession(const Call& call) {
   const auto client = TextMember(call.body, "client_id", kLongestCredential);
   if (!user || !password || !client) return ReplyOf(Refuse(ErrorCode::kMalformed));
   if (wrong_passwords_.Exhausted(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyPasswords));
+  if (IsHashingCrowded()) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
   const auto account = parts_.accounts.Verify(*user, *password);
   if (!account) {
     return ReplyOf(Refuse(wrong_passwords_.Take(*user) ? ErrorCode::kWrongPassword
@@ -83,6 +85,7 @@ ServedReply AccountCalls::RecoverPassword(const Call& call) {
   const auto email = TextMember(call.body, "email", kLongestCredential);
   if (!user || !email) return ReplyOf(Refuse(ErrorCode::kMalformed));
   if (!recoveries_.Take(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
+  if (IsHashingCrowded()) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
   const auto password = parts_.accounts.GiveTemporaryPassword(*user, *email);
   if (!password) return ReplyOf(Refuse(ErrorCode::kNoSuchAddress));
   parts_.mail.Send(*user, *email, *password);

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 #include "service/running_service.h"
 
@@ -138,6 +140,30 @@ TEST(Api, ServesOthersBesideClientsThatHoldOn) {
   int sent = 0;
   RawExchange(port, "POST /v1/session HTTP/1.1\r\nContent-Length: 4000\r\n\r\n", 400, &sent);
   EXPECT_LT(sent, 200);
+}
+
+// Each guess costs the service a hash, whoever makes it.
+TEST(Api, StaysOpenDuringAFloodOfLogins) {
+  RunningService running;
+  running.options.http.threads = 96;
+  running.Restart();
+  auto ann = running.Caller();
+  std::atomic<int> refused = 0, turned_away = 0;
+  std::vector<std::thread> guessers;
+  for (int i = 0; i < 60; ++i) {
+    guessers.emplace_back([&, i] {
+      GatewayCaller guesser(running.service().port(), "");
+      const auto reply = guesser.Post(
+          "/v1/session",
+          {{"client_id", ""}, {"user", "guess" + std::to_string(i)}, {"password", "x"}});
+      ++(reply.code() == 113 ? turned_away : refused);
+    });
+  }
+  EXPECT_EQ(ann.Balance(), "100.0");
+  for (auto& guesser : guessers) guesser.join();
+  EXPECT_GT(turned_away, 0);
+  EXPECT_GT(refused, 0);
+  EXPECT_TRUE(ann.LogIn("ann", "ann"));
 }
 
 TEST(Api, TellsAReplayByItsHeader) {
