@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <mutex>
 #include <optional>
 
 #include "app/settings.h"
@@ -165,10 +166,16 @@ TEST(Proxy, RunsTheDesktopsScriptUnlessScriptsAreUnwanted) {
   const ProxyProgram guarded("BasicAuth ann hush");
   const std::string dead = "PROXY 127.0.0.1:" + std::to_string(UnusedPort());
   const std::string alive = "PROXY 127.0.0.1:" + proxy.port();
+  std::mutex mutex;
   std::string answer;
   ScriptedHttpServer publisher{[&](const RecordedRequest&) {
+    std::lock_guard guard(mutex);
     return ScriptedReply{200, "function FindProxyForURL(url, host) {" + answer + "}"};
   }};
+  const auto publish = [&](const std::string& script) {
+    std::lock_guard guard(mutex);
+    answer = script;
+  };
   write_desktop(publisher.address() + "/proxy.pac");
   const struct {
     const char* what;
@@ -186,7 +193,7 @@ TEST(Proxy, RunsTheDesktopsScriptUnlessScriptsAreUnwanted) {
       {"a broken script", "return (;", 0, false},
   };
   for (const auto& c : cases) {
-    answer = c.script;
+    publish(c.script);
     for (const std::int32_t mode : {0, 2, 3}) {
       ProxyBench bench;
       EXPECT_EQ(bench.Test(mode), mode == 3 ? 0 : c.error) << c.what;
@@ -196,7 +203,7 @@ TEST(Proxy, RunsTheDesktopsScriptUnlessScriptsAreUnwanted) {
       EXPECT_EQ(!requests.back().header("via").empty(), mode != 3 && c.through) << c.what;
     }
   }
-  answer = "return '" + dead + "; " + alive + "';";
+  publish("return '" + dead + "; " + alive + "';");
   platform::HttpDownload download({});
   download.Open(publisher.address() + "/file");
   platform::HttpDownload::State state{};
