@@ -45,8 +45,8 @@ class SendEngine : public EngineCommands {
   SendEngine(const SendEngine&) = delete;
   SendEngine& operator=(const SendEngine&) = delete;
 
-  // Starts the worker and, online, asks it for every Pending message: after the login, without which
-  // the gateway refuses them all. False when no thread could be made.
+  // Starts the worker and, online, asks it for every Pending message: after the login, without
+  // which the gateway refuses them all. False when no thread could be made.
   bool StartEngine();
 
   // Adds the message's row and, online and Pending, asks the worker to send it at once. The new id.
