@@ -77,8 +77,9 @@ void RunningService::Stop() {
   StopServer([this] { service_.reset(); }, service_->port());
 }
 
-void RunningService::Restart() {
+void RunningService::Restart(std::int64_t seconds_away) {
   Stop();
+  clock.Advance(seconds_away * 1'000);
   service_ = std::make_unique<service::GatewayService>(options, clock);
 }
 

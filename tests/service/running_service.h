@@ -51,7 +51,7 @@ class RunningService {
                           double drop_replies = 0);
   ~RunningService();
 
-  void Restart();
+  void Restart(std::int64_t seconds_away = 0);
   GatewayCaller Caller(const std::string& user = "ann");  // logged in
   std::vector<service::Ledger::Entry> Entries();
   // Credits less charges, as the accounts have it and as the ledger adds up: must be the same.
