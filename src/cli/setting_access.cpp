@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/setting_rules.h"
 #include "app/startup/program.h"
 #include "cli/command.h"
 
@@ -43,6 +44,10 @@ void WriteSetting(Program& program, const SettingInfo& setting, std::string_view
   const bool is_prefix = setting.kind == SettingInfo::Kind::kText &&
                          setting.index == static_cast<int>(TextSetting::kPrefix);
   if (is_prefix) value = WithoutLeadingZeros(value);
+  if (const std::string problem = SettingProblem(setting, value); !problem.empty()) {
+    throw CommandError(ExitCode::kFailed,
+                       "That is no value for " + std::string(setting.key) + ": " + problem);
+  }
   AppSettings& settings = program.GetSettings();
   if (!settings.SetFromText(setting, value)) {
     throw CommandError(ExitCode::kFailed, "That is no value for " + std::string(setting.key));

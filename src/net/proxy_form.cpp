@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "app/setting_rules.h"
 #include "app/settings.h"
 #include "app/texts.h"
 #include "gateway/gateway_client.h"
@@ -50,10 +51,7 @@ void ProxyForm::Refresh() {
   if (FromSettings() != known_) SetUp();
 }
 
-bool ProxyForm::AcceptsPort(std::string_view text) const {
-  return place_ == Place::kOptionsPage ||
-         text.find_first_not_of("0123456789") == std::string_view::npos;
-}
+bool ProxyForm::AcceptsPort(std::string_view text) { return text.empty() || IsPort(text); }
 
 void ProxyForm::Update(bool test) {
   const ProxyValues values = Read();

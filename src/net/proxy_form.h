@@ -70,8 +70,8 @@ class ProxyForm {
   void Apply() { Update(false); }       // "OK", and when the options page is applied
   void Test() { Update(true); }         // stores, applies and tests, changed or not
 
-  // Whether `text` may stand in the port field: in the dialog digits only.
-  bool AcceptsPort(std::string_view text) const;
+  // Whether `text` may stand in the port field: a port, or nothing.
+  static bool AcceptsPort(std::string_view text);
 
  private:
   void Update(bool test);

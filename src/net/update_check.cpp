@@ -1,16 +1,15 @@
 #include "net/update_check.h"
 
+#include <fmt/format.h>
 #include <sodium.h>
 
 #include <array>
 #include <cstdio>
 #include <fstream>
-#include <optional>
 
 #include "app/settings.h"
 #include "app/texts.h"
 #include "net/link_message.h"
-#include "net/version_info.h"
 #include "platform/file.h"
 #include "platform/message_box.h"
 #include "platform/new_file.h"
@@ -27,6 +26,8 @@ constexpr int kNotDownloadedTextId = 1204;
 constexpr int kFailedTextId = 1205;
 constexpr int kUpToDateTextId = 1206;
 constexpr int kUpToDateCaptionId = 1207;
+constexpr int kNotSignedTextId = 2310;
+constexpr int kNoKeyTextId = 2311;
 
 constexpr std::size_t kShortestUrl = 8;
 constexpr std::int64_t kStepWait = 1000;  // milliseconds, as all of these
@@ -37,16 +38,15 @@ constexpr std::int64_t kLargestVersionFile = 1 << 20;  // bytes, as all of these
 constexpr std::int64_t kLargestInstaller = 256 << 20;
 constexpr std::int64_t kVersionLength = 64;
 
-using PublicKey = std::array<unsigned char, crypto_sign_PUBLICKEYBYTES>;
+// What a signature covers besides the installer, so that an older one of the same publisher cannot
+// pass as the new version: the version's number and a line feed, before the installer's bytes.
+std::string SignedBytes(const FileVersion& version, const std::string& installer) {
+  const auto [major, minor, build, revision] = version.Parts();
+  return fmt::format("{}.{}.{}.{}\n", major, minor, build, revision) + installer;
+}
 
-std::optional<PublicKey> ReadKey(const std::string& digits) {
-  PublicKey key;
-  std::size_t length = 0;
-  const char* end = nullptr;
-  const bool read = sodium_hex2bin(key.data(), key.size(), digits.data(), digits.size(), nullptr,
-                                   &length, &end) == 0;
-  if (!read || length != key.size() || end != digits.data() + digits.size()) return std::nullopt;
-  return key;
+const unsigned char* Raw(const std::string& bytes) {
+  return reinterpret_cast<const unsigned char*>(bytes.data());
 }
 
 // The beginning of a file; empty when it cannot be opened.
@@ -92,53 +92,47 @@ void UpdateCheck::RunSteps() {
     return;
   }
   BeginStep(UpdateView::kLooking, kStepWait);
-  if (!IsNewerOffered()) {
+  const FileVersion offered = ParseFileVersion(Beginning(VersionFile()));
+  if (offered <= ProgramVersion()) {
     if (stopped_) return;
     parts_.boxes.Show(parts_.texts.Load(kUpToDateTextId), parts_.texts.Load(kUpToDateCaptionId),
                       platform::BoxIcon::kNone);
     return;
   }
   BeginStep(UpdateView::kDownloading, kStepWait);
-  if (cancel_ || !FetchInstaller()) return;
+  if (cancel_ || !FetchInstaller(offered)) return;
   Install();
 }
 
-bool UpdateCheck::IsNewerOffered() {
-  return ParseFileVersion(Beginning(VersionFile())) > ProgramVersion();
-}
-
 // True when the installer stands there, checked.
-bool UpdateCheck::FetchInstaller() {
-  const std::string link = parts_.settings.Text(TextSetting::kUpdateUrl);
-  const std::string url = parts_.settings.Text(TextSetting::kUpdateFileUrl);
-  const DownloadResult fetched = Fetch(url, Installer(), true, kLargestInstaller);
-  if (fetched == DownloadResult::kDone && IsSigned()) return true;
-  if (!cancel_) {
-    Complain(fetched == DownloadResult::kDone ? kFailedTextId : kNotDownloadedTextId, link);
+bool UpdateCheck::FetchInstaller(const FileVersion& version) {
+  const std::string digits = parts_.settings.Text(TextSetting::kUpdatePublicKey);
+  const auto key = ReadUpdateKey(digits);
+  if (!digits.empty() && !key) {
+    Warn(kNoKeyTextId);
+    return false;
   }
+  if (Fetch(parts_.settings.Text(TextSetting::kUpdateFileUrl), Installer(), true,
+            kLargestInstaller) != DownloadResult::kDone) {
+    if (!cancel_) Complain(kNotDownloadedTextId, parts_.settings.Text(TextSetting::kUpdateUrl));
+    return false;
+  }
+  if (!key || IsSigned(*key, version)) return true;
+  std::remove(Installer().c_str());  // so that nobody runs it by hand
+  if (!cancel_) Warn(kNotSignedTextId);
   return false;
 }
 
-// Removes an installer that has no good signature, so that nobody runs it by hand.
-bool UpdateCheck::IsSigned() {
-  const std::string digits = parts_.settings.Text(TextSetting::kUpdatePublicKey);
-  if (digits.empty()) return true;
+bool UpdateCheck::IsSigned(const UpdateKey& key, const FileVersion& version) {
   const std::string file = Installer() + ".sig";
-  const auto key = ReadKey(digits);
-  if (key && sodium_init() >= 0 &&
-      Fetch(parts_.settings.Text(TextSetting::kUpdateFileUrl) + ".sig", file, false,
-            crypto_sign_BYTES) == DownloadResult::kDone) {
-    const auto signature = platform::ReadFile(file, crypto_sign_BYTES);
-    const auto bytes = platform::ReadFile(Installer(), kLargestInstaller);
-    const auto raw = [](const std::string& text) {
-      return reinterpret_cast<const unsigned char*>(text.data());
-    };
-    if (signature && bytes && signature->size() == crypto_sign_BYTES &&
-        crypto_sign_verify_detached(raw(*signature), raw(*bytes), bytes->size(), key->data()) == 0)
-      return true;
-  }
-  std::remove(Installer().c_str());
-  return false;
+  if (sodium_init() < 0 || Fetch(parts_.settings.Text(TextSetting::kUpdateFileUrl) + ".sig", file,
+                                 false, crypto_sign_BYTES) != DownloadResult::kDone)
+    return false;
+  const auto signature = platform::ReadFile(file, crypto_sign_BYTES);
+  const auto installer = platform::ReadFile(Installer(), kLargestInstaller);
+  if (!signature || signature->size() != crypto_sign_BYTES || !installer) return false;
+  const std::string bytes = SignedBytes(version, *installer);
+  return crypto_sign_verify_detached(Raw(*signature), Raw(bytes), bytes.size(), key.data()) == 0;
 }
 
 void UpdateCheck::Install() {
@@ -168,6 +162,12 @@ void UpdateCheck::Complain(int text_id, const std::string& link) {
   if (stopped_) return;
   ShowLinkMessage(parts_.boxes, parts_.texts.Load(text_id), parts_.texts.Load(kFailedCaptionId),
                   link, 0);
+}
+
+void UpdateCheck::Warn(int text_id) {
+  if (stopped_) return;
+  parts_.boxes.Show(parts_.texts.Load(text_id), parts_.texts.Load(kFailedCaptionId),
+                    platform::BoxIcon::kStop);
 }
 
 }  // namespace orvalo

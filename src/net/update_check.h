@@ -3,7 +3,9 @@
 #include <functional>
 #include <string>
 
+#include "app/setting_rules.h"
 #include "net/file_downloader.h"
+#include "net/version_info.h"
 
 namespace orvalo {
 
@@ -27,8 +29,10 @@ class UpdateView : public DownloadView {
 // Main thread; one object for the process.
 //
 // Where the setting "UpdatePublicKey" holds an Ed25519 key (64 hexadecimal digits), the installer
-// is started only if the 64 bytes at the installer's address with ".sig" appended are its signature
-// by that key. The installer stays unexecutable until it has been checked.
+// is started only if the 64 bytes at the installer's address with ".sig" appended are the signature
+// by that key of the offered version's number ("3.2.1.17"), a line feed and the installer's bytes.
+// The installer stays unexecutable until it has been checked, and is removed when the check fails;
+// the message then names no address, since whoever replaced the one file may have replaced others.
 class UpdateCheck {
  public:
   // All of it must outlive the object.
@@ -58,14 +62,14 @@ class UpdateCheck {
  private:
   bool IsConfigured() const;
   void RunSteps();
-  bool IsNewerOffered();
-  bool FetchInstaller();
-  bool IsSigned();
+  bool FetchInstaller(const FileVersion& version);
+  bool IsSigned(const UpdateKey& key, const FileVersion& version);
   void Install();
   void BeginStep(UpdateView::Step step, std::int64_t wait);  // the windows live on meanwhile
   DownloadResult Fetch(const std::string& url, const std::string& target, bool show_progress,
                        std::int64_t limit);
   void Complain(int text_id, const std::string& link);
+  void Warn(int text_id);  // without a link
   std::string Installer() const { return parts_.data_folder + "/temp/Update.exe"; }
   std::string VersionFile() const { return parts_.data_folder + "/update.ver"; }
 

@@ -17,16 +17,13 @@ namespace orvalo::ui {
 
 namespace {
 
-// Refuses what the form does not take for a port.
+// Refuses what is no port.
 class PortValidator : public QValidator {
  public:
-  PortValidator(const ProxyForm& form, QObject* parent) : QValidator(parent), form_(form) {}
+  using QValidator::QValidator;
   State validate(QString& text, int&) const override {
-    return form_.AcceptsPort(text.toStdString()) ? Acceptable : Invalid;
+    return ProxyForm::AcceptsPort(text.toStdString()) ? Acceptable : Invalid;
   }
-
- private:
-  const ProxyForm& form_;
 };
 
 }  // namespace
@@ -45,7 +42,7 @@ ProxyControls::ProxyControls(QWidget& form)
 }
 
 void ProxyControls::Connect(ProxyForm& form) {
-  port_.setValidator(new PortValidator(form, this));
+  port_.setValidator(new PortValidator(this));
   connect(&mode_, &QComboBox::currentIndexChanged, this, [&form] { form.ModeChosen(); });
   connect(&test_, &QPushButton::clicked, this, [&form] { form.Test(); });
 }

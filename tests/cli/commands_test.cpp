@@ -254,7 +254,9 @@ TEST_F(CommandsTest, ReadsAndWritesSettings) {
                          {"i18n", "0", "0", "what the program only reads is written, too"},
                          {"COMBaseURL", "http://127.0.0.1:2", "http://127.0.0.1:2", "the same"},
                          {"WorkingOnLine", "0", "0", "a login value"},
-                         {"ProxyType", "9", "4", "limited"}}) {
+                         {"ProxyPort", "65535", "65535", "the last there is"},
+                         {"UpdatePublicKey", std::string(64, 'a'), std::string(64, 'a'), ""},
+                         {"ProxyType", "4", "4", "a proxy of one's own"}}) {
     EXPECT_THAT(Run({"settings", setting.key, setting.value}), EndsWith(0)) << setting.why;
     EXPECT_EQ(Run({"settings", setting.key}).out, setting.stored + "\n") << setting.why;
     EXPECT_EQ(StoredSetting(folder(), setting.key), setting.stored) << setting.why;
@@ -262,6 +264,19 @@ TEST_F(CommandsTest, ReadsAndWritesSettings) {
   EXPECT_THAT(Run({"settings", "prefix", ""}), EndsWith(0));
   EXPECT_EQ(Run({"settings", "prefix"}).out, "\n");
   EXPECT_THAT(Run({"settings", "SpanSMS", "yes"}), FailsWith(1, "SpanSMS"));
+  for (const auto& [key, value] : std::vector<std::pair<std::string, std::string>>{
+           {"ProxyType", "9"},
+           {"ProxyType", "0"},
+           {"ProxyPort", "9x"},
+           {"ProxyPort", "65536"},
+           {"prefix", "0027x"},
+           {"prefix", "+27"},
+           {"UpdatePublicKey", std::string(63, 'a')},
+           {"UpdatePublicKey", std::string(63, 'a') + "g"}}) {
+    const std::string before = StoredSetting(folder(), key);
+    EXPECT_THAT(Run({"settings", key, value}), FailsWith(1, "no value for " + key + ": a "));
+    EXPECT_EQ(StoredSetting(folder(), key), before) << value;
+  }
 }
 
 TEST_F(CommandsTest, TakesSecretsFromElsewhereAndNeverShowsThem) {

@@ -237,7 +237,6 @@ TEST(ProxyFormTest, StoresAppliesAndTests) {
     ProxyValues& shown = bench.proxy_view.values;
     EXPECT_EQ(shown.entry ? *shown.entry + 1 : 0, static_cast<std::size_t>(c.stored_mode));
     EXPECT_EQ(shown.password, "pw");
-    EXPECT_EQ(form.AcceptsPort("http"), c.place == kOptions);
     shown.entry = c.entry;
     shown.host = c.host;
     c.test ? form.Test() : form.ModeChosen();
@@ -256,6 +255,9 @@ TEST(ProxyFormTest, StoresAppliesAndTests) {
 }
 
 TEST(ProxyFormTest, DescribesTheModesAndReportsFailures) {
+  for (const char* port : {"", "1", "8080", "65535"}) EXPECT_TRUE(ProxyForm::AcceptsPort(port));
+  for (const char* port : {"0", "65536", "9x", "-1", "http", "4294967297"})
+    EXPECT_FALSE(ProxyForm::AcceptsPort(port)) << port;
   OptionsBench bench;
   bench.form.SetUp();
   EXPECT_EQ(bench.proxy_view.names.at(3), "Use proxy list");
