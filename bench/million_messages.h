@@ -11,7 +11,7 @@ INSERT INTO SMS SELECT n, 1700000000 + a * 37, a % 18, 0, n, ',2782' || (1000000
   char(65 + b % 26) || 'n' || char(97 + b / 26) || 'a ' || char(65 + c % 26) || 'e'
     || char(97 + c / 26) || 'mark ' || a,
   'Dear customer, your order ' || a || ' has left our house and will be with you on Friday.',
-  ',ID: 0123456789abcdef0123456789abcdef', 0, 'Orvalo', 0, 0, 0, '1.' || b % 10 FROM Mixed;
+  ',ID: 0123456789abcdef0123456789abcdef', 0, 'Orvalo', 0, 0, 0, '1.' || b % 10, '', '' FROM Mixed;
 CREATE INDEX BY_TIME ON SMS(Time);
 )";
 

@@ -41,7 +41,9 @@ class BareFile {
     Check(sqlite3_open_v2(path.c_str(), &handle_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
                           nullptr));
     Execute("PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=10000");
-    insert_ = Prepare("INSERT INTO SMS VALUES(NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    insert_ = Prepare(
+        "INSERT INTO SMS VALUES(NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, '', "
+        "'')");
     update_ = Prepare("UPDATE SMS SET Stat = ?2 WHERE ID = ?1");
     read_ = Prepare("SELECT * FROM SMS WHERE ID = ?");
   }
@@ -198,8 +200,7 @@ void InsertEach(benchmark::State& state) {
 void InsertGrouped(benchmark::State& state) {
   Sides sides;
   const NewSms sms = SampleSms();
-  const std::vector<SmsDatabase::ChildSms> children(
-      kRound, {SmsStatus::kPending, sms.to, std::string_view(), 0, 0});
+  const std::vector<SmsDatabase::ChildSms> children(kRound, {sms.to, {SmsStatus::kPending}});
   Compare(
       state, [&] { sides.ours->AddChildren(1, children); },
       [&] {
@@ -272,7 +273,7 @@ void AddHundredThousandChildren(benchmark::State& state) {
   const Texts texts;
   const NewSms sms = SampleSms();
   const std::vector<SmsDatabase::ChildSms> children(
-      100'000, {SmsStatus::kUnknown, sms.to, ",ID: 0123456789abcdef0123456789abcdef", 60, 1});
+      100'000, {sms.to, {SmsStatus::kUnknown, ",ID: 0123456789abcdef0123456789abcdef", 60, 1}});
   for (auto unused : state) {
     const test::TemporaryFolder folder;
     SmsDatabase database(folder.path(), texts, platform::SystemClock());

@@ -38,6 +38,26 @@ std::vector<RecipientRecord> Unaccounted(const SendOutcome& outcome) {
   return missing;
 }
 
+SmsDatabase::SmsOutcome Accepted(SmsStatus status, const RecipientRecord& record,
+                                 std::int64_t now) {
+  return {status, record.gateway_id.view(), kFirstQueryInterval,
+          static_cast<std::int32_t>(now + kFirstQueryInterval), record.number.view()};
+}
+
+SmsDatabase::SmsOutcome Refused(const RecipientRecord& record) {
+  return {SmsStatus::kFailed, {}, 0, 0, record.number.view()};
+}
+
+// Every number that the message has gone to, in the order of its recipients.
+std::string NumbersOf(const SendOutcome& outcome) {
+  std::string numbers;
+  for (const RecipientRecord& record : outcome.all) {
+    if (!numbers.empty()) numbers += ',';
+    numbers += record.number.view();
+  }
+  return numbers;
+}
+
 }  // namespace
 
 SendPass::SendPass(const EngineParts& parts, std::mutex& pass_lock)
@@ -163,44 +183,41 @@ void SendPass::RecordOutcome(const InHand& message) {
   } else if (outcome.recipients == 1) {
     RecordSingle(row, delay, outcome);
   } else {
-    parts_.database.SetSmsStatus(row.id, SmsStatus::kFailed);
+    parts_.database.ChangeStatus(row.id, SmsStatus::kProcessing, SmsStatus::kFailed);
   }
 }
 
 void SendPass::RecordChildren(const MessageRow& row, const SendOutcome& outcome) {
-  const auto first_query = static_cast<std::int32_t>(parts_.clock.Now() + kFirstQueryInterval);
   const std::vector<RecipientRecord> missing = Unaccounted(outcome);
   std::vector<SmsDatabase::ChildSms> children;
   children.reserve(outcome.successes.size() + outcome.failures.size() + missing.size() +
                    outcome.retries.size());
   for (const RecipientRecord& record : outcome.successes) {
-    children.push_back({SmsStatus::kUnknown, record.entry.view(), record.gateway_id.view(),
-                        kFirstQueryInterval, first_query});
+    children.push_back(
+        {record.entry.view(), Accepted(SmsStatus::kUnknown, record, parts_.clock.Now())});
   }
   for (const auto* failed : {&outcome.failures, &missing}) {
     for (const RecipientRecord& record : *failed)
-      children.push_back({SmsStatus::kFailed, record.entry.view(), {}, 0, 0});
+      children.push_back({record.entry.view(), Refused(record)});
   }
   for (const RecipientRecord& record : outcome.retries) {
-    children.push_back({SmsStatus::kPending, record.entry.view(), {}, 0, 0});
+    children.push_back({record.entry.view(), {SmsStatus::kPending}});
   }
   SmsDatabase::Transaction transaction(parts_.database);
-  if (!parts_.database.SetSmsStatus(row.id, SmsStatus::kExpanded)) return;
+  if (!parts_.database.SetExpanded(row.id, SmsStatus::kProcessing, NumbersOf(outcome))) return;
   parts_.database.AddChildren(row.id, children);
   transaction.Commit();
 }
 
 void SendPass::RecordSingle(const MessageRow& row, std::int32_t delay, const SendOutcome& outcome) {
+  SmsDatabase::SmsOutcome fate{SmsStatus::kPending};
   if (!outcome.successes.empty()) {
-    const auto first_query = static_cast<std::int32_t>(parts_.clock.Now() + kFirstQueryInterval);
-    parts_.database.SetSent(
-        row.id, delay != 0 ? SmsStatus::kScheduledOnServer : SmsStatus::kUnknown,
-        outcome.successes.front().gateway_id.view(), kFirstQueryInterval, first_query);
+    const SmsStatus sent = delay != 0 ? SmsStatus::kScheduledOnServer : SmsStatus::kUnknown;
+    fate = Accepted(sent, outcome.successes.front(), parts_.clock.Now());
   } else if (!outcome.failures.empty() || outcome.retries.empty()) {
-    parts_.database.SetSmsStatus(row.id, SmsStatus::kFailed);
-  } else {
-    parts_.database.SetSmsStatus(row.id, SmsStatus::kPending);
+    fate = Refused(outcome.all.front());
   }
+  parts_.database.SetOutcome(row.id, SmsStatus::kProcessing, fate);
 }
 
 }  // namespace orvalo

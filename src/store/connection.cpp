@@ -1,19 +1,23 @@
 #include "store/connection.h"
 
+#include <SQLiteCpp/Backup.h>
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <limits>
 
+#include "platform/file.h"
 #include "store/store_error.h"
 
 namespace orvalo {
 namespace {
 
 constexpr int kBusyMilliseconds = 5000;
+constexpr int kMostCopies = 1000;
 constexpr std::chrono::minutes kTurnPatience(1);  // a long import is one transaction
 constexpr Sql kBegin("BEGIN IMMEDIATE");
 constexpr Sql kCommit("COMMIT");
@@ -206,6 +210,32 @@ void Connection::Checkpoint() {
   }
   UnlockWriting();
   if (result != SQLITE_OK && result != SQLITE_BUSY && result != SQLITE_LOCKED) Fail(result);
+}
+
+void Connection::KeepCopy(const std::string& suffix) const {
+  const std::string unfinished = path_ + "." + suffix + ".new";  // of a killed run, or none
+  if (!platform::ReplaceFile(unfinished, {})) {
+    throw StoreError("\"" + unfinished + "\" cannot be created");
+  }
+  try {
+    SQLite::Database copy(unfinished, SQLite::OPEN_READWRITE);
+    copy.exec("PRAGMA journal_mode=OFF; PRAGMA synchronous=FULL;");
+    SQLite::Database source(path_, SQLite::OPEN_READWRITE, kBusyMilliseconds);
+    if (SQLite::Backup(copy, source).executeStep() != SQLITE_DONE) {
+      throw SQLite::Exception("the copy was not finished", SQLITE_BUSY);
+    }
+  } catch (const SQLite::Exception& failure) {
+    std::remove(unfinished.c_str());
+    throw StoreError(DescribeFailure(failure.getErrorCode(), unfinished, failure.what()));
+  }
+  std::string name = path_ + "." + suffix;
+  for (int number = 2; !platform::RenameToNew(unfinished, name); ++number) {
+    if (number > kMostCopies) {
+      std::remove(unfinished.c_str());
+      throw StoreError("\"" + unfinished + "\" cannot be renamed");
+    }
+    name = path_ + "." + suffix + "-" + std::to_string(number);
+  }
 }
 
 // --- Query

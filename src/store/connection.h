@@ -65,6 +65,11 @@ class Connection {
   // within a transaction.
   void Checkpoint();
 
+  // Keeps a copy of what the file and its journal hold, without the changes of this transaction:
+  // "<file>.<suffix>" (mode 0600), or with a number behind it when there is one of that name.
+  // Whole and flushed to the disk before it has that name.
+  void KeepCopy(const std::string& suffix) const;
+
   std::int64_t Changes() const;  // rows changed by the last statement that writes
   [[noreturn]] void Fail(int result) const;
 

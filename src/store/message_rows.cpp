@@ -15,7 +15,10 @@ constexpr int kDisplayedRecipients = 3;
 
 constexpr Sql kSelectMessage(
     "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
-    "Delay, QueryTime, StatQryTm, Charge FROM SMS WHERE ID = ?");
+    "Delay, QueryTime, StatQryTm, Charge, Number, Reason FROM SMS WHERE ID = ?");
+constexpr Sql kSelectMessageOfSchema1(
+    "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
+    "Delay, QueryTime, StatQryTm, Charge, '', '' FROM SMS WHERE ID = ?");
 constexpr Sql kSelectContactNames("SELECT Name, Surname FROM CONTACTS WHERE CID = ?");
 
 // The number at the front of a text; 0 (no contact's id) when there is none or it is too large.
@@ -46,7 +49,7 @@ void InsertMessage(Query& insert, const MessageRow& row) {
   insert
       .Again(row.id, row.time, row.stat, row.type, row.ref_id, row.to, row.to_info, row.msg,
              row.api_msg_id, row.saved_stat, row.sender_id, row.delay, row.query_time,
-             row.stat_qry_tm, row.charge)
+             row.stat_qry_tm, row.charge, row.number, row.reason)
       .Execute();
 }
 
@@ -66,6 +69,8 @@ void ReadMessage(const Query& query, MessageRow& row) {
   row.query_time = query.Int(12);
   row.stat_qry_tm = query.Int(13);
   row.charge = query.Text(14);
+  row.number = query.Text(15);
+  row.reason = query.Text(16);
 }
 
 std::int32_t TimeForRow(const platform::Clock& clock) {
@@ -73,8 +78,8 @@ std::int32_t TimeForRow(const platform::Clock& clock) {
       std::clamp<std::int64_t>(clock.Now(), 0, std::numeric_limits<std::int32_t>::max()));
 }
 
-bool FindMessage(Connection& connection, std::int32_t id, MessageRow& row) {
-  Query query(connection, kSelectMessage, id);
+bool FindMessage(Connection& connection, std::int32_t id, MessageRow& row, int schema) {
+  Query query(connection, schema == 1 ? kSelectMessageOfSchema1 : kSelectMessage, id);
   if (!query.Step()) return false;
   ReadMessage(query, row);
   return true;

@@ -25,8 +25,11 @@ constexpr Sql kSelectFollowed(
 constexpr Sql kSelectFollowedOne(
     "SELECT ID, QueryTime, ApiMsgID FROM SMS WHERE +Stat = ? AND +QueryTime >= 1 AND ID = ?");
 
-constexpr Sql kSetSent(
-    "UPDATE SMS SET Stat = ?2, ApiMsgID = ?3, QueryTime = ?4, StatQryTm = ?5 WHERE ID = ?1");
+constexpr Sql kSetOutcome(
+    "UPDATE SMS SET Stat = ?3, ApiMsgID = iif(?4 = '', ApiMsgID, ?4), "
+    "QueryTime = iif(?4 = '', QueryTime, ?5), StatQryTm = iif(?4 = '', StatQryTm, ?6), "
+    "Number = ?7, Reason = ?8 WHERE ID = ?1 AND +Stat = ?2");
+constexpr Sql kSetExpanded("UPDATE SMS SET Stat = 12, Number = ?3 WHERE ID = ?1 AND +Stat = ?2");
 constexpr Sql kSetQuerySchedule("UPDATE SMS SET QueryTime = ?2, StatQryTm = ?3 WHERE ID = ?1");
 constexpr Sql kSetApiMsgId("UPDATE SMS SET ApiMsgID = ?2 WHERE ID = ?1");
 constexpr Sql kSetCharge("UPDATE SMS SET Charge = ?2 WHERE ID = ?1");
@@ -63,12 +66,15 @@ void InsertChildren(Connection& connection, MessageRow row, std::int32_t first,
   row.id = first;
   for (const SmsDatabase::ChildSms& child : children) {
     if (own_reference) row.ref_id = row.id;
-    row.stat = static_cast<std::int32_t>(child.status);
+    const SmsDatabase::SmsOutcome& outcome = child.outcome;
+    row.stat = static_cast<std::int32_t>(outcome.status);
     row.to = child.recipient;
     row.to_info = DisplayTextOf(connection, child.recipient);
-    row.api_msg_id = child.api_msg_id;
-    row.query_time = child.query_time;
-    row.stat_qry_tm = child.stat_qry_tm;
+    row.api_msg_id = outcome.api_msg_id;
+    row.query_time = outcome.query_time;
+    row.stat_qry_tm = outcome.stat_qry_tm;
+    row.number = outcome.number;
+    row.reason = outcome.reason;
     InsertMessage(insert, row);
     ++row.id;
   }
@@ -105,11 +111,16 @@ std::vector<SmsDatabase::FollowedSms> SmsDatabase::FollowedRows(SmsStatus status
   return rows;
 }
 
-bool SmsDatabase::SetSent(std::int32_t id, SmsStatus status, std::string_view api_msg_id,
-                          std::int32_t query_time, std::int32_t stat_qry_tm) {
+bool SmsDatabase::SetOutcome(std::int32_t id, SmsStatus expected, const SmsOutcome& outcome) {
   Connection* connection = Here();
   return connection != nullptr &&
-         Run(*connection, kSetSent, id, status, api_msg_id, query_time, stat_qry_tm) > 0;
+         Run(*connection, kSetOutcome, id, expected, outcome.status, outcome.api_msg_id,
+             outcome.query_time, outcome.stat_qry_tm, outcome.number, outcome.reason) > 0;
+}
+
+bool SmsDatabase::SetExpanded(std::int32_t id, SmsStatus expected, std::string_view numbers) {
+  Connection* connection = Here();
+  return connection != nullptr && Run(*connection, kSetExpanded, id, expected, numbers) > 0;
 }
 
 bool SmsDatabase::SetQuerySchedule(std::int32_t id, std::int32_t query_time,

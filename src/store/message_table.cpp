@@ -8,10 +8,11 @@ namespace orvalo {
 namespace {
 
 constexpr Sql kSetStatus("UPDATE SMS SET Stat = ?2 WHERE ID = ?1");
+constexpr Sql kChangeStatus("UPDATE SMS SET Stat = ?3 WHERE ID = ?1 AND +Stat = ?2");
 constexpr Sql kBeginEdit("UPDATE SMS SET SavedStat = Stat, Stat = 5 WHERE ID = ? AND Stat <> 5");
 constexpr Sql kUpdateEdited(
     "UPDATE SMS SET Stat = iif(SavedStat IN (6, 7), 6, 0), Type = ?2, \"To\" = ?3, ToInfo = ?4, "
-    "Msg = ?5 WHERE ID = ?1");
+    "Msg = ?5, Number = '', Reason = '' WHERE ID = ?1");
 constexpr Sql kRestoreEdited(
     "UPDATE SMS SET Stat = SavedStat WHERE Stat = 5 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat "
     "= 10)");
@@ -22,7 +23,10 @@ constexpr Sql kCountWaiting(
 constexpr Sql kCountMessages("SELECT count(*) FROM SMS");
 constexpr Sql kSelectMessages(
     "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
-    "Delay, QueryTime, StatQryTm, Charge FROM SMS ORDER BY ID");
+    "Delay, QueryTime, StatQryTm, Charge, Number, Reason FROM SMS ORDER BY ID");
+constexpr Sql kSelectMessagesOfSchema1(
+    "SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, SenderID, "
+    "Delay, QueryTime, StatQryTm, Charge, '', '' FROM SMS ORDER BY ID");
 // In the order of SmsDatabase::KeyText.
 constexpr Sql kSelectKeys[] = {
     Sql("SELECT ID, Time, Stat, '' FROM SMS ORDER BY ID"),
@@ -50,6 +54,7 @@ NewSms CopyOf(MessageRow&& row, SmsStatus status) {
   copy.sender_id = std::move(row.sender_id);
   copy.delay = row.delay;
   copy.charge = std::move(row.charge);
+  copy.number = std::move(row.number);
   return copy;
 }
 
@@ -73,11 +78,17 @@ std::int32_t SmsDatabase::AddSms(const NewSms& sms) {
     row.stat = static_cast<std::int32_t>(sms.status);
     const std::string to_info = DisplayTextOf(*connection, sms.to);
     Run(*connection, kInsertMessage, row.id, row.time, row.stat, sms.type, row.ref_id, sms.to,
-        to_info, sms.msg, row.api_msg_id, 0, sms.sender_id, sms.delay, 0, 0, sms.charge);
+        to_info, sms.msg, row.api_msg_id, 0, sms.sender_id, sms.delay, 0, 0, sms.charge, sms.number,
+        "");
     transaction.Commit();
   }
   LogAdded(row.id, sms.to, sms.msg);
   return row.id;
+}
+
+bool SmsDatabase::ChangeStatus(std::int32_t id, SmsStatus expected, SmsStatus status) {
+  Connection* connection = Here();
+  return connection != nullptr && Run(*connection, kChangeStatus, id, expected, status) > 0;
 }
 
 bool SmsDatabase::SetSmsStatus(std::int32_t id, SmsStatus status) {
@@ -123,6 +134,7 @@ std::int32_t SmsDatabase::CopySmsTo(std::int32_t id, SmsStatus status, std::stri
   MessageRow row;
   if (connection == nullptr || !FindMessage(*connection, id, row)) return -1;
   row.to = recipient;
+  row.number.clear();
   return AddSms(CopyOf(std::move(row), status));
 }
 
@@ -141,7 +153,7 @@ std::int32_t SmsDatabase::CountSms() { return CountRows(Here(), kCountMessages);
 std::optional<MessageRow> SmsDatabase::GetSms(std::int32_t id) {
   Connection* connection = Here();
   std::optional<MessageRow> row(std::in_place);
-  if (connection == nullptr || !FindMessage(*connection, id, *row)) row.reset();
+  if (connection == nullptr || !FindMessage(*connection, id, *row, schema_)) row.reset();
   return row;
 }
 
@@ -157,7 +169,7 @@ std::vector<MessageRow> SmsDatabase::AllSms() {
 void SmsDatabase::ForEachSms(const std::function<bool(const MessageRow&)>& visit) {
   Connection* connection = Here();
   if (connection == nullptr) return;
-  Query query(*connection, kSelectMessages);
+  Query query(*connection, schema_ == 1 ? kSelectMessagesOfSchema1 : kSelectMessages);
   MessageRow row;
   while (query.Step()) {
     ReadMessage(query, row);

@@ -30,6 +30,8 @@ struct MessageRow {
   std::int32_t query_time = 0;   // current status query interval in seconds; 0: not followed
   std::int32_t stat_qry_tm = 0;  // when the next status query is due
   std::string charge;            // as the gateway gives it; "?" until then
+  std::string number;  // where it went, as it was then: numbers joined by commas; empty until then
+  std::string reason;  // why the gateway refused it, "301: Insufficient credit"; else empty
 };
 
 // A new message: what AddSms takes.
@@ -43,6 +45,7 @@ struct NewSms {
   std::string sender_id;
   std::int32_t delay = 0;
   std::string charge;
+  std::string number = {};
 };
 
 // Widths of a contact's texts in characters. Longer texts are cut when they are stored.

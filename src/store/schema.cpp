@@ -1,5 +1,6 @@
 #include "store/schema.h"
 
+#include <algorithm>
 #include <string>
 
 #include "store/connection.h"
@@ -21,7 +22,7 @@ CREATE TABLE SMS(
   RefID INTEGER NOT NULL, "To" TEXT NOT NULL, ToInfo TEXT NOT NULL, Msg TEXT NOT NULL,
   ApiMsgID TEXT NOT NULL, SavedStat INTEGER NOT NULL, SenderID TEXT NOT NULL,
   Delay INTEGER NOT NULL, QueryTime INTEGER NOT NULL, StatQryTm INTEGER NOT NULL,
-  Charge TEXT NOT NULL);
+  Charge TEXT NOT NULL, Number TEXT NOT NULL DEFAULT '', Reason TEXT NOT NULL DEFAULT '');
 CREATE INDEX SMS_UNFINISHED ON SMS(Stat) WHERE (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10);
 CREATE INDEX SMS_FOLLOWED ON SMS(Stat, StatQryTm) WHERE QueryTime >= 1 AND
   (Stat = 1 OR Stat = 3 OR Stat = 7 OR Stat = 8 OR Stat = 11);
@@ -36,11 +37,17 @@ CREATE TABLE CONTACT_GROUP_MAP(CID INTEGER NOT NULL, GID INTEGER NOT NULL);
 CREATE INDEX MAP_CID ON CONTACT_GROUP_MAP(CID);
 )";
 
+// What each schema has more than the one before it, from 2 on.
+constexpr const char* kUpgrades[] = {
+    "ALTER TABLE SMS ADD COLUMN Number TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE SMS ADD COLUMN Reason TEXT NOT NULL DEFAULT '';",
+};
+
 constexpr const char* kContactIndices =
     "CREATE INDEX CONTACTS_MOBILE ON CONTACTS(Mobile);"
     "CREATE INDEX MAP_GID ON CONTACT_GROUP_MAP(GID);";
 
-// Each fails to be prepared when a table or column is missing.
+// Each fails to be prepared when a table or column is missing that every schema has.
 constexpr Sql kTableChecks[] = {
     Sql("SELECT ID, Time, Stat, Type, RefID, SMS.\"To\", ToInfo, Msg, ApiMsgID, SavedStat, "
         "SenderID, Delay, QueryTime, StatQryTm, Charge FROM SMS INDEXED BY SMS_UNFINISHED "
@@ -55,9 +62,38 @@ constexpr Sql kTableChecks[] = {
     Sql("SELECT ID FROM NextContactID"),
 };
 
+constexpr Sql kColumnCheck("SELECT Number, Reason FROM SMS LIMIT 1");
+
 std::int64_t ReadNumber(Connection& connection, const Sql& sql) {
   Query query(connection, sql);
   return query.Step() ? query.Int64(0) : 0;
+}
+
+void MakeTables(Connection& connection) {
+  connection.Execute(kTables);
+  MakeContactIndices(connection);
+  connection.Execute("PRAGMA application_id=" + std::to_string(kApplicationId));
+}
+
+// The copy is taken while this transaction keeps everybody else from writing and has not changed
+// the file yet, and when all else has succeeded.
+void Upgrade(Connection& connection, int number) {
+  for (int next = number; next < kSchemaNumber; ++next) connection.Execute(kUpgrades[next - 1]);
+  connection.KeepCopy("schema-" + std::to_string(number));
+}
+
+// All of the change or nothing of it; the new number comes with it.
+template <typename Change>
+void ChangeSchema(Connection& connection, const Change& change) {
+  connection.Begin();
+  try {
+    change();
+    connection.Execute("PRAGMA user_version=" + std::to_string(kSchemaNumber));
+  } catch (...) {
+    connection.End(false);
+    throw;
+  }
+  connection.End(true);
 }
 
 }  // namespace
@@ -68,7 +104,7 @@ void DropContactIndices(Connection& connection) {
 
 void MakeContactIndices(Connection& connection) { connection.Execute(kContactIndices); }
 
-void PrepareSchema(Connection& connection, bool create) {
+int PrepareSchema(Connection& connection, bool create) {
   const std::int64_t number = ReadNumber(connection, kReadSchemaNumber);
   const std::int64_t application = ReadNumber(connection, kReadApplicationId);
   const bool empty = ReadNumber(connection, kCountObjects) == 0;
@@ -83,19 +119,16 @@ void PrepareSchema(Connection& connection, bool create) {
   if (create) connection.Execute("PRAGMA journal_mode=WAL");
   if (empty) {
     if (!create) throw StoreError("The message database is empty");
-    connection.Begin();
-    try {
-      connection.Execute(kTables);
-      MakeContactIndices(connection);
-      connection.Execute("PRAGMA application_id=" + std::to_string(kApplicationId) +
-                         "; PRAGMA user_version=" + std::to_string(kSchemaNumber));
-    } catch (...) {
-      connection.End(false);
-      throw;
-    }
-    connection.End(true);
+    ChangeSchema(connection, [&] { MakeTables(connection); });
   }
   for (const Sql& check : kTableChecks) Query(connection, check).Step();
+  const int found = empty ? kSchemaNumber : std::max(1, static_cast<int>(number));
+  if (found < kSchemaNumber) {
+    if (!create) return found;
+    ChangeSchema(connection, [&] { Upgrade(connection, found); });
+  }
+  Query(connection, kColumnCheck).Step();
+  return kSchemaNumber;
 }
 
 }  // namespace orvalo

@@ -37,7 +37,7 @@ SmsDatabase::SmsDatabase(const std::string& folder, const Texts& texts,
     if (!read_only) CreatePrivateFile(path_);
     storage_ = std::make_unique<Storage>(
         path_, read_only ? StoreAccess::kReadOnly : StoreAccess::kReadWrite);
-    PrepareSchema(*Here(), !read_only);
+    schema_ = PrepareSchema(*Here(), !read_only);
     if (read_only) return;
     Transaction transaction(*this);
     for (const IdCounter* counter : {&kMessageIds, &kGroupIds, &kContactIds}) {

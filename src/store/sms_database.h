@@ -42,6 +42,8 @@ class SmsDatabase {
   // string 1248 when there is no group, and gives every message left in Editing its saved status
   // back. `read_only` serves programs that look on beside a running one: nothing is created, seeded
   // or restored.
+  // A file of an earlier version is brought up to this one, a copy of it being kept beside it
+  // ("SMS.db.schema-1"); programs that look on read it as it is.
   SmsDatabase(const std::string& folder, const Texts& texts, const platform::Clock& clock,
               bool read_only = false);
   ~SmsDatabase();  // commits and closes
@@ -87,7 +89,10 @@ class SmsDatabase {
   std::int32_t AddSms(const NewSms& sms);
   bool SetSmsStatus(std::int32_t id,
                     SmsStatus status);  // false (and logged) when there is no such row
-  void BeginEditSms(std::int32_t id);   // a row already in Editing keeps its saved status
+  // For a row that others may have changed since it was read: false, changing nothing, when its
+  // status is not the expected one any more or it is gone.
+  bool ChangeStatus(std::int32_t id, SmsStatus expected, SmsStatus status);
+  void BeginEditSms(std::int32_t id);  // a row already in Editing keeps its saved status
   void UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
                        std::string_view msg);
   void RestoreEditedSms();
@@ -145,9 +150,23 @@ class SmsDatabase {
   // still change have rows: Queued, Sent, Scheduled on Server, Delivered to Gateway, Unknown.
   std::vector<FollowedSms> FollowedRows(SmsStatus status, std::int32_t id, std::int64_t now);
 
+  // What became of one recipient at the gateway.
+  struct SmsOutcome {
+    SmsStatus status = SmsStatus::kUnknown;
+    std::string_view api_msg_id = {};
+    std::int32_t query_time = 0;
+    std::int32_t stat_qry_tm = 0;
+    std::string_view number = {};  // columns Number and Reason
+    std::string_view reason = {};
+  };
+  // Stores the outcome of a row with one recipient; without an id of the gateway, the row's own and
+  // its query schedule stay. False as ChangeStatus is.
+  bool SetOutcome(std::int32_t id, SmsStatus expected, const SmsOutcome& outcome);
+  // A row that went to several: Expanded, with all numbers that it went to, joined by commas. False
+  // as ChangeStatus is.
+  bool SetExpanded(std::int32_t id, SmsStatus expected, std::string_view numbers);
+
   // Each is false when there is no such row.
-  bool SetSent(std::int32_t id, SmsStatus status, std::string_view api_msg_id,
-               std::int32_t query_time, std::int32_t stat_qry_tm);
   bool SetQuerySchedule(std::int32_t id, std::int32_t query_time, std::int32_t stat_qry_tm);
   bool SetApiMsgId(std::int32_t id, std::string_view api_msg_id);
   // Stores the charge, and the status when there is one.
@@ -158,14 +177,11 @@ class SmsDatabase {
   bool SetQueryAnswer(std::int32_t id, std::optional<SmsStatus> status, std::string_view charge,
                       std::int32_t query_time, std::int32_t stat_qry_tm);
 
-  // One new row for a recipient of an expanded message, as CopySmsTo makes it plus the gateway's id
-  // and query schedule.
+  // One new row for a recipient of an expanded message, as CopySmsTo makes it plus what became of
+  // it.
   struct ChildSms {
-    SmsStatus status = SmsStatus::kUnknown;
     std::string_view recipient;
-    std::string_view api_msg_id;
-    std::int32_t query_time = 0;
-    std::int32_t stat_qry_tm = 0;
+    SmsOutcome outcome;
   };
   // Adds all children of one message in one transaction; their ids run on from the first. False
   // when the message is gone.
@@ -235,6 +251,7 @@ class SmsDatabase {
   const Texts& texts_;
   const platform::Clock& clock_;
   const bool read_only_;
+  int schema_ = 0;          // of the file; an older one only where a program looks on
   Log* EnabledLog() const;  // null when nothing is to be logged
   void LogAdded(std::int32_t id, const std::string& to, const std::string& msg);
 

@@ -20,7 +20,8 @@ class StatusPassTest : public ::testing::Test {
   std::int32_t Sent(const std::string& api_msg_id, std::int32_t query_time = 60,
                     std::int32_t due_in = 0, SmsStatus status = SmsStatus::kUnknown) {
     const std::int32_t id = bench_.Add(",111");
-    bench_.database.SetSent(id, status, api_msg_id, query_time, Now() + due_in);
+    bench_.database.SetOutcome(id, SmsStatus::kPending,
+                               {status, api_msg_id, query_time, Now() + due_in});
     return id;
   }
   std::int32_t Now() { return static_cast<std::int32_t>(bench_.clock.Now()); }

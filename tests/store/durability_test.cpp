@@ -87,7 +87,7 @@ TEST_F(DurabilityTest, CommitFoldsTheJournalEvenBesideAReader) {
 TEST_F(DurabilityTest, AFullDatabaseThrowsAndStaysWhole) {
   Add("+1");
   db().storage()->Here().Execute("PRAGMA max_page_count=30");
-  const std::vector<SmsDatabase::ChildSms> children(5000, {SmsStatus::kPending, "+3", "", 0, 0});
+  const std::vector<SmsDatabase::ChildSms> children(5000, {"+3", {SmsStatus::kPending}});
   EXPECT_THROW(db().AddChildren(1, children), StoreError);
   EXPECT_THAT(Ids(), ElementsAre(1));
   {

@@ -21,7 +21,7 @@ TEST_F(MessageTest, AddedMessagesAndTheirCopies) {
   EXPECT_EQ(db().GetSms(99), std::nullopt);
 
   clock_.Advance(5000);
-  EXPECT_TRUE(db().SetSent(id, SmsStatus::kDelivered, ",ID: x", 60, 90));
+  EXPECT_TRUE(db().SetOutcome(id, SmsStatus::kPending, {SmsStatus::kDelivered, ",ID: x", 60, 90}));
   EXPECT_EQ(LineOf(id), "2|1000000000|9|1|2|,+1,+2|+1,+2|text|,ID: x|0|Me|9|60|90|?");
   // A copy is new, unsent, and keeps the reference.
   const auto same = db().DuplicateSms(id, std::nullopt);
@@ -31,11 +31,12 @@ TEST_F(MessageTest, AddedMessagesAndTheirCopies) {
   const auto single = db().CopySmsTo(id, SmsStatus::kPending, ann);
   EXPECT_EQ(LineOf(single), "5|1000000005|0|1|2|A1|Ann Doe|text||0|Me|9|0|0|?");
   const std::vector<SmsDatabase::ChildSms> children = {
-      {SmsStatus::kUnknown, ann, ",ID: a", 60, 1060}, {SmsStatus::kFailed, "+2", "", 0, 0}};
+      {ann, {SmsStatus::kUnknown, ",ID: a", 60, 1060, "+5"}},
+      {"+2", {SmsStatus::kFailed, "", 0, 0, "+2", "301: none"}}};
   EXPECT_TRUE(db().AddChildren(id, children));
   EXPECT_TRUE(db().AddChildren(id, {}));
-  EXPECT_EQ(LineOf(6), "6|1000000005|11|1|2|A1|Ann Doe|text|,ID: a|0|Me|9|60|1060|?");
-  EXPECT_EQ(LineOf(7), "7|1000000005|2|1|2|+2|+2|text||0|Me|9|0|0|?");
+  EXPECT_EQ(LineOf(6), "6|1000000005|11|1|2|A1|Ann Doe|text|,ID: a|0|Me|9|60|1060|?|+5");
+  EXPECT_EQ(LineOf(7), "7|1000000005|2|1|2|+2|+2|text||0|Me|9|0|0|?|+2|301: none");
   EXPECT_EQ(Add("+1"), 8);
   EXPECT_EQ(db().CountSms(), 8);
 }
@@ -69,14 +70,16 @@ TEST_F(MessageTest, MissingRowsAreToldAndChangeNothing) {
   db().BeginEditSms(id);
   db().UpdateEditedSms(id, 0, "+1", "x");
   EXPECT_FALSE(db().SetSmsStatus(id, SmsStatus::kSent));
-  EXPECT_FALSE(db().SetSent(id, SmsStatus::kSent, "", 0, 0));
+  EXPECT_FALSE(db().ChangeStatus(id, SmsStatus::kPending, SmsStatus::kSent));
+  EXPECT_FALSE(db().SetOutcome(id, SmsStatus::kPending, {SmsStatus::kSent}));
+  EXPECT_FALSE(db().SetExpanded(id, SmsStatus::kPending, "+1"));
   EXPECT_FALSE(db().SetQuerySchedule(id, 1, 1));
   EXPECT_FALSE(db().SetApiMsgId(id, "x"));
   EXPECT_FALSE(db().SetStatusAndCharge(id, SmsStatus::kSent, "1"));
   EXPECT_FALSE(db().SetStatusAndCharge(id, std::nullopt, "1"));
   EXPECT_EQ(db().DuplicateSms(id, std::nullopt), -1);
   EXPECT_EQ(db().CopySmsTo(id, SmsStatus::kPending, "+1"), -1);
-  const SmsDatabase::ChildSms child{SmsStatus::kPending, "+1", "", 0, 0};
+  const SmsDatabase::ChildSms child{"+1", {SmsStatus::kPending}};
   EXPECT_FALSE(db().AddChildren(id, {&child, 1}));
   EXPECT_EQ(db().CountSms(), 0);
   EXPECT_EQ(Add("+1"), id + 1);  // the id is not used again, and none was wasted
@@ -91,7 +94,7 @@ TEST_F(MessageTest, LogLines) {
   db().SetSmsStatus(id, SmsStatus::kSent);
   db().UpdateEditedSms(id, 0, "+2", "new");
   db().UpdateEditedSms(99, 0, "+2", "new");
-  const SmsDatabase::ChildSms child{SmsStatus::kPending, "+3", "", 0, 0};
+  const SmsDatabase::ChildSms child{"+3", {SmsStatus::kPending}};
   db().AddChildren(id, {&child, 1});
   log.enabled = false;
   Add("+4");
@@ -158,8 +161,8 @@ TEST_F(MessageTest, SelectionsOfTheSendEngine) {
   EXPECT_THAT(db().DueSms(SmsStatus::kScheduled, 7, 100), ElementsAre(due));
   EXPECT_THAT(db().DueSms(SmsStatus::kSent, 7, 100), ElementsAre(sent));  // outside the index
 
-  db().SetSent(pending2, SmsStatus::kUnknown, ",ID: b", 60, 40);
-  db().SetSent(pending1, SmsStatus::kUnknown, ",ID: a", 300, 50);
+  db().SetOutcome(pending2, SmsStatus::kPending, {SmsStatus::kUnknown, ",ID: b", 60, 40});
+  db().SetOutcome(pending1, SmsStatus::kPending, {SmsStatus::kUnknown, ",ID: a", 300, 50});
   const auto ids = [](const std::vector<SmsDatabase::FollowedSms>& rows) {
     std::string text;
     for (const auto& row : rows) {

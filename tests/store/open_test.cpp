@@ -85,7 +85,7 @@ TEST_F(OpenTest, FilesThatAreRefusedAndLeftAlone) {
     std::string reason, bytes, statements;
   };
   const Case cases[] = {
-      {"newer version", good, "PRAGMA user_version=2"},
+      {"newer version", good, "PRAGMA user_version=3"},
       {"no such table", good, "DROP TABLE NextGroupID"},
       {"no such column", good, "ALTER TABLE SMS DROP COLUMN \"To\""},
       {"another program", "", "CREATE TABLE SMS(ID)"},
@@ -103,6 +103,83 @@ TEST_F(OpenTest, FilesThatAreRefusedAndLeftAlone) {
   ExpectRefused("cannot be opened");
 }
 
+// A file as the first version of the program left it.
+constexpr const char* kFirstSchema = R"(
+PRAGMA journal_mode=WAL;
+CREATE TABLE SMS(
+  ID INTEGER PRIMARY KEY, Time INTEGER NOT NULL, Stat INTEGER NOT NULL, Type INTEGER NOT NULL,
+  RefID INTEGER NOT NULL, "To" TEXT NOT NULL, ToInfo TEXT NOT NULL, Msg TEXT NOT NULL,
+  ApiMsgID TEXT NOT NULL, SavedStat INTEGER NOT NULL, SenderID TEXT NOT NULL,
+  Delay INTEGER NOT NULL, QueryTime INTEGER NOT NULL, StatQryTm INTEGER NOT NULL,
+  Charge TEXT NOT NULL);
+CREATE INDEX SMS_UNFINISHED ON SMS(Stat) WHERE (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10);
+CREATE INDEX SMS_FOLLOWED ON SMS(Stat, StatQryTm) WHERE QueryTime >= 1 AND
+  (Stat = 1 OR Stat = 3 OR Stat = 7 OR Stat = 8 OR Stat = 11);
+CREATE TABLE NextSMSID(ID INTEGER NOT NULL);
+CREATE TABLE "GROUP"(GID INTEGER PRIMARY KEY, Cnt INTEGER NOT NULL, Name TEXT NOT NULL);
+CREATE TABLE NextGroupID(ID INTEGER NOT NULL);
+CREATE TABLE CONTACTS(
+  CID INTEGER PRIMARY KEY, Name TEXT NOT NULL, Surname TEXT NOT NULL, Title TEXT NOT NULL,
+  Custom TEXT NOT NULL, Mobile TEXT NOT NULL);
+CREATE TABLE NextContactID(ID INTEGER NOT NULL);
+CREATE TABLE CONTACT_GROUP_MAP(CID INTEGER NOT NULL, GID INTEGER NOT NULL);
+CREATE INDEX MAP_CID ON CONTACT_GROUP_MAP(CID);
+CREATE INDEX CONTACTS_MOBILE ON CONTACTS(Mobile);
+CREATE INDEX MAP_GID ON CONTACT_GROUP_MAP(GID);
+PRAGMA application_id=1332901484; PRAGMA user_version=1;
+INSERT INTO NextSMSID VALUES(8); INSERT INTO NextGroupID VALUES(2);
+INSERT INTO NextContactID VALUES(2); INSERT INTO "GROUP" VALUES(1, 0, 'Friends');
+INSERT INTO CONTACTS VALUES(1, 'Ann', 'Doe', '', '', '0821');
+INSERT INTO SMS VALUES(7, 500, 9, 0, 7, ',A1', 'Ann Doe', 'Hello', ',ID: x', 0, 'Me', 0, 300, 900,
+                       '1.5');
+)";
+
+TEST_F(OpenTest, AFileOfTheFirstSchema) {
+  const std::string old_row = "7|500|9|0|7|,A1|Ann Doe|Hello|,ID: x|0|Me|0|300|900|1.5";
+  const std::string copy = Path() + ".schema-1";
+  const auto spill_first_schema = [&] {
+    database_.reset();
+    std::filesystem::remove(Path());
+    RunSql(Path(), kFirstSchema);
+  };
+  spill_first_schema();
+  const std::string before = Slurp(Path());
+  Reopen(true);  // looking on reads it as it is
+  ASSERT_TRUE(db().IsUsable()) << db().Problem();
+  EXPECT_EQ(LineOf(7), old_row);
+  EXPECT_EQ(Line(db().AllSms().at(0)), old_row);
+  database_.reset();
+  EXPECT_EQ(Slurp(Path()), before);
+
+  // Killed at any moment, the file is whole: of this schema or of the last.
+  for (const char* killed_after : {"SMS.db.schema-1.new", "SMS.db.schema-1", "SMS.db.schema-1-2"}) {
+    Spill(folder_.File(killed_after), "left there");
+    Spill(folder_.File(killed_after) + "-journal", "left there");
+    spill_first_schema();
+    Reopen();
+    ASSERT_TRUE(db().IsUsable()) << db().Problem();
+    EXPECT_EQ(LineOf(7), old_row);
+    EXPECT_EQ(db().GetGroupName(1), "Friends");
+    EXPECT_FALSE(std::filesystem::exists(copy + ".new"));
+  }
+  EXPECT_EQ(Slurp(copy + "-2"), "left there");
+  db().SetOutcome(7, SmsStatus::kDelivered, {SmsStatus::kFailed, "", 0, 0, "+27821", "301: none"});
+  Reopen();  // once is enough
+  EXPECT_EQ(LineOf(7), "7|500|2|0|7|,A1|Ann Doe|Hello|,ID: x|0|Me|0|300|900|1.5|+27821|301: none");
+  EXPECT_EQ(Add("+1"), 8);
+
+  // Each copy is a file that the first version opens, private and with all in it.
+  database_.reset();
+  EXPECT_FALSE(std::filesystem::exists(copy + "-4"));
+  struct stat status {};
+  ASSERT_EQ(stat((copy + "-3").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  std::filesystem::rename(copy + "-3", Path());
+  RunSql(Path(), "DROP TABLE NextGroupID");
+  ExpectRefused("no such table");  // what is not whole is not touched
+  EXPECT_FALSE(std::filesystem::exists(copy + "-3"));
+}
+
 TEST_F(OpenTest, StrangeValuesAreReadAndCountersRepaired) {
   Add("+1");
   AddPerson("Ann");
@@ -113,7 +190,7 @@ TEST_F(OpenTest, StrangeValuesAreReadAndCountersRepaired) {
          "UPDATE SMS SET Stat = 'abc', Time = 1e300, Type = -99999999999, Msg = x'ff00fe',"
          "  \"To\" = '', RefID = '12x', Charge = 5.5, SenderID = zeroblob(3000000);"
          "INSERT INTO SMS VALUES(99999999999, 0, 5, 0, 0, ',A99999999999', '', '', '', 5, '', 0, "
-         "  4, 5, '');");
+         "  4, 5, '', '', '');");
   Reopen();
   ASSERT_TRUE(db().IsUsable()) << db().Problem();
   auto rows = db().AllSms();

@@ -27,7 +27,7 @@ class RecordingLog : public Log {
   }
 };
 
-// All columns of a row, in their order.
+// All columns of a row, in their order; the last two only where they say something.
 inline std::string Line(const MessageRow& row) {
   std::string line;
   for (const auto number : {row.id, row.time, row.stat, row.type, row.ref_id}) {
@@ -38,7 +38,9 @@ inline std::string Line(const MessageRow& row) {
   for (const auto number : {row.delay, row.query_time, row.stat_qry_tm}) {
     line += std::to_string(number) + "|";
   }
-  return line + row.charge;
+  line += row.charge;
+  for (const std::string& text : {row.number, row.reason}) line += text.empty() ? "" : "|" + text;
+  return line;
 }
 
 // A database in a folder of its own, which can be closed and opened again.
