@@ -39,21 +39,10 @@ std::unique_ptr<Carrier> GatewayService::MakeCarrier(const ServiceOptions& optio
   return carrier;
 }
 
-// Reports may come from the start; what is handed over from here on brings the first new ones.
-std::unique_ptr<HttpServer> GatewayService::ServeOperations(const ServiceOptions& options) {
-  if (!options.operations) return nullptr;
-  auto server = std::make_unique<HttpServer>(*options.operations, operations_handler_);
-  if (kannel_ != nullptr) {
-    const bool v6 = options.operations->address.find(':') != std::string::npos;
-    kannel_->Start(
-        fmt::format("{}://{}{}{}:{}", options.operations->certificate.empty() ? "http" : "https",
-                    v6 ? "[" : "", options.operations->address, v6 ? "]" : "", server->port()));
-  }
-  return server;
-}
-
 GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& clock)
-    : lock_(TakeFolder(options.folder)),
+    : operations_options_(options.operations),
+      http_options_(options.http),
+      lock_(TakeFolder(options.folder)),
       database_(options.folder),
       accounts_(database_, clock),
       sessions_(database_, clock),
@@ -74,10 +63,22 @@ GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& c
            [this](const std::string& line) {
              log_.Error("call_failed", {{"reason", line}});
            }),
-      operations_handler_({database_, metrics_, log_, clock, *carrier_, kannel_}),
-      operations_(ServeOperations(options)),
-      server_(options.http, api_) {
+      operations_handler_({database_, metrics_, log_, clock, *carrier_, kannel_}) {
   SaveDeliverySeconds(database_, options.simulation.delivery_seconds);
+}
+
+void GatewayService::Listen() {
+  if (operations_options_) ListenForOperations(*operations_options_);
+  server_ = std::make_unique<HttpServer>(http_options_, api_);
+}
+
+// Reports may come from the start; what is handed over from here on brings the first new ones.
+void GatewayService::ListenForOperations(const HttpServerOptions& options) {
+  operations_ = std::make_unique<HttpServer>(options, operations_handler_);
+  if (kannel_ == nullptr) return;
+  const bool v6 = options.address.find(':') != std::string::npos;
+  kannel_->Start(fmt::format("{}://{}{}{}:{}", options.certificate.empty() ? "http" : "https",
+                             v6 ? "[" : "", options.address, v6 ? "]" : "", operations_->port()));
 }
 
 }  // namespace orvalo::service

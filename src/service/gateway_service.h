@@ -39,14 +39,18 @@ struct ServiceOptions {
   std::function<void(const std::string&)> report = [](const std::string&) {};
 };
 
-// The whole service on one data folder, serving for as long as it lives. Construction throws
-// std::runtime_error when the folder or the address cannot be had, or the folder is being served
-// already.
+// The whole service on one data folder. Construction makes everything ready and throws
+// std::runtime_error when the folder cannot be had or is being served already; Listen opens the
+// door, so that nobody comes before the accounts stand.
 class GatewayService {
  public:
   GatewayService(const ServiceOptions& options, platform::Clock& clock);
 
-  int port() const { return server_.port(); }
+  // Serves from here on, for as long as the object lives; once. Throws std::runtime_error when an
+  // address cannot be had.
+  void Listen();
+
+  int port() const { return server_ ? server_->port() : 0; }  // 0: it does not listen yet
   int operations_port() const { return operations_ ? operations_->port() : 0; }  // 0: none
   Accounts& accounts() { return accounts_; }
   Vouchers& vouchers() { return vouchers_; }
@@ -56,8 +60,10 @@ class GatewayService {
 
  private:
   std::unique_ptr<Carrier> MakeCarrier(const ServiceOptions& options, platform::Clock& clock);
-  std::unique_ptr<HttpServer> ServeOperations(const ServiceOptions& options);
+  void ListenForOperations(const HttpServerOptions& options);
 
+  const std::optional<HttpServerOptions> operations_options_;
+  const HttpServerOptions http_options_;
   std::unique_ptr<platform::NamedMutex> lock_;
   Database database_;
   Accounts accounts_;
@@ -79,7 +85,7 @@ class GatewayService {
   Api api_;
   OperationsHandler operations_handler_;
   std::unique_ptr<HttpServer> operations_;
-  HttpServer server_;  // last: requests come as soon as it is there
+  std::unique_ptr<HttpServer> server_;  // last: its requests need all the others
 };
 
 }  // namespace orvalo::service

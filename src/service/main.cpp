@@ -100,6 +100,9 @@ int Serve(ServeOptions options, platform::Clock& clock) {
   service_options.report = [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
   GatewayService service(service_options, clock);
   if (options.demo) fmt::print("{}", LayOutDemoData(service.accounts(), service.vouchers()));
+  // What an earlier run left there tells the wrong port until ours is open.
+  if (!options.port_file.empty()) std::remove(options.port_file.c_str());
+  service.Listen();
   const auto port = std::to_string(service.port());
   const auto operations_port = std::to_string(service.operations_port());
   if (!options.port_file.empty() &&

@@ -21,6 +21,7 @@ TEST(RealService, UnderstandsTheComponentAndIsUnderstood) {
   FakeClock clock;
   service::GatewayService gateway(InFolder(folder.path()), clock);
   service::LayOutDemoData(gateway.accounts(), gateway.vouchers());
+  gateway.Listen();
   component::Component component(clock);
   Caller caller(component);
   const auto text = [](std::string_view bytes) { return Caller::Text(bytes); };
@@ -64,6 +65,7 @@ TEST(RealService, ChargesOnceForAMessageWhoseReplyGotLost) {
   options.drop_replies = 0.3;
   service::GatewayService gateway(options, clock);
   service::LayOutDemoData(gateway.accounts(), gateway.vouchers());
+  gateway.Listen();
   component::Component component(clock);
   Caller caller(component);
   caller.Call(u"SetBaseURL", {Caller::Text("http://127.0.0.1:" + std::to_string(gateway.port()))});

@@ -12,6 +12,7 @@
 #include "service/money.h"
 #include "service/running_service.h"
 #include "support/gateway_program.h"
+#include "support/raw_server.h"
 
 namespace orvalo::test {
 namespace {
@@ -147,6 +148,24 @@ TEST(Program, IsAdministeredWhileItRuns) {
     EXPECT_EQ(entry.status().permissions(), perms::owner_read | perms::owner_write) << entry.path();
   }
   EXPECT_EQ(program.Stop(SIGINT), 0);
+}
+
+TEST(Program, IsReadyBeforeItListens) {
+  const TemporaryFolder folder;
+  const auto port_file = folder.File("port");
+  Spill(port_file, "9\n");  // of an earlier run
+  const int port = UnusedPort();
+  ChildProcess program({GatewayPath(), "--demo", "--data", folder.File("data"), "--listen",
+                        "127.0.0.1:" + std::to_string(port), "--port-file", port_file},
+                       folder.File("out"), folder.File("err"));
+  GatewayCaller demo(port, "");
+  const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  JsonReply reply;
+  while (reply.status == 0 && std::chrono::steady_clock::now() < give_up) {
+    reply = demo.Post("/v1/session", {{"client_id", ""}, {"user", "demo"}, {"password", "demo"}});
+    EXPECT_TRUE(reply.status == 0 || Slurp(port_file) != "9\n");
+  }
+  EXPECT_EQ(reply.status, 200) << "whoever comes first is known";
 }
 
 TEST(Program, DemonstratesAgainOnTheSameFolder) {

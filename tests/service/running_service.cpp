@@ -69,6 +69,7 @@ RunningService::RunningService(const service::SimulationOptions& simulation, dou
   service_ = std::make_unique<service::GatewayService>(options, clock);
   service_->accounts().Add("ann", "ann@example.org", "ann", 100'000);
   service_->accounts().Add("bob", "", "bob", 2'000);
+  service_->Listen();
 }
 
 RunningService::~RunningService() { Stop(); }
@@ -81,6 +82,7 @@ void RunningService::Restart(std::int64_t seconds_away) {
   Stop();
   clock.Advance(seconds_away * 1'000);
   service_ = std::make_unique<service::GatewayService>(options, clock);
+  service_->Listen();
 }
 
 GatewayCaller RunningService::Caller(const std::string& user) {

@@ -39,6 +39,8 @@ std::vector<std::string> GatewayProgram::Ledger() const {
   return lines;
 }
 
+std::string GatewayPath() { return ORVALO_GATEWAY; }
+
 ProgramResult RunGateway(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), ORVALO_GATEWAY);
   return RunProgram(std::move(arguments));

@@ -30,6 +30,8 @@ class GatewayProgram {
   int port_ = 0, operations_port_ = 0;
 };
 
+std::string GatewayPath();  // of the program's file
+
 // Runs one of the program's commands to its end.
 ProgramResult RunGateway(std::vector<std::string> arguments);
 
