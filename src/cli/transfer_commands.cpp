@@ -17,6 +17,9 @@ namespace orvalo::cli {
 
 namespace {
 
+const std::map<std::string, CsvQuotes> kQuotes{{"refuse", CsvQuotes::kRefuse},
+                                               {"enclose", CsvQuotes::kEnclose},
+                                               {"literal", CsvQuotes::kLiteral}};
 const std::map<std::string, char> kSeparators{{"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}};
 
 // Each group once: a contact belongs to it once.
@@ -32,17 +35,25 @@ std::vector<std::int32_t> GidsOf(SmsDatabase& database, const std::vector<std::s
 
 // Ends the command when nothing could be imported.
 void CheckImported(const std::string& file, const CsvImportResult& result) {
-  const char* reason = nullptr;
+  using End = CsvImportResult::End;
+  std::string reason;
   if (!result.opened) {
     reason = "cannot be opened";
-  } else if (result.end == CsvImportResult::End::kNotText) {
-    reason = "is not a text file";
-  } else if (result.end == CsvImportResult::End::kUnreadable) {
+  } else if (result.end == End::kBinary) {
+    reason = "is no text file: save it as CSV";
+  } else if (result.end == End::kNul) {
+    reason = "holds a NUL byte in line " + std::to_string(result.line) +
+             ", which no text does: save it as CSV";
+  } else if (result.end == End::kQuoted) {
+    reason = "has a field in quotation marks in line " + std::to_string(result.line) +
+             ": say --quotes enclose to read such fields without them, as spreadsheets mean them, "
+             "or --quotes literal to take the marks as text";
+  } else if (result.end == End::kUnreadable) {
     reason = "cannot be read to its end";
   } else if (!result.valid_header) {
     reason = "has no column \"mobile\" in its first line (see --separator)";
   }
-  if (reason != nullptr) throw CommandError(ExitCode::kFailed, "\"" + file + "\" " + reason);
+  if (!reason.empty()) throw CommandError(ExitCode::kFailed, "\"" + file + "\" " + reason);
 }
 
 void PrintImported(const Context& context, const CsvImportResult& result) {
@@ -81,6 +92,11 @@ void ImportCommand::Define(CLI::App& app) {
   app.add_option("--separator", separator_, "What stands between fields: comma, semicolon or tab")
       ->type_name("NAME")
       ->check(CLI::IsMember(kSeparators));
+  app.add_option("--quotes", quotes_,
+                 "Fields in quotation marks: refuse (the file is not imported), enclose (read "
+                 "without them) or literal (the marks are text)")
+      ->type_name("HOW")
+      ->check(CLI::IsMember(kQuotes));
   app.add_flag("--auto-create", auto_create_,
                "A contact whose line names a group joins that one alone; missing groups are made");
   app.add_flag("--no-duplicates", no_duplicates_, "Leave out numbers that are there already");
@@ -90,8 +106,9 @@ void ImportCommand::Define(CLI::App& app) {
 
 ExitCode ImportCommand::Execute(Context& context) {
   SmsDatabase& database = context.program.GetDatabase();
-  const CsvImportOrder order{file_, kSeparators.at(separator_), GidsOf(database, groups_),
-                             auto_create_, no_duplicates_};
+  const CsvImportOrder order{
+      file_,          kSeparators.at(separator_), GidsOf(database, groups_), auto_create_,
+      no_duplicates_, kQuotes.at(quotes_)};
   const auto result = ImportContacts(database, order, [&](std::uint64_t done, std::uint64_t size) {
     context.errors.Progress("Importing: " + std::to_string(size ? done * 100 / size : 100) + " %");
     return true;

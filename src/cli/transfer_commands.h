@@ -20,6 +20,7 @@ class ImportCommand : public Command {
   std::string file_;
   std::vector<std::string> groups_;
   std::string separator_ = "comma";
+  std::string quotes_ = "refuse";
   std::string rejects_;
   bool auto_create_ = false;
   bool no_duplicates_ = false;

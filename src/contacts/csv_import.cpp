@@ -115,7 +115,7 @@ class Importing {
         groups_(database),
         loader_(database, reader.Size() / kBytesOfALine) {}
 
-  // False when it was cancelled.
+  // False when nothing is to be kept: it was cancelled, or found quoted fields.
   bool Run() {
     if (!ReadLines()) return false;
     loader_.Finish();
@@ -129,6 +129,7 @@ class Importing {
       TakeRow();
     }
     if (reader_.AtEnd()) return true;
+    if (reader_.RefusedQuotes()) return false;
     Reject(RejectReason::kEndedImport);
     while (reader_.SkipLine()) {
       if (!GoesOn()) return false;
@@ -145,6 +146,10 @@ class Importing {
     result_.rejected.Add(reader_.LineNumber(), reason, reader_.Line());
   }
   void TakeRow() {
+    if (reader_.HasOpenQuote()) {
+      Reject(RejectReason::kOpenQuote);
+      return;
+    }
     const std::string_view mobile = reader_.Field(ColumnCode::kMobile);
     if (mobile.empty()) {
       ++result_.discarded;
@@ -179,9 +184,10 @@ class Importing {
   std::uint32_t lines_ = 0;
 };
 
-CsvImportResult NothingImported(CsvImportResult::End end) {
+CsvImportResult NothingImported(CsvImportResult::End end, std::uint64_t line = 0) {
   CsvImportResult result;
   result.end = end;
+  result.line = line;
   result.opened = true;
   return result;
 }
@@ -192,17 +198,19 @@ CsvImportResult ImportContacts(SmsDatabase& database, const CsvImportOrder& orde
                                const ImportProgress& progress) {
   using End = CsvImportResult::End;
   using Fault = TextLines::Fault;
-  CsvContactReader reader(order.separator, order.path);
+  CsvContactReader reader(order.separator, order.path, order.quotes);
   CsvImportResult result;
   result.opened = reader.fault() != Fault::kNotOpened;
   result.valid_header = reader.IsValid();
   if (reader.IsValid()) {
     SmsDatabase::Transaction transaction(database);
-    if (!Importing(database, order, progress, reader, result).Run())
-      return NothingImported(End::kCancelled);
-    if (reader.fault() == Fault::kNone) transaction.Commit();
+    const bool keep = Importing(database, order, progress, reader, result).Run();
+    if (!keep && !reader.RefusedQuotes()) return NothingImported(End::kCancelled);
+    if (keep && reader.fault() == Fault::kNone) transaction.Commit();
   }
-  if (reader.fault() == Fault::kNotText) return NothingImported(End::kNotText);
+  if (reader.RefusedQuotes()) return NothingImported(End::kQuoted, reader.LineNumber());
+  if (reader.fault() == Fault::kBinary) return NothingImported(End::kBinary);
+  if (reader.fault() == Fault::kNul) return NothingImported(End::kNul, reader.FaultLine());
   if (reader.fault() == Fault::kUnreadable) return NothingImported(End::kUnreadable);
   return result;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "contacts/csv_fields.h"
 #include "contacts/rejected_lines.h"
 #include "contacts/text_lines.h"
 
@@ -19,11 +20,20 @@ struct CsvImportOrder {
   // A contact whose line names a group joins that group alone; a group that does not exist is made.
   bool auto_create = false;
   bool prevent_duplicates = false;  // numbers that the address book holds already are passed over
+  CsvQuotes quotes = CsvQuotes::kLiteral;
 };
 
 struct CsvImportResult {
-  enum class End { kFinished, kCancelled, kNotText, kUnreadable };
+  enum class End {
+    kFinished,
+    kCancelled,
+    kBinary,      // no text file but a spreadsheet, an archive, a picture ...
+    kNul,         // `line` holds a NUL byte
+    kQuoted,      // `line` holds a field in quotation marks, and the order refuses them
+    kUnreadable,  // the disk failed
+  };
   End end = End::kFinished;
+  std::uint64_t line = 0;
   bool opened = false;        // the file could be opened
   bool valid_header = false;  // its first line names a mobile column; else nothing was read
   std::int32_t inserted = 0;

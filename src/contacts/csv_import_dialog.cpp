@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "app/texts.h"
-#include "contacts/csv_import.h"
 #include "platform/code_page.h"
 #include "platform/collation.h"
 #include "platform/message_box.h"
@@ -22,6 +21,9 @@ constexpr int kImportCaptionId = 1445;
 constexpr int kImportedTextId = 1446;
 constexpr int kNotTextId = 2004;
 constexpr int kUnreadableId = 2005;
+constexpr int kNulTextId = 2312;
+constexpr int kQuotedTextId = 2313;
+constexpr int kLongPathTextId = 2314;
 constexpr int kOfferRejectedId = 2006;
 constexpr int kRejectedNameId = 2007;
 constexpr int kRejectedFilterId = 2008;
@@ -52,7 +54,12 @@ void CsvImportDialog::EditPath(std::string_view path) {
 void CsvImportDialog::Browse(CsvImportWindow& window) {
   const auto path = window.PickFileToOpen(texts_.LoadOrEmpty(kImportFilterId),
                                           texts_.LoadOrEmpty(kImportPatternId));
-  if (!path || platform::CountCharacters(*path) > kPathWidth) return;
+  if (!path) return;
+  if (platform::CountCharacters(*path) > kPathWidth) {
+    Complain(texts_.Format(kLongPathTextId, {static_cast<std::int64_t>(kPathWidth)})
+                 .value_or(std::string()));
+    return;
+  }
   EditPath(*path);
   window.ShowPath(path_);
 }
@@ -65,37 +72,65 @@ bool CsvImportDialog::OkEnabled() const { return groups_.CheckedCount() > 0 && !
 
 bool CsvImportDialog::Ok(CsvImportWindow& window) {
   if (!OkEnabled()) return false;
-  CsvImportOrder order{path_, separators_[separator_].value, groups_.CheckedGids(), auto_create_,
-                       prevent_duplicates_};
-  std::reverse(order.gids.begin(), order.gids.end());
   CsvImportResult result;
   try {
-    result = ImportContacts(database_, order, [&](std::uint64_t done, std::uint64_t size) {
-      return window.ShowProgress(done, size);
-    });
+    result = Import(window, quotes_);
+    if (result.end == CsvImportResult::End::kQuoted) {
+      const auto quotes = AskAboutQuotes(result.line);
+      if (!quotes) return false;
+      window.ShowEnclosesFields(*quotes == CsvQuotes::kEnclose);
+      result = Import(window, *quotes);
+    }
   } catch (const StoreError& error) {
-    window.EndProgress();
     Complain(error.what());
     return false;
   }
-  window.EndProgress();
-  switch (result.end) {
-    case CsvImportResult::End::kCancelled:
-      return false;
-    case CsvImportResult::End::kNotText:
-      Complain(texts_.Format(kNotTextId, {path_}).value_or(std::string()));
-      return false;
-    case CsvImportResult::End::kUnreadable:
-      Complain(texts_.Format(kUnreadableId, {path_}).value_or(std::string()));
-      return false;
-    case CsvImportResult::End::kFinished:
-      break;
+  if (result.end == CsvImportResult::End::kCancelled) return false;
+  if (result.end != CsvImportResult::End::kFinished) {
+    Complain(Problem(result));
+    return false;
   }
   boxes_.Show(
       texts_.Format(kImportedTextId, {result.inserted, result.discarded}).value_or(std::string()),
       texts_.Load(kImportCaptionId), platform::BoxIcon::kInformation);
   OfferRejected(result.rejected, window);
   return true;
+}
+
+CsvImportResult CsvImportDialog::Import(CsvImportWindow& window, CsvQuotes quotes) {
+  CsvImportOrder order{path_,        separators_[separator_].value, groups_.CheckedGids(),
+                       auto_create_, prevent_duplicates_,           quotes};
+  std::reverse(order.gids.begin(), order.gids.end());
+  const struct End {
+    CsvImportWindow& window;
+    ~End() { window.EndProgress(); }
+  } end{window};
+  return ImportContacts(database_, order, [&](std::uint64_t done, std::uint64_t size) {
+    return window.ShowProgress(done, size);
+  });
+}
+
+// Nothing when the import is not to go on.
+std::optional<CsvQuotes> CsvImportDialog::AskAboutQuotes(std::uint64_t line) {
+  const auto text = texts_.Format(kQuotedTextId, {static_cast<std::int64_t>(line)});
+  switch (boxes_.Show(text.value_or(std::string()), texts_.Load(kImportCaptionId),
+                      platform::BoxIcon::kWarning, platform::BoxButtons::kYesNoCancel)) {
+    case platform::BoxAnswer::kYes:
+      return CsvQuotes::kEnclose;
+    case platform::BoxAnswer::kNo:
+      return CsvQuotes::kLiteral;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::string CsvImportDialog::Problem(const CsvImportResult& result) const {
+  const bool nul = result.end == CsvImportResult::End::kNul;
+  const auto text =
+      nul ? texts_.Format(kNulTextId, {static_cast<std::int64_t>(result.line), path_})
+          : texts_.Format(result.end == CsvImportResult::End::kBinary ? kNotTextId : kUnreadableId,
+                          {path_});
+  return text.value_or(std::string());
 }
 
 void CsvImportDialog::OfferRejected(const RejectedLines& rejected, CsvImportWindow& window) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "contacts/csv_import.h"
 #include "contacts/group_choices.h"
 
 namespace orvalo::platform {
@@ -30,6 +31,7 @@ class CsvImportWindow {
                                                     const std::string& filter,
                                                     const std::string& default_pattern) = 0;
   virtual void ShowPath(const std::string& path) = 0;
+  virtual void ShowEnclosesFields(bool enclose) = 0;  // the tick, after the operator's answer
   // Progress with a Cancel, between 0 and `size`. May run the window's events, so that it can be
   // drawn and cancelled, but let no other command of the program through. False when it has been
   // cancelled.
@@ -54,7 +56,7 @@ class CsvImportDialog {
 
   const std::string& Path() const { return path_; }
   void EditPath(std::string_view path);  // on every change of the file field
-  // A picked path that is too long for the field is passed over: never cut.
+  // A picked path that is too long for the field is refused with a message: never cut.
   void Browse(CsvImportWindow& window);
 
   const std::vector<Separator>& Separators() const { return separators_; }  // sorted by name
@@ -66,6 +68,10 @@ class CsvImportDialog {
 
   bool PreventsDuplicates() const { return prevent_duplicates_; }
   void PreventDuplicates(bool prevent) { prevent_duplicates_ = prevent; }
+  // Whether fields may stand in quotation marks. Unless it is ticked, the first such field makes Ok
+  // ask; the answer ticks it.
+  bool EnclosesFields() const { return quotes_ == CsvQuotes::kEnclose; }
+  void EncloseFields(bool enclose) { quotes_ = enclose ? CsvQuotes::kEnclose : CsvQuotes::kRefuse; }
   bool AutoCreates() const { return auto_create_; }
   void AutoCreate(bool create) { auto_create_ = create; }
 
@@ -77,6 +83,9 @@ class CsvImportDialog {
   bool Ok(CsvImportWindow& window);
 
  private:
+  CsvImportResult Import(CsvImportWindow& window, CsvQuotes quotes);
+  std::optional<CsvQuotes> AskAboutQuotes(std::uint64_t line);
+  std::string Problem(const CsvImportResult& result) const;
   void OfferRejected(const RejectedLines& rejected, CsvImportWindow& window);
   void Complain(const std::string& text);
 
@@ -89,6 +98,7 @@ class CsvImportDialog {
   std::string path_;
   bool prevent_duplicates_ = false;
   bool auto_create_ = false;
+  CsvQuotes quotes_ = CsvQuotes::kRefuse;
 };
 
 }  // namespace orvalo

@@ -31,55 +31,65 @@ ColumnCode CodeOf(std::string_view header) {
   return ColumnCode::kFirstName;
 }
 
-// Calls `take` with the fields of a line, at most `most` of them.
-template <typename Take>
-void CutFields(std::string_view line, char separator, std::size_t most, const Take& take) {
-  for (std::size_t field = 0; field < most; ++field) {
-    const std::size_t end = line.find(separator);
-    take(field, line.substr(0, end));
-    if (end == std::string_view::npos) return;
-    line.remove_prefix(end + 1);
-  }
+// The first character stays whatever it is: a line that is nothing but its end holds one field.
+std::string_view WithoutEnd(std::string_view line) {
+  while (line.size() > 1 && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
+  return line;
 }
 
 }  // namespace
 
-CsvContactReader::CsvContactReader(char separator, const std::string& path)
-    : separator_(separator), lines_(path) {
-  if (separator_ != '\0' && ReadLine()) ReadHeader();
+CsvContactReader::CsvContactReader(char separator, const std::string& path, CsvQuotes quotes)
+    : quotes_(quotes), lines_(path), cut_(separator, quotes) {
+  if (separator != '\0' && ReadRecord(kMostCsvColumns)) ReadHeader();
 }
 
 bool CsvContactReader::ReadLine() {
   at_end_ = !lines_.Next();
   if (at_end_) return false;
-  line_ = Line();
+  number_ = lines_.Number();
+  line_ = WithoutEnd(lines_.Line());
   return !line_.empty();
 }
 
-// The first character stays whatever it is: a line that is nothing but its end holds one field.
-std::string_view CsvContactReader::Line() const {
-  std::string_view line = lines_.Line();
-  while (line.size() > 1 && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
-  return line;
+// A line, or the lines that a quoted field goes over.
+bool CsvContactReader::ReadRecord(std::size_t most_fields) {
+  open_quote_ = false;
+  if (!ReadLine()) return false;
+  refused_quotes_ = quotes_ == CsvQuotes::kRefuse && cut_.HasQuoted(line_);
+  if (refused_quotes_) return false;
+  if (cut_.Cut(line_, most_fields)) return true;
+  joined_ = lines_.Line();
+  while (joined_.size() < TextLines::kLongestLine && lines_.Next()) {
+    joined_ += lines_.Line();
+    line_ = WithoutEnd(joined_);
+    if (lines_.Line().find('"') != std::string_view::npos && cut_.Cut(line_, most_fields))
+      return true;
+  }
+  line_ = WithoutEnd(joined_);
+  open_quote_ = true;
+  return true;
 }
 
 void CsvContactReader::ReadHeader() {
-  CutFields(line_, separator_, kMostColumns, [this](std::size_t column, std::string_view name) {
-    columns_[column] = CodeOf(name);
-    column_count_ = column + 1;
+  if (open_quote_) return;
+  for (std::size_t column = 0; column < cut_.Count(); ++column) {
+    columns_[column] = CodeOf(cut_[column]);
     valid_ = valid_ || columns_[column] == ColumnCode::kMobile;
-  });
+  }
+  column_count_ = cut_.Count();
 }
 
 bool CsvContactReader::ReadRow() {
-  if (!valid_ || !ReadLine()) return false;
+  if (!valid_ || !ReadRecord(column_count_)) return false;
+  if (open_quote_) return true;
   fields_.fill({});
   bool reached_mobile = false;
-  CutFields(line_, separator_, column_count_, [&](std::size_t column, std::string_view field) {
+  for (std::size_t column = 0; column < cut_.Count(); ++column) {
     const auto code = static_cast<std::size_t>(columns_[column]);
-    fields_[code] = platform::FirstCharacters(field, kCsvColumns[code].width);
+    fields_[code] = platform::FirstCharacters(cut_[column], kCsvColumns[code].width);
     reached_mobile = reached_mobile || columns_[column] == ColumnCode::kMobile;
-  });
+  }
   return reached_mobile;
 }
 

@@ -10,12 +10,15 @@ namespace orvalo {
 namespace {
 
 constexpr int kRejectedHeaderId = 2010;
-constexpr int kFirstReasonId = 2011;
+constexpr std::array<int, kRejectReasonCount> kReasonIds{2011, 2012, 2013, 2014, 2315};
 
 }  // namespace
 
 void RejectedLines::Add(std::uint64_t number, RejectReason reason, std::string_view line) {
   text_ += line;
+  const auto added = text_.end() - static_cast<std::ptrdiff_t>(line.size());
+  std::replace_if(
+      added, text_.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
   lines_.push_back({number, text_.size(), reason});
 }
 
@@ -38,8 +41,7 @@ std::size_t RejectedLines::Count(RejectReason reason) const {
 
 bool RejectedLines::Save(const std::string& path, const Texts& texts) const {
   std::array<std::string, kRejectReasonCount> reasons;
-  for (std::size_t i = 0; i < reasons.size(); ++i)
-    reasons[i] = texts.Load(kFirstReasonId + static_cast<int>(i));
+  for (std::size_t i = 0; i < reasons.size(); ++i) reasons[i] = texts.Load(kReasonIds[i]);
   std::string bytes = texts.LoadOrEmpty(kRejectedHeaderId);
   for (std::size_t i = 0; i < lines_.size(); ++i) {
     bytes.append(std::to_string(lines_[i].number)).append("\t");

@@ -16,13 +16,15 @@ enum class RejectReason : std::uint8_t {
   kDuplicate,     // its number is in the address book already
   kEndedImport,   // it does not reach the mobile column
   kBehindTheEnd,  // it stands behind a line that ended the import
+  kOpenQuote,     // a quotation mark opens a field and nothing closes it
 };
-inline constexpr std::size_t kRejectReasonCount = 4;
+inline constexpr std::size_t kRejectReasonCount = 5;
 
 // The lines of an import file that were not taken, for the operator to look at and to mend. One
 // thread.
 class RejectedLines {
  public:
+  // Line ends within `line` become blanks.
   void Add(std::uint64_t number, RejectReason reason, std::string_view line);
   // Forgets the lines behind an end of the file that is made of blank lines only: nothing was lost.
   void DropBlankEnd();

@@ -1,6 +1,7 @@
 #include "contacts/text_lines.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "platform/code_page.h"
@@ -15,11 +16,15 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16LeMark = "\xFF\xFE";
 constexpr std::string_view kUtf16BeMark = "\xFE\xFF";
 
-// What no text holds: NUL above all. Tabulators, line ends, form feeds, the end mark of old editors
-// and escape sequences occur in texts.
-bool IsForeign(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x09 || (byte > 0x0D && byte < 0x1A) || (byte > 0x1B && byte < 0x20);
+// How files begin that operators take for lists: spreadsheets and other archives (zip, compound
+// documents, gzip, 7z, rar), PDF, PNG, JPEG and GIF. From the formats' own definitions.
+constexpr std::array<std::string_view, 9> kBinaryStarts{
+    "PK\x03\x04", "\xD0\xCF\x11\xE0", "\x1F\x8B", "7z\xBC\xAF\x27\x1C", "Rar!\x1A\x07", "%PDF-",
+    "\x89PNG",    "\xFF\xD8\xFF",     "GIF8"};
+
+bool IsBinary(std::string_view bytes) {
+  return std::any_of(kBinaryStarts.begin(), kBinaryStarts.end(),
+                     [&](std::string_view start) { return bytes.starts_with(start); });
 }
 
 }  // namespace
@@ -87,10 +92,19 @@ void TextLines::Fill() {
   if (at_start) TakeMark();
   const std::size_t checked = encoding_ == Encoding::kUtf8 && !at_start ? before : text_.size();
   if (encoding_ != Encoding::kUtf8) DecodeUtf16();
-  const std::string_view fresh = std::string_view(text_).substr(at_start ? 0 : checked);
-  const bool foreign = at_start ? std::any_of(fresh.begin(), fresh.end(), IsForeign)
-                                : fresh.find('\0') != std::string_view::npos;
-  if (foreign) fault_ = Fault::kNotText;
+  if (at_start && IsBinary(text_)) fault_ = Fault::kBinary;
+  if (fault_ == Fault::kNone) Check(at_start ? 0 : checked);
+}
+
+// Of what has come in since text_ was `fresh` long. Other control characters occur in texts: an
+// address book that a telephone wrote must not be refused for one of them.
+void TextLines::Check(std::size_t fresh) {
+  const std::size_t nul = text_.find('\0', fresh);
+  if (nul == std::string::npos) return;
+  fault_ = Fault::kNul;
+  const auto feeds =
+      std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
+  fault_line_ = number_ + static_cast<std::uint64_t>(feeds) + (in_long_line_ ? 0 : 1);
 }
 
 // Of the first chunk.

@@ -20,7 +20,8 @@ class TextLines {
   enum class Fault {
     kNone,
     kNotOpened,   // there is no such file, or it may not be read
-    kNotText,     // it holds what no text holds
+    kBinary,      // it begins as spreadsheets, archives, pictures or documents do
+    kNul,         // a line holds a NUL byte, which no text does: see FaultLine
     kUnreadable,  // the disk failed while it was read
   };
 
@@ -34,6 +35,7 @@ class TextLines {
   std::string_view Line() const { return line_; }
   std::uint64_t Number() const { return number_; }  // from 1; pieces of one line share it
   Fault fault() const { return fault_; }
+  std::uint64_t FaultLine() const { return fault_line_; }  // from 1; 0 without a fault of a line
 
   // How far the file has been read, in bytes.
   std::uint64_t BytesRead() const { return bytes_read_; }
@@ -46,6 +48,7 @@ class TextLines {
   };
 
   void Fill();
+  void Check(std::size_t fresh);
   void TakeMark();
   void DecodeUtf16();
   void Take(std::string_view line);
@@ -62,6 +65,7 @@ class TextLines {
   std::string converted_;  // a line that was not UTF-8
   std::string_view line_;
   std::uint64_t number_ = 0;
+  std::uint64_t fault_line_ = 0;
   std::uint64_t bytes_read_ = 0;
   std::uint64_t size_ = 0;
 };

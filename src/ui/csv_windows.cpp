@@ -90,6 +90,8 @@ void ImportWindow::WireChoices() {
   separators.setCurrentIndex(static_cast<int>(dialog_.ChosenSeparator()));
   connect(&separators, &QComboBox::currentIndexChanged, this,
           [this](int chosen) { dialog_.ChooseSeparator(static_cast<std::size_t>(chosen)); });
+  connect(&Child<QCheckBox>(*this, "csvImportQuotes"), &QCheckBox::toggled, this,
+          [this](bool on) { dialog_.EncloseFields(on); });
   connect(&Child<QCheckBox>(*this, "csvImportNoDuplicates"), &QCheckBox::toggled, this,
           [this](bool on) { dialog_.PreventDuplicates(on); });
   connect(&Child<QCheckBox>(*this, "csvImportAutoCreate"), &QCheckBox::toggled, this,
@@ -115,6 +117,10 @@ std::optional<std::string> ImportWindow::PickFileToSave(const std::string& defau
 }
 
 void ImportWindow::ShowPath(const std::string& path) { file_->setText(Qt8(path)); }
+
+void ImportWindow::ShowEnclosesFields(bool enclose) {
+  Child<QCheckBox>(*this, "csvImportQuotes").setChecked(enclose);
+}
 
 // The progress is modal: it runs the events that it needs and holds back keys and clicks elsewhere.
 bool ImportWindow::ShowProgress(std::uint64_t done, std::uint64_t size) {

@@ -31,6 +31,7 @@ class ImportWindow : public QDialog, private CsvImportWindow {
                                             const std::string& filter,
                                             const std::string& default_pattern) override;
   void ShowPath(const std::string& path) override;
+  void ShowEnclosesFields(bool enclose) override;
   bool ShowProgress(std::uint64_t done, std::uint64_t size) override;
   void EndProgress() override;
 

@@ -5,6 +5,7 @@
 #include <QRadioButton>
 #include <utility>
 
+#include "ui/character_limit.h"
 #include "ui/file_dialogs.h"
 #include "ui/form_loader.h"
 
@@ -21,7 +22,7 @@ ExportDialog::ExportDialog(const Kit& kit, OutboxExport& writer, std::vector<std
     : QDialog(parent), kit_(kit), logic_(std::move(selected), writer, kit.texts, *this) {
   kit_.forms.LoadInto(*this, kExportForm);
   file_ = &Child<QLineEdit>(*this, "exportFile");
-  file_->setMaxLength(static_cast<int>(OutboxExportDialog::kPathWidth));
+  LimitTyped(*file_, OutboxExportDialog::kPathWidth);
   ok_ = &Child<QPushButton>(*this, "exportOk");
   EnableOk(logic_.OkEnabled());
   auto& some = Child<QRadioButton>(*this, "exportSelected");

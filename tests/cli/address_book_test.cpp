@@ -81,6 +81,9 @@ TEST_F(AddressBookTest, ImportsAndExports) {
   EXPECT_THAT(Run({"import", in}), FailsWith(2, "--group"));
   EXPECT_THAT(Run({"import", in, "--group", "Friends", "--separator", "dot"}), FailsWith(2, "dot"));
   EXPECT_THAT(Run({"import", in + "x", "--group", "Friends"}), FailsWith(1, "cannot be opened"));
+  Spill(folder() + "/quoted.csv", "fname,mobile\n\"Ann\",1\n");
+  EXPECT_THAT(Run({"import", folder() + "/quoted.csv", "--group", "Friends"}),
+              FailsWith(1, "quotation marks in line 2: say --quotes enclose"));
   EXPECT_THAT(Run({"import", in, "--group", "Nobody"}), FailsWith(1, "no group Nobody"));
   const auto imported =
       Json({"import", in, "--separator", "semicolon", "--group", "Friends", "--group", "staff",

@@ -128,20 +128,74 @@ TEST_F(CsvTest, ReadsALineThatIsTooLongInPieces) {
 }
 
 TEST_F(CsvTest, RefusesWhatIsNoText) {
+  using End = CsvImportResult::End;
   Contact("Ann", "", "1", {friends});
   std::string good = "fname,mobile\n";
-  for (int i = 0; i < 10'000; ++i) good += "someone,0\n";
-  for (const std::string& bytes :
-       {std::string("PK\x03\x04\x14\0\x06\0mobile", 15), std::string("mobile\n1\x01\n"),
-        std::string("m\0o\0b\0i\0l\0e\0\n\0", 14), good + std::string(1, '\0')}) {
-    EXPECT_EQ(Import(bytes).end, CsvImportResult::End::kNotText);
+  for (int i = 0; i < 10'000; ++i) good += "some\x02one\x1F,0\n";
+  const std::string nul(1, '\0');
+  const struct {
+    std::string bytes;
+    End end;
+    std::uint64_t line;
+  } cases[] = {{"PK\x03\x04mobile", End::kBinary, 0},
+               {"\xD0\xCF\x11\xE0mobile", End::kBinary, 0},
+               {"%PDF-1.7\nmobile\n", End::kBinary, 0},
+               {"mobile\n1\n2" + nul + "\n", End::kNul, 3},
+               {std::string("m\0o\0b\0i\0l\0e\0\n\0", 14), End::kNul, 1},
+               {Utf16("mobile\n1\n" + nul, true), End::kNul, 3},
+               {good + nul, End::kNul, 10'002},
+               {good + std::string(100'000, '1') + nul, End::kNul, 10'002}};
+  for (const auto& c : cases) {
+    const auto result = Import(c.bytes);
+    EXPECT_EQ(result.end, c.end) << c.bytes.substr(0, 20);
+    EXPECT_EQ(result.line, c.line) << c.bytes.substr(0, 20);
     EXPECT_EQ(Book().size(), 1u) << "nothing is half imported";
   }
-  EXPECT_EQ(Import(good).inserted, 10'000);
+  EXPECT_EQ(Import(good).inserted, 10'000) << "other control characters do no harm";
   for (const std::string& path :
        {folder.path(), folder.File("none.csv"), std::string("/dev/null")}) {
     const auto result = ImportContacts(database, {path, ',', {friends}, false, false}, {});
     EXPECT_FALSE(result.opened || result.inserted > 0) << path;
+  }
+}
+
+TEST_F(CsvTest, ReadsFieldsInQuotationMarks) {
+  using End = CsvImportResult::End;
+  const std::string many = std::string(9000, 'x');
+  const struct {
+    std::string bytes;
+    std::vector<std::string> book;      // when they enclose
+    std::uint64_t first = 0;            // the line that has the first
+    std::vector<std::uint64_t> open{};  // lines that are not taken
+  } cases[] = {
+      {"\"fname\",\"mobile\"\r\n\"Lee, Ann\",1\r\n\"\"\"Bob\"\"\",\"2\"\r\n",
+       {"Lee, Ann////1", "\"Bob\"////2"},
+       1},
+      {"fname,mobile\nAnn \"A\" Lee,1\n", {"Ann \"A\" Lee////1"}},
+      {"fname,mobile,title\n\"Ann\r\nLee\",1,\n\"Bob\" Ray,2,\"a\nb\nc\"\n\"\",3,\n",
+       {"Ann Lee////1", "Bob Ray//a b c//2", "////3"},
+       2},
+      {"a,b,c,d,mobile,e,f\n1,2,3,4,5,6,\"7\n7\"\n1,2,3,4,8,6,7\n", {"6////5", "6////8"}, 2},
+      {"mobile,fname\n1,\"Ann\n2,Bob\n3,Eve\n", {}, 2, {2}},
+      {"mobile,fname\n1,\"" + many + "\n2,Bob\n",
+       {"////" + many.substr(0, 16), "Bob////2"},
+       2,
+       {2}},
+  };
+  for (const auto& c : cases) {
+    Spill(folder.File("in.csv"), c.bytes);
+    CsvImportOrder order{folder.File("in.csv"), ',', {friends}, false, false, CsvQuotes::kRefuse};
+    const auto refused = ImportContacts(database, order, {});
+    EXPECT_EQ(refused.end, c.first != 0 ? End::kQuoted : End::kFinished) << c.bytes;
+    EXPECT_EQ(refused.line, c.first) << c.bytes;
+    EXPECT_EQ(Book().empty(), c.first != 0) << "nothing is half imported";
+    Clear();
+    order.quotes = CsvQuotes::kEnclose;
+    const auto result = ImportContacts(database, order, {});
+    EXPECT_EQ(result.end, End::kFinished);
+    EXPECT_EQ(Book(), c.book) << c.bytes.substr(0, 200);
+    EXPECT_EQ(result.rejected.Count(RejectReason::kOpenQuote), c.open.size()) << c.bytes;
+    Clear();
   }
 }
 
@@ -222,6 +276,7 @@ TEST_F(CsvTest, LeavesTheBookAloneWhenItIsCancelledKilledOrTheDiskIsFull) {
       return {};
     }
     void ShowPath(const std::string&) override {}
+    void ShowEnclosesFields(bool) override {}
     bool ShowProgress(std::uint64_t, std::uint64_t) override { return shown = true; }
     void EndProgress() override { shown = false; }
     bool shown = false;
@@ -262,6 +317,7 @@ class CsvDialogTest : public CsvTest, public CsvImportWindow, public CsvExportWi
     return Next();
   }
   void ShowPath(const std::string& path) override { shown_path = path; }
+  void ShowEnclosesFields(bool enclose) override { shown_enclose = enclose; }
   bool ShowProgress(std::uint64_t, std::uint64_t) override { return true; }
   void EndProgress() override {}
   std::optional<std::string> Next() {
@@ -278,6 +334,7 @@ class CsvDialogTest : public CsvTest, public CsvImportWindow, public CsvExportWi
   }
 
   std::string asked, shown_path;
+  std::optional<bool> shown_enclose;
   std::vector<std::string> picks;
 };
 
@@ -293,6 +350,7 @@ TEST_F(CsvDialogTest, ImportsAndSavesWhatWasNotTaken) {
   picks = {std::string(261, 'x'), folder.File("in.csv")};
   dialog.Browse(*this);
   EXPECT_FALSE(dialog.OkEnabled()) << "a path is never cut";
+  EXPECT_THAT(LastText(), HasSubstr("more than 260 characters"));
   dialog.Browse(*this);
   EXPECT_EQ(shown_path, folder.File("in.csv"));
   EXPECT_EQ(asked, "*.*|All Files (*.*)\n*.*\n\n");
@@ -310,13 +368,13 @@ TEST_F(CsvDialogTest, ImportsAndSavesWhatWasNotTaken) {
   boxes.Answer(BoxAnswer::kYes);
   picks = {folder.File("no/such/folder.txt"), folder.File("rejects.txt")};
   EXPECT_TRUE(dialog.Ok(*this));
-  ASSERT_EQ(boxes.shown().size(), 3u);
-  EXPECT_EQ(boxes.shown()[0].text,
+  ASSERT_EQ(boxes.shown().size(), 4u);
+  EXPECT_EQ(boxes.shown()[1].text,
             "Finished importing new contacts!\n\n(1) items where inserted into the database\n"
             "and (1) item were discarded.");
-  EXPECT_EQ(boxes.shown()[0].caption, "Importing ...");
-  EXPECT_THAT(boxes.shown()[1].text, HasSubstr("4 line(s)")) << "a blank end is no loss";
-  EXPECT_THAT(boxes.shown()[2].text, HasSubstr("no/such/folder.txt' could not be written"));
+  EXPECT_EQ(boxes.shown()[1].caption, "Importing ...");
+  EXPECT_THAT(boxes.shown()[2].text, HasSubstr("4 line(s)")) << "a blank end is no loss";
+  EXPECT_THAT(boxes.shown()[3].text, HasSubstr("no/such/folder.txt' could not be written"));
   EXPECT_EQ(Slurp(folder.File("rejects.txt")),
             "Line\tReason\tText\r\n"
             "3\thas no mobile number\tBob;\r\n"
@@ -327,7 +385,25 @@ TEST_F(CsvDialogTest, ImportsAndSavesWhatWasNotTaken) {
 
   Spill(folder.File("in.csv"), std::string("mobile\n1\0", 9));
   EXPECT_FALSE(dialog.Ok(*this));
+  EXPECT_THAT(LastText(), HasSubstr("Line 2 of '" + folder.File("in.csv") + "' holds a NUL byte"));
+  Spill(folder.File("in.csv"), "%PDF-1.4");
+  EXPECT_FALSE(dialog.Ok(*this));
   EXPECT_THAT(LastText(), HasSubstr("in.csv' is not a text file"));
+
+  // Quotation marks: asked about before anything is imported, and the answer shows in the tick.
+  Spill(folder.File("in.csv"), "fname;mobile\n\"Kay; Jo\";5\n");
+  boxes.Answer(BoxAnswer::kCancel);
+  EXPECT_FALSE(dialog.Ok(*this));
+  EXPECT_THAT(LastText(), HasSubstr("Line 2 of the file has a field in quotation marks."));
+  EXPECT_EQ(Book().size(), 1u);
+  EXPECT_FALSE(shown_enclose);
+  boxes.Answer(BoxAnswer::kYes);
+  EXPECT_TRUE(dialog.Ok(*this));
+  EXPECT_EQ(shown_enclose, true);
+  EXPECT_EQ(Book().back(), "Kay; Jo////5");
+  boxes.Answer(BoxAnswer::kNo);
+  EXPECT_TRUE(dialog.Ok(*this));
+  EXPECT_EQ(Book().back(), "\"Kay//// Jo\"");
   dialog.EditPath(folder.File("none.csv"));
   EXPECT_TRUE(dialog.Ok(*this));
   EXPECT_THAT(LastText(), HasSubstr("(0) items")) << "no other message";
