@@ -104,6 +104,7 @@ void ComposePage::ShowButtons() {
 void ComposePage::TextFocusLost(std::size_t selection_start) { caret_ = selection_start; }
 
 void ComposePage::TextFocusGained() {
+  if ((ComposeInputsOf(type_) & kTextField) == 0) return;  // a file's digits, or what was stored
   const bool span = parts_.settings.Flag(FlagSetting::kSpanSms);
   parts_.view.LimitTextTo(span ? std::nullopt : std::optional(kMessageLength));
   const std::string_view kept = LimitText(text_, span);

@@ -55,7 +55,9 @@ class ComposePage : public MessageLoader {
   void TypeChosen(std::size_t entry);  // of the type list
   void TextChanged(std::string_view text);
   void TextFocusLost(std::size_t selection_start);
-  void TextFocusGained();  // applies the length limit in force and puts the caret back
+  // Applies the length limit in force and puts the caret back. Does nothing while the type has no
+  // text field: what such a message holds is never cut.
+  void TextFocusGained();
   // An insert button; does nothing while the type has that button disabled.
   void InsertField(ComposeInput button);
 

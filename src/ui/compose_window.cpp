@@ -78,6 +78,15 @@ QPixmap Draw(const PicturePreview& preview) {
   return QPixmap::fromImage(picture);
 }
 
+// What is hidden takes no keys: neither now nor when the page, as it comes to the front, gives the
+// focus back to where it was.
+void Offer(QWidget& inputs, bool offered) {
+  inputs.setVisible(offered);
+  inputs.setEnabled(offered);
+  QWidget* remembered = offered ? nullptr : inputs.focusWidget();
+  if (remembered != nullptr) remembered->clearFocus();
+}
+
 void RunIn(QLineEdit& field, EditCommand command) {
   switch (command) {
     case EditCommand::kCut:
@@ -215,8 +224,8 @@ void ComposeWindow::ShowInputs(std::uint32_t mask) {
     Child<QPushButton>(*this, insert.name).setEnabled((mask & insert.input) != 0);
   }
   text_.SetVisible(text);
-  Child<QWidget>(*this, "textInputs").setVisible(text);
-  Child<QWidget>(*this, "fileInputs").setVisible((mask & (kPathField | kPicturePreview)) != 0);
+  Offer(Child<QWidget>(*this, "textInputs"), text);
+  Offer(Child<QWidget>(*this, "fileInputs"), (mask & (kPathField | kPicturePreview)) != 0);
   form_.path.setVisible((mask & kPathField) != 0);
   form_.browse.setVisible((mask & kBrowseButton) != 0);
   form_.preview.setVisible((mask & kPicturePreview) != 0);

@@ -43,10 +43,10 @@ QString MessageField::Text() const {
 void MessageField::Show(const std::string& text) {
   QString wanted = Qt8(text);
   waiting_.reset();
-  if (!visible_ && wanted.size() > kLongText) {
-    waiting_ = std::move(wanted);
-  } else {
+  if (visible_) {
     Put(wanted);
+  } else {
+    waiting_ = std::move(wanted);
   }
 }
 

@@ -28,7 +28,7 @@ class MessageField : public QObject {
 
   MessageField(QPlainTextEdit& edit, Events events);
 
-  // A long text comes into a field that is hidden when that is shown.
+  // While the field is hidden the text waits, as it is, until the field is shown.
   void Show(const std::string& text);
   void SetVisible(bool visible);
   void Insert(std::size_t position, const std::string& text);

@@ -305,6 +305,11 @@ TEST_F(ComposeTest, FocusAppliesTheLengthLimit) {
   EXPECT_EQ(window_.limit, 160u);
   EXPECT_EQ(window_.counter, "160 (1)");
   EXPECT_EQ(window_.caret, 160u);
+  for (const std::int32_t type : {6, 8}) {  // their text field is hidden
+    page_.LoadMessage(Stored(SmsStatus::kSent, type, text), false);
+    page_.TextFocusGained();
+    EXPECT_EQ(window_.text + window_.counter, text + "200 (2)");
+  }
 }
 
 TEST_F(ComposeTest, FilesBecomeTheMessage) {

@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStackedWidget>
 #include <QToolButton>
 #include <QTreeView>
 
@@ -272,19 +273,19 @@ TEST_F(ComposeWindowPageTest, AFileTypeTakesItsTextFromAFile) {
     path.setFocus();
     QTest::keyClicks(&path, QString::fromStdString(folder_.File("card")));
     QTest::keyClick(&path, Qt::Key_Return);
-    EXPECT_EQ(Text().toPlainText(), QStringLiteral("00AB7F"));
+    EXPECT_EQ(Counter(), "6 (1)");
     files_.answers = {folder_.File("missing")};
     QTest::mouseClick(&Get<QPushButton>("browseFile"), Qt::LeftButton);
     ASSERT_EQ(boxes_.shown().size(), 1u);
     EXPECT_THAT(boxes_.shown()[0].text, HasSubstr("missing"));
-    EXPECT_EQ(path.text() + Text().toPlainText(), QStringLiteral("00AB7F"));
+    EXPECT_EQ(path.text().toStdString() + Counter(), "6 (1)");
 
     // A large file is not laid out before its digits are looked at.
     Spill(folder_.File("card"), std::string(100'000, 'J'));
     path.setText(QString::fromStdString(folder_.File("card")));
     QTest::keyClick(&path, Qt::Key_Return);
     EXPECT_EQ(Counter(), "200000 (1250)");
-    EXPECT_EQ(Text().toPlainText(), QStringLiteral("00AB7F"));
+    EXPECT_EQ(Text().toPlainText(), QStringLiteral("kept"));
     type.setFocus();
     QTest::keyClick(&type, Qt::Key_Home);
     EXPECT_EQ(Text().toPlainText().size(), 200'000);
@@ -306,6 +307,46 @@ TEST_F(ComposeWindowPageTest, AFileTypeTakesItsTextFromAFile) {
     EXPECT_FALSE(Get<QPushButton>("scheduleButton").isEnabled());
     QTest::mouseClick(&Get<QPushButton>("sendButton"), Qt::LeftButton);
     EXPECT_THAT(ComposeWindowTest::Rows(), testing::StartsWith("0 4 ,5 474946383761"));
+  });
+}
+
+// The operator chooses "Edit message" in the outbox, and the page comes to the front with the focus
+// where it was: in a field that is now hidden.
+TEST_F(ComposeWindowPageTest, WhatAHiddenFieldHoldsIsOutOfReach) {
+  OnPage([&] {
+    QStackedWidget pages;
+    QLineEdit outbox;
+    pages.addWidget(&area_->Window());
+    pages.addWidget(&outbox);
+    ShowActive(pages);
+    const auto load = [&](std::int32_t type, const std::string& text) {
+      const auto id = Store().AddSms({SmsStatus::kFailed, 1, type, 0, ",5", text, "", 0, "?"});
+      pages.setCurrentIndex(1);
+      outbox.setFocus();
+      area_->Page().LoadMessage(id, true);
+      pages.setCurrentIndex(0);
+    };
+    for (const auto& [type, text] : {std::pair(6, std::string(400, 'A')), {8, "a\r\nb\rc"}}) {
+      Write("x");
+      load(type, text);
+      QWidget* focused = QApplication::focusWidget();
+      ASSERT_NE(focused, nullptr);
+      EXPECT_TRUE(focused->isVisible()) << focused->objectName().toStdString();
+      for (QWidget* field : {static_cast<QWidget*>(&Text()), focused}) {
+        field->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_X);
+      }
+      QTest::mouseClick(&Get<QPushButton>("sendButton"), Qt::LeftButton);
+      EXPECT_EQ(Store().AllSms().back().msg, text);
+      area_->Page().TypeChosen(0);
+    }
+    // The path field neither, while a text is written.
+    area_->Page().TypeChosen(3);
+    Get<QLineEdit>("filePath").setFocus();
+    load(0, "short");
+    EXPECT_TRUE(QApplication::focusWidget()->isVisible());
+    pages.removeWidget(&area_->Window());
+    area_->Window().setParent(nullptr);
   });
 }
 
