@@ -42,6 +42,7 @@ struct NoServices : ComposeServices {
   std::int32_t QueueMessage(const QueuedMessage&) override { return 0; }
   void QueryBalance() override {}
   std::string BalanceText() const override { return {}; }
+  std::string BalanceHint() const override { return {}; }
 };
 struct NoCaption : OutboxCaption {
   void UpdateCaption() override {}

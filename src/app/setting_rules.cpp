@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "app/settings.h"
+#include "platform/sender_id.h"
 
 namespace orvalo {
 
@@ -58,6 +59,8 @@ std::string SettingProblem(const SettingInfo& setting, std::string_view value) {
   if (value.empty()) return {};
   if (Is(setting, TextSetting::kPrefix) && !IsPrefix(value))
     return "a country code is digits only, such as 27";
+  if (Is(setting, TextSetting::kSenderId) && !platform::IsSenderId(value))
+    return "a sender is up to 11 letters, digits and simple signs, or a number of up to 15 digits";
   if (Is(setting, TextSetting::kProxyPort) && !IsPort(value))
     return "a port is a number from 1 to 65535";
   if (Is(setting, TextSetting::kUpdatePublicKey) && !ReadUpdateKey(value))

@@ -31,20 +31,27 @@ void RequireText(const char* what, const std::string& text, std::size_t longest)
     throw CommandError(ExitCode::kUsage, std::string(what) + " is too long");
 }
 
-void PrintBalance(const Context& context, bool fresh) {
+// `asked`: of the gateway just now. Where it has not answered, the balance is the last known one:
+// false then, the operator having been told.
+bool PrintBalance(const Context& context, bool asked) {
+  const std::string why = asked ? context.program.GetAccount().BalanceFailure() : std::string();
+  const bool fresh = asked && why.empty();
   const std::int32_t tenths = context.program.GetSettings().Number(NumberSetting::kLastBalance);
   const int fraction = std::abs(tenths % 10);
   if (context.json) {
-    PrintJson(context.out,
-              {{"balance", std::to_string(tenths / 10) + "." + std::to_string(fraction)},
-               {"tenths", tenths},
-               {"online", fresh}});
+    Json balance = {{"balance", std::to_string(tenths / 10) + "." + std::to_string(fraction)},
+                    {"tenths", tenths},
+                    {"online", fresh}};
+    if (!why.empty()) balance["reason"] = why;
+    PrintJson(context.out, balance);
   } else {
     context.out << context.program.GetTexts()
                        .Format(kBalanceTextId, {tenths / 10, fraction, fresh ? "" : "?"})
                        .value_or("")
                 << '\n';
   }
+  if (!why.empty()) context.errors.Line("This is the last known balance: " + why);
+  return fresh || !asked;
 }
 
 }  // namespace
@@ -113,8 +120,7 @@ void BalanceCommand::Define(CLI::App& app) {
 ExitCode BalanceCommand::Execute(Context& context) {
   const bool ask = !offline_ && context.program.GetSettings().Flag(FlagSetting::kWorkingOnLine);
   if (ask) LogInAsStored(context);
-  PrintBalance(context, ask);
-  return ExitCode::kDone;
+  return PrintBalance(context, ask) ? ExitCode::kDone : ExitCode::kGateway;
 }
 
 // -------------------------------------------------------------------------------------- voucher
@@ -179,8 +185,10 @@ ExitCode RecoverCommand::Execute(Context& context) {
     throw CommandError(ExitCode::kFailed,
                        "Passwords are recovered at " + settings.Text(TextSetting::kHelpUrl));
   }
-  if (!program.GetAccount().RecoverPassword(user_, email_))
-    throw CommandError(ExitCode::kGateway, program.GetTexts().Load(kNotRecoveredTextId));
+  std::string why;
+  if (!program.GetAccount().RecoverPassword(user_, email_, &why))
+    throw CommandError(ExitCode::kGateway,
+                       program.GetTexts().Load(kNotRecoveredTextId) + "  " + why);
   const std::string text = program.GetTexts().Load(kRecoveredTextId);
   if (context.json) {
     PrintJson(context.out, {{"recovered", true}, {"text", text}});

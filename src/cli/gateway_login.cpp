@@ -4,21 +4,10 @@
 
 namespace orvalo::cli {
 
-namespace {
-
-constexpr int kRefusedTextId = 1058;
-constexpr std::int32_t kUnknownUser = 110;  // the gateway's code that the text already says
-
-}  // namespace
-
 void LogIn(Context& context, std::string_view user, std::string_view password) {
   Program& program = context.program;
   if (program.GetAccount().LoginToGateway(user, password)) return;
-  const std::int32_t error = program.GetGateway()->LastError();
-  if (error == kGatewayUnreachable) ThrowUnreachable(context);
-  std::string reason = program.GetTexts().Load(kRefusedTextId);
-  if (error != kUnknownUser) reason += " (gateway code " + std::to_string(error) + ")";
-  throw CommandError(ExitCode::kGateway, reason);
+  throw CommandError(ExitCode::kGateway, program.GetAccount().LoginFailure());
 }
 
 void LogInAsStored(Context& context) {
@@ -39,7 +28,9 @@ void StayOnline(Context& context) {
   context.program.GetSettings().SetFlag(FlagSetting::kWorkingOnLine, true);
 }
 
-void ThrowUnreachable(Context& context) {
+void ThrowLost(Context& context) {
+  const std::string why = context.program.GetAccount().LoginFailure();
+  if (!why.empty()) throw CommandError(ExitCode::kGateway, why);
   throw CommandError(ExitCode::kGateway,
                      "The gateway at " +
                          context.program.GetSettings().Text(TextSetting::kComBaseUrl) +

@@ -19,6 +19,7 @@ void RequireOnline(const Context& context);
 // After the engine has lost the gateway and gone offline: the next run tries again.
 void StayOnline(Context& context);
 
-[[noreturn]] void ThrowUnreachable(Context& context);
+// For an engine that has gone offline: why it could not log in again.
+[[noreturn]] void ThrowLost(Context& context);
 
 }  // namespace orvalo::cli

@@ -34,6 +34,8 @@ Json MessageJson(const Program& program, const MessageRow& row) {
       {"QueryTime", row.query_time},
       {"StatQryTm", row.stat_qry_tm},
       {"Charge", row.charge},
+      {"Number", row.number},
+      {"Reason", row.reason},
   };
 }
 

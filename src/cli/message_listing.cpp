@@ -23,29 +23,35 @@ std::string Shortened(std::string_view text, std::size_t width) {
 
 }  // namespace
 
-MessageListing::MessageListing(const Context& context) : program_(context.program) {
+MessageListing::MessageListing(const Context& context, bool reasons)
+    : program_(context.program), reasons_(reasons) {
   if (context.json) {
     json_.emplace(context.out);
     return;
   }
   const Texts& texts = program_.GetTexts();
-  table_.emplace(context.out, std::vector<Table::Column>{
-                                  {"ID", kIdWidth, true},
-                                  {texts.Load(1408), kTimeWidth},
-                                  {texts.Load(1409), kRecipientWidth},
-                                  {texts.Load(1410), kStatusWidth},
-                                  {texts.Load(1423), kChargeWidth, true},
-                                  {texts.Load(1411), 0},
-                              });
+  std::vector<Table::Column> columns = {{"ID", kIdWidth, true},
+                                        {texts.Load(1408), kTimeWidth},
+                                        {texts.Load(1409), kRecipientWidth},
+                                        {texts.Load(1410), kStatusWidth},
+                                        {texts.Load(1423), kChargeWidth, true},
+                                        {texts.Load(1411), reasons ? kMessageWidth : 0}};
+  if (reasons) columns.push_back({"Reason", 0});
+  table_.emplace(context.out, columns);
 }
 
 void MessageListing::Add(const MessageRow& row) {
   if (json_) {
     json_->Add(MessageJson(program_, row));
   } else {
-    table_->Add({std::to_string(row.id), MessageTimeText(program_, row.time),
-                 Shortened(row.to_info, kRecipientWidth), program_.GetStatusNames().Name(row.stat),
-                 row.charge, Shortened(row.msg, kMessageWidth)});
+    std::vector<std::string> cells = {std::to_string(row.id),
+                                      MessageTimeText(program_, row.time),
+                                      Shortened(row.to_info, kRecipientWidth),
+                                      program_.GetStatusNames().Name(row.stat),
+                                      row.charge,
+                                      Shortened(row.msg, kMessageWidth)};
+    if (reasons_) cells.push_back(row.reason);
+    table_->Add(cells);
   }
 }
 

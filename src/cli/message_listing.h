@@ -14,12 +14,14 @@ namespace orvalo::cli {
 // printed as they are added; End must follow the last.
 class MessageListing {
  public:
-  explicit MessageListing(const Context& context);
+  // `reasons`: a further column tells why messages were refused. JSON always does.
+  explicit MessageListing(const Context& context, bool reasons = false);
   void Add(const MessageRow& row);
   void End();
 
  private:
   Program& program_;
+  const bool reasons_;
   std::optional<JsonArray> json_;
   std::optional<Table> table_;
 };

@@ -44,12 +44,13 @@ OutboxListCommand::OutboxListCommand() : Command("outbox", "List the messages, o
 void OutboxListCommand::Define(CLI::App& app) {
   app.add_option("--status", status_, "Only the messages of this status, such as Pending")
       ->type_name("NAME");
+  app.add_flag("--reasons", reasons_, "Also why messages were refused");
 }
 
 ExitCode OutboxListCommand::Execute(Context& context) {
   std::optional<std::int32_t> wanted;
   if (!status_.empty()) wanted = StatusByName(context.program.GetStatusNames(), status_);
-  MessageListing listing(context);
+  MessageListing listing(context, reasons_);
   context.program.GetDatabase().ForEachSms([&](const MessageRow& row) {
     if (!wanted || row.stat == *wanted) listing.Add(row);
     return context.out.good();

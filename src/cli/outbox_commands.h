@@ -17,6 +17,7 @@ class OutboxListCommand : public Command {
 
  private:
   std::string status_;
+  bool reasons_ = false;
 };
 
 // Every column of one message.

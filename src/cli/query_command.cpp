@@ -15,8 +15,8 @@ namespace orvalo::cli {
 
 namespace {
 
-// False when the gateway was lost on the way.
-bool AskAbout(Context& context, const std::vector<std::int32_t>& ids) {
+// What the gateway did not answer. Ends at a failure that every further question would meet, too.
+StatusPass::Unanswered AskAbout(Context& context, const std::vector<std::int32_t>& ids) {
   Program& program = context.program;
   platform::StopWatcher stop([&] { program.GetNotices().RequestStop(); });
   std::mutex pass_lock;  // there is no engine whose passes could meet this one
@@ -29,9 +29,24 @@ bool AskAbout(Context& context, const std::vector<std::int32_t>& ids) {
     if (program.GetNotices().Stopping()) break;
     context.errors.Progress("Asking for news: messages left " + std::to_string(left--));
     pass.QueryMessageStatus(id);
-    if (program.GetGateway()->LastError() == kGatewayUnreachable) return false;
+    if (ConcernsEveryCall(pass.unanswered().last.code)) break;
   }
-  return true;
+  return pass.unanswered();
+}
+
+// None at all has been answered: the command has done nothing; else it has done a part.
+[[noreturn]] void ThrowUnanswered(const Context& context, const StatusPass::Unanswered& unanswered,
+                                  bool all) {
+  const auto& program = context.program;
+  const GatewayFailure& failure = unanswered.last;
+  const std::string why = FailureText(failure, program.GetTexts(),
+                                      context.program.GetSettings().Text(TextSetting::kComBaseUrl));
+  const std::string count =
+      std::to_string(unanswered.count) + (unanswered.count == 1 ? " message" : " messages");
+  throw CommandError(all ? ExitCode::kGateway : ExitCode::kFailed,
+                     ConcernsEveryCall(failure.code)
+                         ? "The statuses shown are the last known ones: " + why
+                         : "No news of " + count + ": " + why);
 }
 
 }  // namespace
@@ -47,14 +62,17 @@ ExitCode QueryCommand::Execute(Context& context) {
   SmsDatabase& database = context.program.GetDatabase();
   const std::vector<std::int32_t> ids = Chosen(context);
   LogInAsStored(context);
-  const bool reachable = AskAbout(context, ids);
+  const StatusPass::Unanswered unanswered = AskAbout(context, ids);
   context.errors.Progress("");
   MessageListing listing(context);
   for (const std::int32_t id : ids) {
     if (const auto row = database.GetSms(id)) listing.Add(*row);
   }
   listing.End();
-  if (!reachable) ThrowUnreachable(context);
+  if (unanswered.count > 0) {
+    const bool all = unanswered.count >= std::ssize(ids) || ConcernsEveryCall(unanswered.last.code);
+    ThrowUnanswered(context, unanswered, all);
+  }
   return ExitCode::kDone;
 }
 

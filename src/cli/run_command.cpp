@@ -25,6 +25,7 @@ class RunReport {
     for (MessageRow& row : report_.Changes()) {
       std::string line = "Message " + std::to_string(row.id) + " to " + row.to_info + ": " +
                          context_.program.GetStatusNames().Name(row.stat);
+      if (!row.reason.empty()) line += ", " + row.reason;
       if (!row.charge.empty() && row.charge != "?") line += ", charge " + row.charge;
       context_.errors.Line(line);
       if (context_.json) changed_[row.id] = std::move(row);
@@ -80,7 +81,7 @@ ExitCode RunCommand::Execute(Context& context) {
   report.PrintResults();
   if (end != EngineSession::Event::kOffline) return ExitCode::kDone;
   StayOnline(context);
-  ThrowUnreachable(context);
+  ThrowLost(context);
 }
 
 }  // namespace orvalo::cli

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <ostream>
 #include <utility>
 
@@ -69,6 +70,16 @@ std::string Messages(std::ptrdiff_t count) {
   return std::to_string(count) + (count == 1 ? " message" : " messages");
 }
 
+// Each reason once: a thousand recipients may have been refused for the same.
+void SayReasons(Context& context, const std::vector<MessageRow>& rows) {
+  std::map<std::string, std::ptrdiff_t> reasons;
+  for (const MessageRow& row : rows) {
+    if (!row.reason.empty()) ++reasons[row.reason];
+  }
+  for (const auto& [reason, count] : reasons)
+    context.errors.Line("Refused: " + Messages(count) + ", " + reason);
+}
+
 // Says what the rows alone do not.
 ExitCode ReportWait(Context& context, EngineSession::Event end,
                     const std::vector<MessageRow>& rows) {
@@ -81,8 +92,9 @@ ExitCode ReportWait(Context& context, EngineSession::Event end,
   const auto open = std::count_if(rows.begin(), rows.end(),
                                   [](const MessageRow& row) { return !IsSettled(row); });
   if (open > 0) context.errors.Line("No final status yet: " + Messages(open));
-  if (end == EngineSession::Event::kOffline) ThrowUnreachable(context);
+  if (end == EngineSession::Event::kOffline) ThrowLost(context);
   if (failed > 0) {
+    SayReasons(context, rows);
     const bool all = failed + expanded == std::ssize(rows);
     throw CommandError(all ? ExitCode::kGateway : ExitCode::kFailed,
                        "Not accepted by the gateway: " + Messages(failed));

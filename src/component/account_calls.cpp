@@ -58,7 +58,8 @@ Outcome BlameProxy(Outcome outcome) {
 }  // namespace
 
 Answer RefusalAnswer(const Outcome& outcome) {
-  return {outcome.error, ErrorText(outcome.error, outcome.message)};
+  return {outcome.error, ErrorText(outcome.error, outcome.message), PlainWords(outcome.message),
+          outcome.obstacle};
 }
 
 AccountCalls::AccountCalls(GatewayProtocol& protocol, Session& session, platform::HttpClient& http)

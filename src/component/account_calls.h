@@ -7,10 +7,13 @@
 
 namespace orvalo::component {
 
-// What a member answers with: the error that smsERROR then tells, and the text.
+// What a member answers with: the error that smsERROR then tells, and the text; when it failed,
+// also why, for smsERROR_TEXT and smsERROR_CAUSE.
 struct Answer {
   int error = 0;
   std::string text;
+  std::string reason = "";  // in words
+  platform::HttpObstacle obstacle = platform::HttpObstacle::kNotKnown;
 };
 
 // "ERR: …" of an outcome that is not ok().

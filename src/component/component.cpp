@@ -72,7 +72,7 @@ HResult Component::Invoke(platform::MemberId id, platform::LocaleId, InvokeKind 
   const auto place = static_cast<std::size_t>(id) - 1;  // far too large for ids below 1
   if (kind == InvokeKind::kMethod) {
     if (place < methods.size()) return CallMethod(methods[place], arguments, result);
-    threads_.Mine().error = kNoSuchCall;
+    threads_.Mine().Note(kNoSuchCall);
     return platform::kMemberNotFound;
   }
   if (place < methods.size() || place >= methods.size() + properties.size()) {
@@ -84,21 +84,21 @@ HResult Component::Invoke(platform::MemberId id, platform::LocaleId, InvokeKind 
   return get ? GetProperty(property, result) : PutProperty(property, arguments.front());
 } catch (const std::exception&) {
   // Out of memory, or the like: whether the service did anything is not known.
-  threads_.Mine().error = kNotUnderstood;
+  threads_.Mine().Note(kNotUnderstood);
   return platform::kException;
 }
 
 HResult Component::CallMethod(const Method& method, std::span<const Variant> arguments,
                               Variant* result) {
-  threads_.Mine().error = kMalformed;
+  threads_.Mine().Note(kMalformed);
   if (arguments.size() != method.arguments.size()) return platform::kBadParameterCount;
   // The last argument comes first.
   if (!std::equal(method.arguments.rbegin(), method.arguments.rend(), arguments.begin(),
                   [](Kind kind, const Variant& value) { return IsOfKind(value, kind); })) {
     return platform::kTypeMismatch;
   }
-  const auto answer = method.handle(*this, Arguments(arguments));
-  threads_.Mine().error = answer.error;
+  auto answer = method.handle(*this, Arguments(arguments));
+  threads_.Mine().Note(answer.error, std::move(answer.reason), answer.obstacle);
   if (result != nullptr) *result = platform::ToWide(answer.text);
   return platform::kOk;
 }

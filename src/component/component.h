@@ -31,7 +31,8 @@ struct Properties {
 //
 // Created and owned by whoever creates the class. Any thread may call it, several at a time; no
 // lock is held while the service is asked. smsERROR tells a thread the error of the last method
-// that this thread called.
+// that this thread called, smsERROR_TEXT the reason in words (empty after a success), and
+// smsERROR_CAUSE what stood in the way of a connection: a platform::HttpObstacle by number.
 //
 // Failure: kMemberNotFound for an id that is none or a call of another kind than the member is,
 // kBadParameterCount and kTypeMismatch for other arguments than it takes (a method then also

@@ -105,6 +105,14 @@ std::span<const Component::Property> Component::PropertyList() {
       {u"smsUNICODE", &Properties::unicode},
       {u"smsDELIVERY_ACK", &Properties::acknowledge},
       {u"smsDELIVERY_TIME", &Properties::delivery_minutes},
+      {u"smsERROR_TEXT",
+       {},
+       [](C& c) { return platform::Variant(platform::ToWide(c.threads_.Mine().reason)); }},
+      {u"smsERROR_CAUSE",
+       {},
+       [](C& c) {
+         return platform::Variant(static_cast<std::int32_t>(c.threads_.Mine().obstacle));
+       }},
   };
   return properties;
 }

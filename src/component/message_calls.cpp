@@ -59,7 +59,9 @@ std::string ResultLine(const nlohmann::json& result, const std::string& number, 
 
 // The lines about the recipients of one request.
 Answer ResultLines(const Outcome& outcome, const std::vector<std::string>& numbers) {
-  Answer answer{outcome.error, ""};
+  Answer answer;
+  if (!outcome.ok()) answer = RefusalAnswer(outcome);
+  answer.text.clear();
   const auto results = outcome.ok() ? outcome.reply.find("results") : outcome.reply.end();
   if (outcome.ok() && (results == outcome.reply.end() || !results->is_array() ||
                        results->size() != numbers.size())) {
@@ -70,7 +72,10 @@ Answer ResultLines(const Outcome& outcome, const std::vector<std::string>& numbe
     answer.text += outcome.ok() ? ResultLine((*results)[i], numbers[i], &understood)
                                 : BatchErrorLine(outcome.error, outcome.message, numbers[i]);
   }
-  if (!understood) answer.error = kNotUnderstood;
+  if (!understood) {
+    answer.error = kNotUnderstood;
+    answer.reason = NotUnderstood().message;
+  }
   return answer;
 }
 
@@ -111,8 +116,9 @@ Answer MessageCalls::SendToBatch(std::string_view numbers) {
             ? Failed(kNoSuchMessage, "There is no current batch")
             : protocol_.Perform(Submission("/v1/batches/" + batch + "/recipients", {{"to", some}})),
         some);
-    if (lines.error != 0) answer.error = lines.error;
-    answer.text += lines.text;
+    auto text = std::move(answer.text) + lines.text;
+    if (lines.error != 0) answer = lines;
+    answer.text = std::move(text);
   }
   return answer;
 }

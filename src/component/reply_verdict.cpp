@@ -45,7 +45,7 @@ Verdict JudgeFailure(const platform::HttpReply& reply) {
 
 }  // namespace
 
-Outcome Failed(int error, std::string message) { return {error, std::move(message), nullptr, {}}; }
+Outcome Failed(int error, std::string message) { return {error, std::move(message), nullptr}; }
 
 Outcome NotUnderstood() {
   return Failed(kNotUnderstood, "The reply of the service cannot be understood");
@@ -59,12 +59,13 @@ Verdict Judge(const platform::HttpReply& reply) {
   if (reply.failure != platform::HttpFailure::kNone) {
     auto verdict = JudgeFailure(reply);
     verdict.outcome.failure = reply.failure;
+    verdict.outcome.obstacle = reply.obstacle;
     return verdict;
   }
   auto body = nlohmann::json::parse(reply.body, nullptr, /*allow_exceptions=*/false);
   if (reply.status >= 200 && reply.status < 300) {
     if (!body.is_object()) return {NotUnderstood()};
-    return {Outcome{kSuccess, "", std::move(body), {}}};
+    return {Outcome{kSuccess, "", std::move(body)}};
   }
   if (reply.status < kFirstErrorStatus || !body.is_object()) return {NotUnderstood()};
   const auto error = body.find("error");

@@ -13,6 +13,7 @@ struct Outcome {
   std::string message;
   nlohmann::json reply;
   platform::HttpFailure failure = platform::HttpFailure::kNone;  // why there is no reply
+  platform::HttpObstacle obstacle = platform::HttpObstacle::kNotKnown;
 
   bool ok() const { return error == 0; }
 };

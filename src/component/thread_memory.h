@@ -1,6 +1,9 @@
 #pragma once
 #include <memory>
 #include <string>
+#include <utility>
+
+#include "platform/http.h"
 
 namespace orvalo::component {
 
@@ -9,10 +12,19 @@ namespace orvalo::component {
 // the error of its own last call there.
 struct ThreadMemory {
   int error = 0;
+  std::string reason;  // of that error, in words
+  platform::HttpObstacle obstacle = platform::HttpObstacle::kNotKnown;
 
   // What EncodeToUnicode returned last. A text of hexadecimal digits is taken as encoded only if it
   // is exactly this one: an operator's text may happen to look like hexadecimal digits.
   std::u16string encoded;
+
+  void Note(int last_error, std::string why = {},
+            platform::HttpObstacle what = platform::HttpObstacle::kNotKnown) {
+    error = last_error;
+    reason = std::move(why);
+    obstacle = what;
+  }
 };
 
 // One ThreadMemory for each pair of owner and thread, created on first use. It goes away with the

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "app/log_file.h"
 #include "app/settings.h"
 #include "app/texts.h"
 #include "gateway/engine_parts.h"
@@ -18,6 +19,7 @@ namespace {
 
 constexpr std::size_t kVoucherLength = 16;
 constexpr char kOwnClientId[] = "Orvalo";
+constexpr int kBalanceHintTextId = 2265;
 
 // Keeps the wait cursor on for its scope.
 class Waiting {
@@ -38,26 +40,32 @@ class Waiting {
 }  // namespace
 
 Account::Account(AppSettings& settings, GatewayClient& gateway, const Texts& texts,
-                 platform::MessageBoxes& boxes, std::function<void(bool)> wait_cursor,
+                 platform::MessageBoxes& boxes, Log* log, std::function<void(bool)> wait_cursor,
                  std::function<void()> logged_in)
     : settings_(settings),
       gateway_(gateway),
       texts_(texts),
       boxes_(boxes),
+      log_(log),
       wait_cursor_(std::move(wait_cursor)),
       logged_in_(std::move(logged_in)) {}
 
 bool Account::LoginToGateway(std::string_view user, std::string_view password) {
-  std::int32_t error = kGatewayOk;
+  GatewayFailure failure;
   {
     Waiting waiting(wait_cursor_);
     std::u16string reply;
     gateway_.Authenticate(platform::ToWide(settings_.Text(TextSetting::kClientId)),
                           platform::ToWide(user), platform::ToWide(password), &reply);
-    error = gateway_.LastError();
+    failure = gateway_.LastFailure(reply);
   }
-  if (error == kGatewayUnreachable) ShowNoConnection(boxes_, texts_);
-  if (error != kGatewayOk) return false;
+  std::string why = Explain("Login", failure);
+  {
+    const std::lock_guard lock(mutex_);
+    login_failure_ = std::move(why);
+  }
+  if (failure.code == kGatewayUnreachable) ShowNoConnection(boxes_, texts_, settings_, failure);
+  if (failure.code != kGatewayOk) return false;
   QueryBalanceTenths();
   if (logged_in_) logged_in_();
   return true;
@@ -68,17 +76,44 @@ std::int32_t Account::QueryBalanceTenths() {
   if (!settings_.Flag(FlagSetting::kWorkingOnLine)) return last;
   std::u16string reply;
   gateway_.QueryBalance(&reply);
-  if (gateway_.LastError() != kGatewayOk) return last;
+  const GatewayFailure failure = gateway_.LastFailure(reply);
+  std::string why = Explain("Balance query", failure);
+  {
+    const std::lock_guard lock(mutex_);
+    balance_failure_ = std::move(why);
+  }
+  if (failure.code != kGatewayOk) return last;
   const BalanceValue balance = ParseBalance(platform::FromWide(reply));
   settings_.SetNumber(NumberSetting::kLastBalance, balance.tenths);
   settings_.SetFlag(FlagSetting::kBalanceWithFraction, balance.with_fraction);
   return balance.tenths;
 }
 
-bool Account::RecoverPassword(std::string_view user, std::string_view email) {
+std::string Account::LoginFailure() const {
+  const std::lock_guard lock(mutex_);
+  return login_failure_;
+}
+
+std::string Account::BalanceFailure() const {
+  const std::lock_guard lock(mutex_);
+  return balance_failure_;
+}
+
+std::string Account::Explain(const char* what, const GatewayFailure& failure) {
+  if (failure.code != kGatewayOk && log_ != nullptr && log_->Enabled()) {
+    log_->Write("%s failed: Error:%d, %s", what, static_cast<int>(failure.code),
+                failure.words.c_str());
+  }
+  return FailureText(failure, texts_, settings_.Text(TextSetting::kComBaseUrl));
+}
+
+bool Account::RecoverPassword(std::string_view user, std::string_view email, std::string* why) {
   std::u16string reply;
   gateway_.RecoverPassword(platform::ToWide(user), platform::ToWide(email), &reply);
-  return gateway_.LastError() == kGatewayOk;
+  const GatewayFailure failure = gateway_.LastFailure(reply);
+  std::string text = Explain("Password recovery", failure);
+  if (why != nullptr) *why = std::move(text);
+  return failure.code == kGatewayOk;
 }
 
 bool Account::RedeemVoucher(std::string_view number) {
@@ -93,12 +128,19 @@ bool Account::RedeemVoucher(std::string_view number) {
   }
   std::u16string reply;
   gateway_.PayToken(platform::ToWide(number), &reply);
-  switch (gateway_.LastError()) {
+  const GatewayFailure failure = gateway_.LastFailure(reply);
+  const std::string why = Explain("Voucher", failure);
+  switch (failure.code) {
     case kGatewayOk:
       QueryBalanceTenths();
       return true;
     case kGatewayUnreachable:
-      ShowNoConnection(boxes_, texts_);
+      ShowNoConnection(boxes_, texts_, settings_, failure);
+      return false;
+    case kProxyUnreachable:
+    case kProxyRefused:
+    case kNotUnderstood:
+      boxes_.Show(why, texts_.Load(1028), BoxIcon::kStop);
       return false;
     case kVoucherUsed:
       boxes_.Show(texts_.Load(1396), texts_.Load(1394), BoxIcon::kInformation);
@@ -122,9 +164,16 @@ std::string Account::AccountPageAddress() {
 
 std::string Account::BalanceText(int text_id) const {
   const std::int32_t tenths = settings_.Number(NumberSetting::kLastBalance);
-  const char* stale = settings_.Flag(FlagSetting::kWorkingOnLine) ? "" : "?";
+  const bool told = settings_.Flag(FlagSetting::kWorkingOnLine) && BalanceFailure().empty();
+  const char* stale = told ? "" : "?";
   return texts_.Format(text_id, {tenths / 10, std::abs(tenths % 10), stale})
       .value_or(std::string());
+}
+
+std::string Account::BalanceHint() const {
+  const std::string why = BalanceFailure();
+  if (why.empty() || !settings_.Flag(FlagSetting::kWorkingOnLine)) return {};
+  return texts_.Format(kBalanceHintTextId, {why}).value_or(why);
 }
 
 BalanceValue ParseBalance(std::string_view text) {

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -12,30 +13,40 @@ namespace orvalo {
 
 class AppSettings;
 class GatewayClient;
+class Log;
 class Texts;
+struct GatewayFailure;
 
 // The operator's account at the gateway: logging in, balance, vouchers, password recovery. Called
 // from the main thread and from the worker (keep-alive). Failures are reported to the operator
 // where the operation says so.
 class Account {
  public:
-  // `wait_cursor` is told true before and false after a call that the operator waits for;
-  // `logged_in` is called after every successful login. Both may be empty and may be called on
-  // either thread.
+  // `log`, which may be null, gets the refusals. `wait_cursor` is told true before and false after
+  // a call that the operator waits for; `logged_in` is called after every successful login. Both
+  // may be empty and may be called on either thread.
   Account(AppSettings& settings, GatewayClient& gateway, const Texts& texts,
-          platform::MessageBoxes& boxes, std::function<void(bool)> wait_cursor = {},
-          std::function<void()> logged_in = {});
+          platform::MessageBoxes& boxes, Log* log = nullptr,
+          std::function<void(bool)> wait_cursor = {}, std::function<void()> logged_in = {});
 
-  // True when logged in; the balance is then fresh. Shows the no-connection message when the server
-  // is unreachable.
+  // True when logged in; the balance has then been asked for. Shows the no-connection message when
+  // the server is unreachable.
   bool LoginToGateway(std::string_view user, std::string_view password);
+
+  // Why the last login failed, in words for the operator; empty when it did not.
+  std::string LoginFailure() const;
 
   // The balance in tenths, asked of the gateway when online; the last known one when offline or
   // when the query fails.
   std::int32_t QueryBalanceTenths();
 
-  // True when the gateway has sent a password to that address.
-  bool RecoverPassword(std::string_view user, std::string_view email);
+  // Why the gateway did not tell its balance when it was asked last, in words for the operator;
+  // empty when it did, or has not been asked.
+  std::string BalanceFailure() const;
+
+  // True when the gateway has sent a password to that address; `why` is told what else has
+  // happened, in words for the operator.
+  bool RecoverPassword(std::string_view user, std::string_view email, std::string* why = nullptr);
 
   // Redeems a complete voucher number (16 characters) and refreshes the balance. Every refusal is
   // shown to the operator: offline, incomplete number, unreachable, redeemed before, or the
@@ -45,18 +56,28 @@ class Account {
   // The address of the account's web page, with the login token where the page can use it.
   std::string AccountPageAddress();
 
-  // "Balance: 87.2", with "?" behind it while offline; from the string of the page that shows it.
+  // "Balance: 87.2", with "?" behind it while offline and after a query that failed; from the
+  // string of the page that shows it.
   static constexpr int kComposeBalanceTextId = 1333;
   static constexpr int kOptionsBalanceTextId = 1398;
   std::string BalanceText(int text_id = kComposeBalanceTextId) const;
+  // What there is to say about a balance that is not the account's own word; else empty.
+  std::string BalanceHint() const;
 
  private:
+  // The failure in words for the operator; the log gets the gateway's own.
+  std::string Explain(const char* what, const GatewayFailure& failure);
+
   AppSettings& settings_;
   GatewayClient& gateway_;
   const Texts& texts_;
   platform::MessageBoxes& boxes_;
+  Log* const log_;
   std::function<void(bool)> wait_cursor_;
   std::function<void()> logged_in_;
+
+  mutable std::mutex mutex_;  // guards what follows
+  std::string login_failure_, balance_failure_;
 };
 
 // A gateway's balance text in tenths: digits before the point, one decimal, further ones dropped.

@@ -10,6 +10,7 @@ namespace orvalo {
 class AppSettings;
 class EngineNotices;
 class GatewayClient;
+struct GatewayFailure;
 class Log;
 class SmsDatabase;
 class Texts;
@@ -26,8 +27,9 @@ struct EngineParts {
   EngineNotices& notices;
 };
 
-// The message shown whenever the gateway's server cannot be reached (error code 99). Returns when
-// it has been closed.
-void ShowNoConnection(platform::MessageBoxes& boxes, const Texts& texts);
+// The message shown whenever the gateway's server cannot be reached (error code 99), with the cause
+// as far as it is known. Returns when it has been closed.
+void ShowNoConnection(platform::MessageBoxes& boxes, const Texts& texts,
+                      const AppSettings& settings, const GatewayFailure& failure);
 
 }  // namespace orvalo

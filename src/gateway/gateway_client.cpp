@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/code_page.h"
+
 namespace orvalo {
 
 using platform::HResult;
@@ -28,6 +30,7 @@ GatewayClient::GatewayClient(const platform::ClassRegistry& registry)
   if (component_ == nullptr) return;
   methods_resolved_ = methods_.Resolve(*component_, platform::kUserDefaultLocale);
   properties_resolved_ = properties_.Resolve(*component_, platform::kUserDefaultLocale);
+  further_.Resolve(*component_, platform::kUserDefaultLocale);
   connected_ = true;
 }
 
@@ -161,6 +164,31 @@ HResult GatewayClient::SetSender(Text sender) { return Put(u"smsFROM", TextArgum
 HResult GatewayClient::SetUnicode(bool on) { return Put(u"smsUNICODE", PropertyFlag(on)); }
 HResult GatewayClient::SetDeliveryAcknowledgement(bool on) {
   return Put(u"smsDELIVERY_ACK", PropertyFlag(on));
+}
+
+// Nothing when the component lacks the property.
+template <typename Value>
+std::optional<Value> GatewayClient::FurtherProperty(Text name) {
+  const auto id = further_.Find(name);
+  if (!connected_ || !id || *id == 0) return std::nullopt;
+  Variant value;
+  const HResult outcome =
+      component_->Invoke(*id, platform::kUserDefaultLocale, InvokeKind::kPropertyGet, {}, &value);
+  auto* found = std::get_if<Value>(&value);
+  if (!platform::Succeeded(outcome) || found == nullptr) return std::nullopt;
+  return std::move(*found);
+}
+
+GatewayFailure GatewayClient::LastFailure(Text reply) {
+  const std::int32_t code = LastError();
+  if (code == kGatewayOk) return {};
+  const std::string text = platform::FromWide(reply);
+  GatewayFailure failure{code, platform::HttpObstacle::kNotKnown, std::string(RefusalWords(text))};
+  if (auto words = FurtherProperty<std::u16string>(u"smsERROR_TEXT"))
+    failure.words = platform::FromWide(*words);
+  if (const auto cause = FurtherProperty<std::int32_t>(u"smsERROR_CAUSE"))
+    failure.obstacle = static_cast<platform::HttpObstacle>(*cause);
+  return failure;
 }
 
 std::int32_t GatewayClient::LastError() {

@@ -3,27 +3,22 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "gateway/gateway_failure.h"
 #include "gateway/member_table.h"
 #include "platform/automation.h"
 
 namespace orvalo {
 
-// Error codes of the component that the program acts on. 0 is success; all others are the
-// component's own.
-enum GatewayError : std::int32_t {
-  kGatewayOk = 0,
-  kProxyUnreachable = 95,
-  kProxyRefused = 96,
-  kGatewayUnreachable = 99,
-  kVoucherUsed = 607,
-};
-
 // The program's only road to the gateway component "SMS_COMAPI.SMS": one operation for each of its
 // members, called by name. It knows nothing of messages or settings; whoever calls it reads
 // ErrorCode afterwards and interprets it.
+//
+// What goes beyond the component's usual members is found by name as well; where a component lacks
+// it, the client does without.
 //
 // One instance for the process, owned by start-up, called from the main thread and from the worker
 // without a lock of its own: the component copes with both, and keeps the error code of each
@@ -75,12 +70,18 @@ class GatewayClient {
   // read.
   std::int32_t LastError();
 
+  // Why this thread's last call failed; `reply` is what it answered. A component that does not tell
+  // the reason apart has it in its reply, behind "ERR: " and the code.
+  GatewayFailure LastFailure(Text reply);
+
   // Any member by name, arguments in the order of the call: what every operation above is made of.
   platform::HResult CallMethod(Text name, std::initializer_list<platform::Variant> arguments,
                                std::u16string* result);
 
  private:
   platform::HResult Get(Text name, platform::Variant* value);
+  template <typename Value>
+  std::optional<Value> FurtherProperty(Text name);
   platform::HResult Put(Text name, platform::Variant value);
 
   bool connected_ = false;
@@ -89,6 +90,7 @@ class GatewayClient {
   std::unique_ptr<platform::Dispatch> component_;
   MemberTable methods_ = MemberTable::Methods();
   MemberTable properties_ = MemberTable::Properties();
+  MemberTable further_ = MemberTable::FurtherProperties();
 };
 
 }  // namespace orvalo

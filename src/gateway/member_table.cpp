@@ -53,6 +53,10 @@ MemberTable MemberTable::Properties() {
                      u"smsDELIVERY_TIME"};
 }
 
+MemberTable MemberTable::FurtherProperties() {
+  return MemberTable{u"smsERROR_TEXT", u"smsERROR_CAUSE"};
+}
+
 std::size_t MemberTable::Resolve(platform::Dispatch& component, platform::LocaleId locale) {
   for (std::size_t i = 0; i < count_; ++i) {
     platform::MemberId id = 0;

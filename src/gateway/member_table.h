@@ -21,6 +21,8 @@ class MemberTable {
   // The component's methods and properties, in the order in which they are resolved.
   static MemberTable Methods();
   static MemberTable Properties();
+  // Properties beyond those: a component may lack them, and their id then is 0.
+  static MemberTable FurtherProperties();
 
   // Asks `component` for the id of every member in order. A method that the component does not know
   // gets id 0; a property keeps whatever the component answered. Returns how many were asked for:

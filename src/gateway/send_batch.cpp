@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/log_file.h"
+#include "app/settings.h"
 #include "gateway/batch_reply.h"
 #include "gateway/engine_notices.h"
 #include "gateway/gateway_client.h"
@@ -50,9 +51,11 @@ bool SendBatch::Start(const OutgoingMessage& message, SendOutcome* outcome) {
   step_.SetProperties(message);
   std::u16string wide_reply;
   parts_.gateway.StartBatch(wire, &wide_reply);
-  const std::int32_t error = parts_.gateway.LastError();
+  const GatewayFailure failure = parts_.gateway.LastFailure(wide_reply);
+  const std::int32_t error = failure.code;
   const std::string reply = platform::FromWide(wide_reply);
   outcome->highest_error = std::max(outcome->highest_error, error);
+  outcome->unnamed_reason = Reason(failure);
   if (error == kGatewayOk) {
     if (parts_.log.Enabled()) {
       parts_.log.Write("SMS batch started ok: Msg:%s API_ID:%s", message.text.c_str(),
@@ -60,12 +63,12 @@ bool SendBatch::Start(const OutgoingMessage& message, SendOutcome* outcome) {
     }
     return true;
   }
-  if (error == kGatewayUnreachable) {
-    ShowNoConnection(parts_.boxes, parts_.texts);
-  } else if (parts_.log.Enabled()) {
+  if (parts_.log.Enabled()) {
     parts_.log.Write("SMS Batch start failed: Error:%s Msg:%s", reply.c_str(),
                      message.text.c_str());
   }
+  if (error == kGatewayUnreachable)
+    ShowNoConnection(parts_.boxes, parts_.texts, parts_.settings, failure);
   return false;
 }
 
@@ -73,7 +76,8 @@ std::int32_t SendBatch::SendChunk(std::string_view numbers, std::span<const Reci
                                   SendOutcome* outcome) {
   std::u16string wide_reply;
   parts_.gateway.BatchSend(platform::ToWide(numbers), &wide_reply);
-  const std::int32_t error = parts_.gateway.LastError();
+  const GatewayFailure failure = parts_.gateway.LastFailure(wide_reply);
+  const std::int32_t error = failure.code;
   const std::string reply = platform::FromWide(wide_reply);
   outcome->highest_error = std::max(outcome->highest_error, error);
   if (parts_.log.Enabled()) {
@@ -84,7 +88,19 @@ std::int32_t SendBatch::SendChunk(std::string_view numbers, std::span<const Reci
                        numbers.data());
     }
   }
-  return RecordChunkReply(reply, chunk, outcome);
+  outcome->unnamed_reason = Reason(error != kGatewayOk ? failure : GatewayFailure{kNotUnderstood});
+  const std::size_t before = outcome->failures.size();
+  const std::int32_t sent = RecordChunkReply(reply, chunk, outcome);
+  if (IsUnreachable(error)) {  // all of the chunk for one reason, which the lines tell less well
+    for (std::size_t i = before; i < outcome->failures.size(); ++i)
+      outcome->failures[i].reason = outcome->unnamed_reason;
+  }
+  return sent;
+}
+
+std::string SendBatch::Reason(const GatewayFailure& failure) const {
+  if (failure.code == kGatewayOk) return {};
+  return ReasonText(failure, parts_.texts, parts_.settings.Text(TextSetting::kComBaseUrl));
 }
 
 void SendBatch::End(SendOutcome* outcome) {
@@ -108,7 +124,7 @@ std::int32_t RecordChunkReply(std::string_view reply, std::span<const RecipientR
       return record.number.view() == entry.number;
     });
     if (match == chunk.end()) continue;
-    RecipientRecord record;
+    RefusedRecipient record;
     record.contact_id = kFromBatchReply;
     record.number = entry.number;
     record.entry = match->entry.view();
@@ -117,6 +133,7 @@ std::int32_t RecordChunkReply(std::string_view reply, std::span<const RecipientR
       outcome->successes.push_back(record);
       ++sent;
     } else {
+      record.reason = RefusalReason(entry.text);
       outcome->failures.push_back(record);
     }
   }

@@ -25,13 +25,15 @@ class SendBatch {
   std::int32_t SendChunk(std::string_view numbers, std::span<const RecipientRecord> chunk,
                          SendOutcome* outcome);
   void End(SendOutcome* outcome);
+  std::string Reason(const GatewayFailure& failure) const;  // empty for a success
 
   EngineParts parts_;
   SendStep& step_;
 };
 
 // Enters a chunk's reply into the lists: each entry belongs to the first record of the chunk with
-// its number; an entry that matches none is dropped. Returns how many were sent.
+// its number; an entry that matches none is dropped. Returns how many were sent. The reasons of
+// failures are the reply's own words.
 std::int32_t RecordChunkReply(std::string_view reply, std::span<const RecipientRecord> chunk,
                               SendOutcome* outcome);
 

@@ -8,6 +8,7 @@
 
 #include "app/log_file.h"
 #include "app/settings.h"
+#include "app/texts.h"
 #include "gateway/engine_notices.h"
 #include "gateway/engine_requests.h"
 #include "gateway/gateway_client.h"
@@ -19,13 +20,17 @@ namespace orvalo {
 namespace {
 
 constexpr std::int32_t kFirstQueryInterval = 60;  // seconds
+constexpr int kNoRecipientTextId = 2266;
 
 // Recipients that no list accounts for, counted by number, since a number may be given twice.
 std::vector<RecipientRecord> Unaccounted(const SendOutcome& outcome) {
   std::unordered_map<std::string_view, std::int32_t> accounted;
-  for (const auto* list : {&outcome.successes, &outcome.failures, &outcome.retries}) {
-    for (const RecipientRecord& record : *list) ++accounted[record.number.view()];
-  }
+  const auto count = [&](const auto& list) {
+    for (const RecipientRecord& record : list) ++accounted[record.number.view()];
+  };
+  count(outcome.successes);
+  count(outcome.failures);
+  count(outcome.retries);
   std::vector<RecipientRecord> missing;
   for (const RecipientRecord& record : outcome.all) {
     if (const auto found = accounted.find(record.number.view());
@@ -44,8 +49,8 @@ SmsDatabase::SmsOutcome Accepted(SmsStatus status, const RecipientRecord& record
           static_cast<std::int32_t>(now + kFirstQueryInterval), record.number.view()};
 }
 
-SmsDatabase::SmsOutcome Refused(const RecipientRecord& record) {
-  return {SmsStatus::kFailed, {}, 0, 0, record.number.view()};
+SmsDatabase::SmsOutcome Refused(const RecipientRecord& record, std::string_view reason) {
+  return {SmsStatus::kFailed, {}, 0, 0, record.number.view(), reason};
 }
 
 // Every number that the message has gone to, in the order of its recipients.
@@ -183,7 +188,9 @@ void SendPass::RecordOutcome(const InHand& message) {
   } else if (outcome.recipients == 1) {
     RecordSingle(row, delay, outcome);
   } else {
-    parts_.database.ChangeStatus(row.id, SmsStatus::kProcessing, SmsStatus::kFailed);
+    const std::string reason = parts_.texts.Load(kNoRecipientTextId);
+    parts_.database.SetOutcome(row.id, SmsStatus::kProcessing,
+                               {SmsStatus::kFailed, {}, 0, 0, {}, reason});
   }
 }
 
@@ -196,10 +203,10 @@ void SendPass::RecordChildren(const MessageRow& row, const SendOutcome& outcome)
     children.push_back(
         {record.entry.view(), Accepted(SmsStatus::kUnknown, record, parts_.clock.Now())});
   }
-  for (const auto* failed : {&outcome.failures, &missing}) {
-    for (const RecipientRecord& record : *failed)
-      children.push_back({record.entry.view(), Refused(record)});
-  }
+  for (const RefusedRecipient& record : outcome.failures)
+    children.push_back({record.entry.view(), Refused(record, record.reason)});
+  for (const RecipientRecord& record : missing)
+    children.push_back({record.entry.view(), Refused(record, outcome.unnamed_reason)});
   for (const RecipientRecord& record : outcome.retries) {
     children.push_back({record.entry.view(), {SmsStatus::kPending}});
   }
@@ -215,7 +222,9 @@ void SendPass::RecordSingle(const MessageRow& row, std::int32_t delay, const Sen
     const SmsStatus sent = delay != 0 ? SmsStatus::kScheduledOnServer : SmsStatus::kUnknown;
     fate = Accepted(sent, outcome.successes.front(), parts_.clock.Now());
   } else if (!outcome.failures.empty() || outcome.retries.empty()) {
-    fate = Refused(outcome.all.front());
+    const bool told = !outcome.failures.empty();
+    fate = Refused(outcome.all.front(),
+                   told ? std::string_view(outcome.failures.front().reason) : std::string_view());
   }
   parts_.database.SetOutcome(row.id, SmsStatus::kProcessing, fate);
 }

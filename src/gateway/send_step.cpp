@@ -19,8 +19,11 @@ constexpr std::int32_t kConcatenatedParts = 3;
 
 }  // namespace
 
-void ShowNoConnection(platform::MessageBoxes& boxes, const Texts& texts) {
-  boxes.Show(texts.Load(1027), texts.Load(1028), platform::BoxIcon::kStop);
+void ShowNoConnection(platform::MessageBoxes& boxes, const Texts& texts,
+                      const AppSettings& settings, const GatewayFailure& failure) {
+  const std::string why = ObstacleText(failure, texts, settings.Text(TextSetting::kComBaseUrl));
+  boxes.Show(texts.Load(1027) + (why.empty() ? "" : "\r\n\r\n" + why), texts.Load(1028),
+             platform::BoxIcon::kStop);
 }
 
 std::u16string WireText::Of(std::string_view text, bool unicode, GatewayClient& gateway) {
@@ -51,19 +54,23 @@ void SendStep::Send(Kind kind, const OutgoingMessage& message, std::string_view 
   std::u16string wide_reply;
   const std::string number(record.number.view());
   parts_.gateway.Send(1, wire, platform::ToWide(number), &wide_reply);
-  const std::int32_t error = parts_.gateway.LastError();
+  const GatewayFailure failure = parts_.gateway.LastFailure(wide_reply);
+  const std::int32_t error = failure.code;
   const std::string reply = platform::FromWide(wide_reply);
   outcome->highest_error = std::max(outcome->highest_error, error);
 
+  const std::string address = parts_.settings.Text(TextSetting::kComBaseUrl);
   const bool personalised = kind == Kind::kPersonalised;
   if (error != kGatewayOk) {
-    if (error == kGatewayUnreachable) ShowNoConnection(parts_.boxes, parts_.texts);
+    if (error == kGatewayUnreachable) {
+      ShowNoConnection(parts_.boxes, parts_.texts, parts_.settings, failure);
+    }
     if (parts_.log.Enabled()) {
       parts_.log.Write("%s failed: Error:%s Mobile:%s Msg:%.*s",
                        personalised ? "ComplexSMS" : "SMS", reply.c_str(), number.c_str(),
                        static_cast<int>(text.size()), text.data());
     }
-    outcome->failures.push_back(record);
+    outcome->failures.push_back({record, ReasonText(failure, parts_.texts, address)});
     return;
   }
   RecipientRecord sent = record;

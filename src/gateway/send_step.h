@@ -18,14 +18,20 @@ struct OutgoingMessage {
   std::int32_t progress_index = 0;  // rows of this pass still to do, this one counted
 };
 
+// A recipient that the gateway has not taken, and why: see ReasonText.
+struct RefusedRecipient : RecipientRecord {
+  std::string reason;
+};
+
 // What became of a message's recipients.
 struct SendOutcome {
   std::int32_t recipients = 0;  // how many the recipient string yielded
   std::vector<RecipientRecord> all;
   std::vector<RecipientRecord> successes;
-  std::vector<RecipientRecord> failures;
+  std::vector<RefusedRecipient> failures;
   std::vector<RecipientRecord> retries;  // not tried because the engine stops
   std::int32_t highest_error = 0;
+  std::string unnamed_reason;  // why recipients failed that no list names
 };
 
 // The wire forms of a text: what the component is given, as UTF-16.

@@ -85,9 +85,12 @@ std::int32_t StatusPass::QueryOneMessage(const SmsDatabase::FollowedSms& row, An
   for (std::size_t i = 0; i < entries.size(); ++i) {
     std::u16string wide_reply;
     parts_.gateway.MessageCharge(1, platform::ToWide(entries[i].id), &wide_reply);
-    const std::int32_t error = parts_.gateway.LastError();
-    highest_error_ = std::max(highest_error_, error);
-    if (error != kGatewayOk) continue;
+    const GatewayFailure failure = parts_.gateway.LastFailure(wide_reply);
+    highest_error_ = std::max(highest_error_, failure.code);
+    if (failure.code != kGatewayOk) {
+      NoteUnanswered(failure, entries[i]);
+      continue;
+    }
 
     const StatusReply reply = ParseStatusReply(platform::FromWide(wide_reply));
     if (reply.status) {
@@ -104,6 +107,14 @@ std::int32_t StatusPass::QueryOneMessage(const SmsDatabase::FollowedSms& row, An
     }
   }
   return replies;
+}
+
+void StatusPass::NoteUnanswered(const GatewayFailure& failure, const GatewayIdEntry& entry) {
+  ++unanswered_.count;
+  unanswered_.last = failure;
+  if (!parts_.log.Enabled()) return;
+  parts_.log.Write("Status query failed: Error:%d, %s API_ID:%s", static_cast<int>(failure.code),
+                   failure.words.c_str(), entry.id.c_str());
 }
 
 void StatusPass::SplitOff(std::int32_t id, const GatewayIdEntry& entry, std::string* api_msg_id,

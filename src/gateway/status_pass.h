@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "gateway/engine_parts.h"
+#include "gateway/gateway_failure.h"
 #include "gateway/gateway_ids.h"
 #include "store/sms_database.h"
 
@@ -26,6 +27,14 @@ class StatusPass {
   // one (kEveryMessage). Does nothing offline. A failure inside ends the pass and is logged.
   void QueryMessageStatus(std::int32_t id);
 
+  // What the passes of this object were not told: how many questions failed, and why the last one
+  // did.
+  struct Unanswered {
+    std::int32_t count = 0;
+    GatewayFailure last;
+  };
+  const Unanswered& unanswered() const { return unanswered_; }
+
  private:
   // What a row is to be given at the next write.
   struct Answer {
@@ -42,6 +51,7 @@ class StatusPass {
                         std::int64_t now);
   // Asks about every gateway id of the row in order. Further ids of one row move to a copy of it.
   std::int32_t QueryOneMessage(const SmsDatabase::FollowedSms& row, Answer* answer);
+  void NoteUnanswered(const GatewayFailure& failure, const GatewayIdEntry& entry);
   void SplitOff(std::int32_t id, const GatewayIdEntry& entry, std::string* api_msg_id,
                 const Answer& answer);
   void Write(const Answer& answer);
@@ -52,6 +62,7 @@ class StatusPass {
   std::vector<Answer> answers_;  // not yet written
   std::int64_t oldest_answer_tick_ = 0;
   std::int32_t highest_error_ = 0;
+  Unanswered unanswered_;
 };
 
 }  // namespace orvalo

@@ -257,7 +257,9 @@ void ComposePage::RefreshBalance() {
   parts_.caption.UpdateCaption();
 }
 
-void ComposePage::ShowBalance() { parts_.view.ShowBalance(parts_.services.BalanceText()); }
+void ComposePage::ShowBalance() {
+  parts_.view.ShowBalance(parts_.services.BalanceText(), parts_.services.BalanceHint());
+}
 
 // --- Edit commands
 

@@ -14,6 +14,7 @@ class ComposeServices {
   virtual std::int32_t QueueMessage(const QueuedMessage& message) = 0;  // see SendEngine
   virtual void QueryBalance() = 0;  // asks the gateway; the answer is in the settings
   virtual std::string BalanceText() const = 0;
+  virtual std::string BalanceHint() const = 0;  // about it; usually empty
 };
 
 // The process's own engine and account.
@@ -26,6 +27,7 @@ class EngineServices : public ComposeServices {
   }
   void QueryBalance() override { account_.QueryBalanceTenths(); }
   std::string BalanceText() const override { return account_.BalanceText(); }
+  std::string BalanceHint() const override { return account_.BalanceHint(); }
 
  private:
   SendEngine& engine_;

@@ -39,7 +39,7 @@ class ComposeView {
   virtual void NameSendButton(const std::string& name) = 0;
   virtual void EnableSend(bool enabled) = 0;
   virtual void EnableSchedule(bool enabled) = 0;
-  virtual void ShowBalance(const std::string& line) = 0;
+  virtual void ShowBalance(const std::string& line, const std::string& hint) = 0;
 
   // --- Questions; nothing when the operator cancels ---
   // `filter` is a list of "name\npattern\n" pairs that ends in an empty line.

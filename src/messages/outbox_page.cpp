@@ -133,6 +133,7 @@ OutboxLine OutboxPage::LineAt(std::size_t position) {
     if (!row) return line;
     line.texts = {parts_.fields.Time(row->time), std::move(row->to_info),
                   parts_.fields.Status(row->stat), std::move(row->charge), std::move(row->msg)};
+    line.reason = std::move(row->reason);
     if (row->stat >= 0 && row->stat < kSmsStatusCount) line.icon = row->stat;
   } catch (const StoreError&) {
   }
@@ -280,8 +281,8 @@ bool OutboxPage::GoOnline(int text_id, int caption_id, IdList* list) {
   const bool logged_in =
       parts_.log_in(settings.Text(TextSetting::kLogin), settings.Text(TextSetting::kPassword));
   if (!logged_in) {
-    parts_.boxes.Show(parts_.texts.Load(text_id), parts_.texts.Load(caption_id),
-                      platform::BoxIcon::kStop);
+    parts_.boxes.Show(parts_.texts.Load(text_id) + "\r\n\r\n" + parts_.login_failure(),
+                      parts_.texts.Load(caption_id), platform::BoxIcon::kStop);
   }
   settings.SetFlag(FlagSetting::kWorkingOnLine, logged_in);
   parts_.main_window.Post(logged_in ? kWmOnline : kWmOffline, 0, 0);

@@ -42,6 +42,7 @@ inline constexpr std::array<OutboxHeader, kOutboxColumnCount> kOutboxHeaders{
 struct OutboxLine {
   std::array<std::string, kOutboxColumnCount> texts;  // by column
   std::int32_t icon = 0;                              // image of the strip of status icons
+  std::string reason = {};                            // why the message was refused; else empty
 };
 
 // The context menu's commands, in its order.
@@ -74,6 +75,7 @@ struct OutboxParts {
   OutboxCopy& copy;
   // Logs in with a user and a password; true when logged in.
   std::function<bool(std::string_view, std::string_view)> log_in;
+  std::function<std::string()> login_failure;  // why it did not, in words for the operator
 };
 
 // The outbox: every message on a line, sorted by a column, and the commands on them. One object,

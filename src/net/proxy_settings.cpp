@@ -14,18 +14,16 @@ namespace {
 
 constexpr std::size_t kFieldWidth = 254;  // characters of each proxy field that are used
 
-int FailureTextId(std::int32_t error) {
-  switch (error) {
-    case kProxyUnreachable:
-      return 1140;
-    case kProxyRefused:
-      return 1141;
-    default:
-      return 1136;
-  }
-}
+constexpr int kProxySetupFailedTextId = 1136;
 
 }  // namespace
+
+// A proxy's own failures have texts of their own; any other gets the cause as a second paragraph.
+std::string ProxySettings::FailureMessage(const GatewayFailure& failure) const {
+  std::string why = FailureText(failure, texts_, settings_.Text(TextSetting::kComBaseUrl));
+  if (failure.code == kProxyUnreachable || failure.code == kProxyRefused) return why;
+  return texts_.Load(kProxySetupFailedTextId) + "\r\n\r\n" + why;
+}
 
 std::int32_t ProxySettings::ApplyProxySettings(bool test) {
   const auto field = [this](TextSetting which) {
@@ -37,12 +35,12 @@ std::int32_t ProxySettings::ApplyProxySettings(bool test) {
                           field(TextSetting::kProxyHost), field(TextSetting::kProxyPort),
                           field(TextSetting::kProxyUsername), field(TextSetting::kProxyPassword),
                           &reply);
-  const std::int32_t error = gateway_.LastError();
-  if (error != kGatewayOk) {
-    ShowLinkMessage(boxes_, texts_.Load(FailureTextId(error)), texts_.Load(1137),
+  const GatewayFailure failure = gateway_.LastFailure(reply);
+  if (failure.code != kGatewayOk) {
+    ShowLinkMessage(boxes_, FailureMessage(failure), texts_.Load(1137),
                     settings_.Text(TextSetting::kHelpUrl), 0);
   }
-  return error;
+  return failure.code;
 }
 
 }  // namespace orvalo

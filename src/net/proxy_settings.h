@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <string>
 
 namespace orvalo::platform {
 class MessageBoxes;
@@ -10,6 +11,7 @@ namespace orvalo {
 class AppSettings;
 class GatewayClient;
 class Texts;
+struct GatewayFailure;
 
 // Hands the stored proxy settings to the gateway component. Main thread.
 class ProxySettings {
@@ -23,6 +25,8 @@ class ProxySettings {
   std::int32_t ApplyProxySettings(bool test);
 
  private:
+  std::string FailureMessage(const GatewayFailure& failure) const;
+
   const AppSettings& settings_;
   GatewayClient& gateway_;
   const Texts& texts_;

@@ -39,6 +39,23 @@ enum class HttpFailure {
   kBadRequest,        // the address is not http or https, or is malformed
 };
 
+// What stood in the way, as far as it is known. The numbers go through the gateway component and
+// never change.
+enum class HttpObstacle : std::int32_t {
+  kNotKnown = 0,
+  kNameNotFound = 1,
+  kRefused = 2,
+  kTimedOut = 3,
+  kNoRoute = 4,        // no network leads there
+  kCutOff = 5,         // the other side ended the connection
+  kUntrusted = 6,      // the certificate comes from no authority that is trusted
+  kWrongName = 7,      // it is for another host
+  kOutOfDate = 8,      // it has expired, or is not valid yet
+  kNoTls = 9,          // what answers speaks no TLS
+  kHandshake = 10,     // any other disagreement over TLS
+  kNoAuthorities = 11  // the list of those that are trusted cannot be read
+};
+
 struct HttpRequest {
   std::string method = "GET";
   std::string url;
@@ -57,7 +74,9 @@ struct HttpReply {
   int status = 0;  // of the last reply; 0 when there is none
   std::string content_type;
   std::string body;
-  std::string error;  // the reason in words when failure is set; holds no credentials
+  // When failure is set.
+  std::string error;  // the reason in words; holds no credentials
+  HttpObstacle obstacle = HttpObstacle::kNotKnown;
 };
 
 // HTTP over libcurl: connections are kept open and reused (one for each thread that calls at the

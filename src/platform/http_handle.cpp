@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/collation.h"
+#include "platform/http_obstacle.h"
 
 namespace orvalo::platform {
 namespace {
@@ -71,6 +72,7 @@ HttpReply CurlHandle::PerformOnce(const HttpRequest& request, std::int64_t timeo
   } else {
     reply.body.clear();
     reply.error = Describe(code, reply.failure);
+    reply.obstacle = FindObstacle(code);
   }
   return reply;
 }
@@ -239,6 +241,14 @@ HttpFailure CurlHandle::Classify(CURLcode code, int status, const std::string& u
       // All that was on the line is the proxy, which broke off before it had connected through.
       return named ? HttpFailure::kProxyUnreachable : HttpFailure::kUnreachable;
   }
+}
+
+HttpObstacle CurlHandle::FindObstacle(CURLcode code) const {
+  if (code == CURLE_OK) return HttpObstacle::kNotKnown;
+  long verified = 0, error = 0;
+  curl_easy_getinfo(easy_, CURLINFO_SSL_VERIFYRESULT, &verified);
+  curl_easy_getinfo(easy_, CURLINFO_OS_ERRNO, &error);
+  return ObstacleOf({code, verified, error, message_});
 }
 
 std::string CurlHandle::Describe(CURLcode code, HttpFailure failure) const {

@@ -50,6 +50,7 @@ class CurlHandle {
   bool WentOut() const;
   HttpFailure Classify(CURLcode code, int status, const std::string& url) const;
   std::string Describe(CURLcode code, HttpFailure failure) const;
+  HttpObstacle FindObstacle(CURLcode code) const;
 
   const HttpConfig config_;
   CurlProxy proxy_;

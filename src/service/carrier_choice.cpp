@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "platform/file.h"
+#include "platform/sender_id.h"
 
 namespace orvalo::service {
 namespace {
@@ -120,7 +121,7 @@ void CarrierChoice::Apply(ServiceOptions& options) const {
   }
   if (!kannel.report_url.empty()) CheckUrl("--report-url", kannel.report_url);
   while (kannel.report_url.ends_with('/')) kannel.report_url.pop_back();
-  if (!kannel.sender.empty() && !IsSender(kannel.sender)) {
+  if (!kannel.sender.empty() && !platform::IsSenderId(kannel.sender)) {
     throw UsageError("--kannel-sender: up to 15 digits, or up to 11 letters and digits");
   }
   if (!status_password_file_.empty()) {

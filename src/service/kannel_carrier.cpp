@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/sender_id.h"
 #include "service/message_parts.h"
 #include "service/secrets.h"
 
@@ -12,22 +13,6 @@ constexpr std::int64_t kCountEveryMs = 1'000;
 constexpr std::chrono::milliseconds kPatience(10);
 
 }  // namespace
-
-bool IsSender(std::string_view text) {
-  constexpr std::size_t kMostDigits = 15, kMostLetters = 11;
-  const auto digits = text.starts_with('+') ? text.substr(1) : text;
-  if (digits.find_first_not_of("0123456789") == std::string_view::npos) {
-    return !digits.empty() && digits.size() <= kMostDigits;
-  }
-  constexpr std::string_view kSigns = " .,-_&!?()/'";
-  return text.size() <= kMostLetters && !text.starts_with(' ') && !text.ends_with(' ') &&
-         std::all_of(text.begin(), text.end(), [&](char character) {
-           return (character >= 'a' && character <= 'z') ||
-                  (character >= 'A' && character <= 'Z') ||
-                  (character >= '0' && character <= '9') ||
-                  kSigns.find(character) != std::string_view::npos;
-         });
-}
 
 KannelCarrier::KannelCarrier(KannelOptions options, const Parts& parts)
     : options_(std::move(options)),
@@ -72,7 +57,7 @@ std::optional<Refusal> KannelCarrier::Admit() {
 
 std::optional<Refusal> KannelCarrier::Fit(MessageContent& content) {
   if (content.sender.empty()) content.sender = options_.sender;
-  if (!IsSender(content.sender)) {
+  if (!platform::IsSenderId(content.sender)) {
     return Refusal{ErrorCode::kMalformed,
                    "The sender must be up to 15 digits or up to 11 letters and digits"};
   }

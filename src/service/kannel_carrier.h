@@ -54,8 +54,4 @@ class KannelCarrier : public Carrier {
   std::atomic<std::int64_t> next_count_{0}, waiting_{0};  // a tick, and what was counted then
 };
 
-// Whether the text can stand as the sender of a message: up to 15 digits, a "+" before them
-// allowed, or up to 11 letters, digits and simple signs.
-bool IsSender(std::string_view text);
-
 }  // namespace orvalo::service

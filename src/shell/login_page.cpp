@@ -43,7 +43,7 @@ void RecoveryDialog::EmailTyped(std::string_view text) {
 
 void RecoveryDialog::Ok() {
   if (!OkEnabled()) return;
-  sent_ = account_.RecoverPassword(user_, email_);
+  sent_ = account_.RecoverPassword(user_, email_, &why_not_sent_);
   view_->Close();
 }
 
@@ -97,7 +97,8 @@ void LoginPage::Ok() {
   settings.SetFlag(FlagSetting::kWorkingOnLine, !values_.offline);
   if (!IsAccepted()) {
     settings.SetFlag(FlagSetting::kWorkingOnLine, false);
-    parts_.view.ShowMessage(parts_.texts.Load(kUnknownLoginTextId));
+    parts_.view.ShowMessage(values_.offline ? parts_.texts.Load(kUnknownLoginTextId)
+                                            : parts_.account.LoginFailure());
     return;
   }
   parts_.view.ShowMessage(std::string());
@@ -121,8 +122,9 @@ void LoginPage::ForgotPassword() {
   RecoveryDialog dialog(parts_.account);
   parts_.view.OpenRecovery(dialog);
   if (!dialog.Sent()) return;
-  parts_.view.ShowMessage(
-      parts_.texts.Load(*dialog.Sent() ? kPasswordSentTextId : kPasswordNotSentTextId));
+  parts_.view.ShowMessage(*dialog.Sent() ? parts_.texts.Load(kPasswordSentTextId)
+                                         : parts_.texts.Load(kPasswordNotSentTextId) + "  " +
+                                               dialog.WhyNotSent());
 }
 
 void LoginPage::ShowOk() {

@@ -46,6 +46,7 @@ class RecoveryDialog {
 
   // Whether the gateway has sent the password; nothing when it was not asked.
   std::optional<bool> Sent() const { return sent_; }
+  const std::string& WhyNotSent() const { return why_not_sent_; }  // in words for the operator
 
  private:
   bool OkEnabled() const;
@@ -54,6 +55,7 @@ class RecoveryDialog {
   RecoveryView* view_ = nullptr;
   std::string user_, email_;
   std::optional<bool> sent_;
+  std::string why_not_sent_;
 };
 
 // What stands in the login page's fields.

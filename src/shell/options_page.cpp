@@ -1,16 +1,21 @@
 #include "shell/options_page.h"
 
 #include "app/settings.h"
+#include "app/texts.h"
 #include "gateway/account.h"
 #include "gateway/engine_notices.h"
 #include "net/proxy_form.h"
 #include "platform/code_page.h"
+#include "platform/message_box.h"
+#include "platform/sender_id.h"
 #include "platform/shell.h"
 
 namespace orvalo {
 
 namespace {
 
+constexpr int kBadSenderTextId = 2268;
+constexpr int kBadSenderCaptionId = 2269;
 constexpr std::size_t kVoucherFieldRead = 15;  // characters taken of each field
 
 std::string FirstOf(std::string_view text, std::size_t length) {
@@ -68,7 +73,7 @@ void OptionsPage::Apply() {
   parts_.proxy.Apply();  // asks whether the program works on-line
   settings.SetText(TextSetting::kOutlookName, FirstOf(values.outlook_name, kTextLength));
   settings.SetText(TextSetting::kOutlookPassword, FirstOf(values.outlook_password, kTextLength));
-  settings.SetText(TextSetting::kSenderId, FirstOf(values.sender_id, kTextLength));
+  StoreSender(FirstOf(values.sender_id, kTextLength));
   StoreUpload(values);
   settings.Save(parts_.data_file);
 }
@@ -81,6 +86,18 @@ void OptionsPage::StoreSwitches(const OptionsValues& values) {
   settings.SetFlag(FlagSetting::kSpanSms, values.span_sms);
   settings.SetFlag(FlagSetting::kWorkingOnLine, values.online);
   settings.SetFlag(FlagSetting::kStartMinimized, values.start_minimised);
+}
+
+// One that was stored before it was checked stays until it is changed.
+void OptionsPage::StoreSender(const std::string& sender) {
+  AppSettings& settings = parts_.settings;
+  if (sender == settings.Text(TextSetting::kSenderId)) return;
+  if (sender.empty() || platform::IsSenderId(sender)) {
+    settings.SetText(TextSetting::kSenderId, sender);
+    return;
+  }
+  parts_.boxes.Show(parts_.texts.Format(kBadSenderTextId, {sender}).value_or(sender),
+                    parts_.texts.Load(kBadSenderCaptionId), platform::BoxIcon::kStop);
 }
 
 void OptionsPage::StoreUpload(const OptionsValues& values) {
@@ -125,7 +142,8 @@ void OptionsPage::ClearVoucher() { parts_.view.ShowVoucher({}); }
 void OptionsPage::BuyCredits() { parts_.shell.OpenAddress(parts_.account.AccountPageAddress()); }
 
 void OptionsPage::ShowBalance() {
-  parts_.view.ShowBalance(parts_.account.BalanceText(Account::kOptionsBalanceTextId));
+  parts_.view.ShowBalance(parts_.account.BalanceText(Account::kOptionsBalanceTextId),
+                          parts_.account.BalanceHint());
 }
 
 }  // namespace orvalo

@@ -10,13 +10,15 @@
 #include "shell/working_mode.h"
 
 namespace orvalo::platform {
+class MessageBoxes;
 class Shell;
-}
+}  // namespace orvalo::platform
 
 namespace orvalo {
 
 class DataFile;
 class ProxyForm;
+class Texts;
 
 // What stands in the options page's own controls; the proxy group has its own.
 struct OptionsValues {
@@ -48,7 +50,7 @@ class OptionsView {
   virtual void EnableUploadDays(bool enabled) = 0;
   virtual void ShowVoucher(const VoucherTexts& fields) = 0;
   virtual VoucherTexts Voucher() const = 0;
-  virtual void ShowBalance(const std::string& line) = 0;
+  virtual void ShowBalance(const std::string& line, const std::string& hint) = 0;
 };
 
 // The options page without its window. Main thread; owned by whoever owns the window. What the
@@ -74,6 +76,8 @@ class OptionsPage : public WorkingModeView {
     WorkingMode& mode;
     BalanceLines& balance;
     ProxyForm& proxy;
+    const Texts& texts;
+    platform::MessageBoxes& boxes;
     OptionsView& view;
   };
 
@@ -81,7 +85,8 @@ class OptionsPage : public WorkingModeView {
 
   void SetUp();  // once, when the window is there
 
-  // Writes the controls into the settings and saves those.
+  // Writes the controls into the settings and saves those. A sender ID that phone networks would
+  // refuse is not written: the operator is told, and it stays in its control.
   void Apply();
 
   // --- Choices that take effect at once ---
@@ -106,6 +111,7 @@ class OptionsPage : public WorkingModeView {
 
  private:
   void StoreSwitches(const OptionsValues& values);
+  void StoreSender(const std::string& sender);
   void StoreUpload(const OptionsValues& values);
 
   Parts parts_;

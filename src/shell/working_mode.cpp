@@ -25,8 +25,9 @@ bool WorkingMode::GoOnline() {
                                                     parts_.settings.Text(TextSetting::kPassword));
   Announce(online);
   if (!online) {
-    parts_.boxes.Show(parts_.texts.Load(kUnableToGoOnlineTextId),
-                      parts_.texts.Load(kLoginFailedCaptionId), platform::BoxIcon::kStop);
+    parts_.boxes.Show(
+        parts_.texts.Load(kUnableToGoOnlineTextId) + "\r\n\r\n" + parts_.account.LoginFailure(),
+        parts_.texts.Load(kLoginFailedCaptionId), platform::BoxIcon::kStop);
   }
   return online;
 }

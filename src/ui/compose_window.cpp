@@ -248,7 +248,10 @@ void ComposeWindow::EnableSend(bool enabled) { form_.send.setEnabled(enabled); }
 
 void ComposeWindow::EnableSchedule(bool enabled) { form_.schedule.setEnabled(enabled); }
 
-void ComposeWindow::ShowBalance(const std::string& line) { form_.balance.setText(Qt8(line)); }
+void ComposeWindow::ShowBalance(const std::string& line, const std::string& hint) {
+  form_.balance.setText(Qt8(line));
+  form_.balance.setToolTip(Qt8(hint));
+}
 
 std::optional<std::string> ComposeWindow::PickFile(const std::string& pattern,
                                                    const std::string& filter) {

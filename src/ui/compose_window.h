@@ -71,7 +71,7 @@ class ComposeWindow : public QWidget, public ComposeView {
   void NameSendButton(const std::string& name) override;
   void EnableSend(bool enabled) override;
   void EnableSchedule(bool enabled) override;
-  void ShowBalance(const std::string& line) override;
+  void ShowBalance(const std::string& line, const std::string& hint) override;
   std::optional<std::string> PickFile(const std::string& pattern,
                                       const std::string& filter) override;
   std::optional<Schedule> AskSchedule() override;

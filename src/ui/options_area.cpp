@@ -19,7 +19,7 @@ OptionsArea::OptionsArea(Program& program, const Kit& kit, platform::Shell& shel
       mode_({program.GetSettings(), program.GetTexts(), program.GetMessageBoxes(), main_window,
              program.GetAccount(), balance, page_}),
       page_({program.GetSettings(), program.GetDataFile(), main_window, program.GetAccount(), shell,
-             mode_, balance, proxy_form_, *window_}),
+             mode_, balance, proxy_form_, program.GetTexts(), program.GetMessageBoxes(), *window_}),
       mailbox_([this](std::uint32_t message, std::int32_t, std::int32_t) {
         if (message == kWmGoOffline) page_.OfflineChosen();
       }) {

@@ -158,7 +158,10 @@ void OptionsWindow::EnableProfileFields(bool enabled) {
 
 void OptionsWindow::EnableUploadDays(bool enabled) { days_.setEnabled(enabled); }
 
-void OptionsWindow::ShowBalance(const std::string& line) { balance_.setText(Qt8(line)); }
+void OptionsWindow::ShowBalance(const std::string& line, const std::string& hint) {
+  balance_.setText(Qt8(line));
+  balance_.setToolTip(Qt8(hint));
+}
 
 void OptionsWindow::LightBalance(bool lit) {
   balance_.setProperty("lit", lit);

@@ -47,7 +47,7 @@ class OptionsWindow : public QWidget, public OptionsView {
   void EnableUploadDays(bool enabled) override;
   void ShowVoucher(const VoucherTexts& fields) override { voucher_.Show(fields); }
   VoucherTexts Voucher() const override { return voucher_.Texts(); }
-  void ShowBalance(const std::string& line) override;
+  void ShowBalance(const std::string& line, const std::string& hint) override;
 
  protected:
   void contextMenuEvent(QContextMenuEvent* event) override;

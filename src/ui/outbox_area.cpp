@@ -46,9 +46,11 @@ OutboxParts OutboxArea::Parts(platform::Mailbox& main_window) {
           .own_mailbox = mailbox_,
           .engine = program_.GetEngine(),
           .copy = copy_,
-          .log_in = [this](std::string_view user, std::string_view password) {
-            return program_.GetAccount().LoginToGateway(user, password);
-          }};
+          .log_in =
+              [this](std::string_view user, std::string_view password) {
+                return program_.GetAccount().LoginToGateway(user, password);
+              },
+          .login_failure = [this] { return program_.GetAccount().LoginFailure(); }};
 }
 
 void OutboxArea::OpenExport(std::vector<std::int32_t> selected) {

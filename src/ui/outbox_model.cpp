@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kMostLines = 1'000;  // kept at a time
 constexpr std::size_t kTipText = 600;      // characters of a tool tip
 constexpr int kTipWord = 60;
+constexpr int kReasonTextId = 2267;
 
 QString FirstOf(const std::string& text, std::size_t characters) {
   return Qt8(std::string(platform::FirstCharacters(text, characters)));
@@ -84,14 +85,27 @@ QVariant OutboxModel::data(const QModelIndex& index, int role) const {
   if (role == Qt::DecorationRole) {
     return column == OutboxColumn::kTime ? Icon(Line(index.row()).icon) : QVariant();
   }
-  if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
+  if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != Qt::AccessibleDescriptionRole)
+    return {};
   const OutboxLine& line = Line(index.row());
   const std::string& text = line.texts[static_cast<std::size_t>(index.column())];
   if (role == Qt::DisplayRole) return OneLine(text);
+  const std::string details = column == OutboxColumn::kStatus ? StatusDetails(line) : std::string();
+  if (role == Qt::AccessibleDescriptionRole)
+    return details.empty() ? QVariant() : QVariant(Qt8(details));
   if (column == OutboxColumn::kRecipient || column == OutboxColumn::kMessage) return TipOf(text);
-  if (column == OutboxColumn::kStatus && text == kit_.texts.Load(kFirstStatusNameId + line.icon))
-    return TipOf(kit_.texts.Load(kFirstStatusDescriptionId + line.icon));
-  return {};
+  return details.empty() ? QVariant() : QVariant(TipOf(details));
+}
+
+// What the status means and, where the gateway has refused, why.
+std::string OutboxModel::StatusDetails(const OutboxLine& line) const {
+  const std::string& shown = line.texts[static_cast<std::size_t>(OutboxColumn::kStatus)];
+  std::string details;
+  if (shown == kit_.texts.Load(kFirstStatusNameId + line.icon))
+    details = kit_.texts.Load(kFirstStatusDescriptionId + line.icon);
+  if (line.reason.empty()) return details;
+  if (!details.empty()) details += "\n\n";
+  return details + kit_.texts.Format(kReasonTextId, {line.reason}).value_or(line.reason);
 }
 
 QVariant OutboxModel::headerData(int section, Qt::Orientation orientation, int role) const {

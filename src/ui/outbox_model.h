@@ -34,6 +34,7 @@ class OutboxModel : public QAbstractTableModel {
 
  private:
   const OutboxLine& Line(int row) const;
+  std::string StatusDetails(const OutboxLine& line) const;
   const QIcon& Icon(std::int32_t status) const;
 
   const Kit& kit_;

@@ -225,9 +225,9 @@ TEST_F(CommandsTest, ListsShowsAndDeletesMessages) {
 
   const auto shown = Json({"outbox", "show", "2"}).First();
   const std::vector<std::string> names{
-      "ID",       "Time",  "Stat",      "StatName",  "Type",     "TypeName",
-      "RefID",    "To",    "ToInfo",    "Msg",       "ApiMsgID", "SavedStat",
-      "SenderID", "Delay", "QueryTime", "StatQryTm", "Charge"};
+      "ID",        "Time",      "Stat",   "StatName", "Type",      "TypeName", "RefID",
+      "To",        "ToInfo",    "Msg",    "ApiMsgID", "SavedStat", "SenderID", "Delay",
+      "QueryTime", "StatQryTm", "Charge", "Number",   "Reason"};
   EXPECT_EQ(shown.size(), names.size());
   for (const std::string& name : names) EXPECT_TRUE(shown.contains(name)) << name;
   EXPECT_EQ(shown.at("StatName"), "Pending");
@@ -266,6 +266,7 @@ TEST_F(CommandsTest, ReadsAndWritesSettings) {
   EXPECT_THAT(Run({"settings", "SpanSMS", "yes"}), FailsWith(1, "SpanSMS"));
   for (const auto& [key, value] : std::vector<std::pair<std::string, std::string>>{
            {"ProxyType", "9"},
+           {"sender_id", "Twelve signs"},
            {"ProxyType", "0"},
            {"ProxyPort", "9x"},
            {"ProxyPort", "65536"},

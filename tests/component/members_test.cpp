@@ -22,7 +22,8 @@ constexpr char kMethods[] =
 constexpr char kPuttable[] =
     "smsUSER/T smsPASSWORD/T smsTEXT/T smsFROM/T smsTO/T smsMSG_TYPE/I smsCONCAT/I smsUNICODE/F "
     "smsDELIVERY_ACK/F smsDELIVERY_TIME/I";
-constexpr char kReadOnly[] = "smsIsLoggedIn/ smsERROR/ smsSESSION_ID/";
+constexpr char kReadOnly[] =
+    "smsIsLoggedIn/ smsERROR/ smsSESSION_ID/ smsERROR_TEXT/ smsERROR_CAUSE/";
 
 std::vector<std::pair<std::u16string, std::string>> Members(const std::string& list) {
   std::vector<std::pair<std::u16string, std::string>> members;
@@ -122,11 +123,13 @@ TEST_F(ComponentTest, TellsEachThreadTheErrorOfItsOwnLastCall) {
   caller_.Send("Hello", "27821110001");
   std::thread other([&] {
     EXPECT_EQ(caller_.Error(), 0);
+    EXPECT_EQ(caller_.Get(u"smsERROR_TEXT"), Caller::Text(""));
     caller_.Call(u"TokenPayWithURL", {Caller::Text("1"), Caller::Text("nowhere")});
     EXPECT_EQ(caller_.Error(), 101);
   });
   other.join();
   EXPECT_EQ(caller_.Error(), 202);
+  EXPECT_EQ(caller_.Get(u"smsERROR_TEXT"), Caller::Text("Not enough credit"));
   component::Component second(clock_);
   EXPECT_EQ(Caller(second).Error(), 0);
 }

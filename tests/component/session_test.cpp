@@ -103,6 +103,11 @@ TEST_F(ComponentTest, ReportsAServiceThatIsNotThere) {
   }
   EXPECT_EQ(caller_.LogIn().substr(0, 8), "ERR: 99,");
   EXPECT_EQ(caller_.Error(), 99);
+  const platform::Variant refused = static_cast<std::int32_t>(platform::HttpObstacle::kRefused);
+  EXPECT_EQ(caller_.Get(u"smsERROR_CAUSE"), refused);
+  caller_.Call(u"StartBatch", {Caller::Text("Hello")});
+  caller_.Call(u"Version", {Caller::Flag(0)});
+  EXPECT_EQ(caller_.Get(u"smsERROR_CAUSE"), platform::Variant(std::int32_t{0})) << "a success";
 }
 
 TEST(BaseAddress, IsHttpWithAHost) {

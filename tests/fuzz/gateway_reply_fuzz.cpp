@@ -23,12 +23,14 @@ void RecordAndCheck(std::string_view reply) {
   orvalo::SendOutcome outcome;
   const auto sent = orvalo::RecordChunkReply(reply, chunk, &outcome);
   Require(sent == static_cast<std::int32_t>(outcome.successes.size()));
-  for (const auto* list : {&outcome.successes, &outcome.failures}) {
-    for (const auto& record : *list) {
+  const auto check = [&](const auto& list) {
+    for (const auto& record : list) {
       Require(record.number.view() == chunk[0].number.view() ||
               record.number.view() == chunk[1].number.view());
     }
-  }
+  };
+  check(outcome.successes);
+  check(outcome.failures);
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 #include "gateway/account.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "engine_bench.h"
 
 namespace orvalo {
 namespace {
+
+using platform::HttpObstacle;
 
 TEST(Account, LoginAsksForTheBalanceAndReportsAnUnreachableServer) {
   test::EngineBench bench;
@@ -29,11 +32,65 @@ TEST(Account, LoginAsksForTheBalanceAndReportsAnUnreachableServer) {
             "Failed to communicate with the the server.  Please make sure that you are on-line!");
 }
 
+// The words that a login refused, or a failed connection, is told with; the log has them as well.
+TEST(Account, SaysWhyALoginFailed) {
+  const struct {
+    int code;
+    HttpObstacle cause;
+    const char* words;
+    const char* told;
+    const char* boxed = "";  // behind the usual text
+  } cases[] = {
+      {110, {}, "No such user", "Unknown username or password!"},
+      {95, {}, "", "Failed to communicate with the proxy server.  Check"},
+      {96, {}, "", "Failed to communicate via the proxy server.  You might"},
+      {98, {}, "", "What answers at http://sms.example cannot be understood"},
+      {113, {}, "Too many requests", "Too many requests (gateway code 113)"},
+      {500, {}, "", "The gateway refuses, with the code 500."},
+      {99, {}, "", "The gateway at http://sms.example cannot be reached."},
+      {99, HttpObstacle::kRefused, "", "The gateway at http://sms.example cannot be reached: the",
+       "\r\n\r\nThe gateway at http://sms.example cannot be reached: the connection is refused"},
+      {99, HttpObstacle::kUntrusted, "", "The gateway at http://sms.example cannot be trusted: its",
+       "\r\n\r\nThe gateway at http://sms.example cannot be trusted: its certificate comes"},
+      {99, HttpObstacle::kNoAuthorities, "",
+       "The gateway at http://sms.example cannot be trusted: "
+       "this computer's list"},
+      {99, static_cast<HttpObstacle>(12), "",
+       "The gateway at http://sms.example cannot be reached."},
+  };
+  for (const bool apart : {true, false}) {
+    test::EngineBench bench(apart);
+    bench.settings.SetText(TextSetting::kComBaseUrl, "http://sms.example");
+    for (const auto& c : cases) {
+      if (!apart && c.cause != HttpObstacle()) continue;
+      const std::string reply = "ERR: " + std::to_string(c.code) + ", " + c.words;
+      bench.fake.On("AuthenticateClient", [&](const auto&) {
+        return test::FakeGateway::Answer{reply, c.code, c.words, static_cast<int>(c.cause)};
+      });
+      EXPECT_FALSE(bench.account->LoginToGateway("demo", "secret"));
+      EXPECT_THAT(bench.account->LoginFailure(), testing::StartsWith(c.told));
+      EXPECT_EQ(bench.log.Lines().back(),
+                "Login failed: Error:" + std::to_string(c.code) + ", " + c.words);
+      const auto boxes = bench.boxes.shown();
+      EXPECT_TRUE(c.code != 99 || boxes.back().text.find(c.boxed) != std::string::npos) << c.boxed;
+    }
+    bench.fake.On("AuthenticateClient", "OK");
+    EXPECT_TRUE(bench.account->LoginToGateway("demo", "secret"));
+    EXPECT_EQ(bench.account->LoginFailure(), "");
+  }
+}
+
 TEST(Account, AFailedBalanceQueryKeepsTheLastBalance) {
   test::EngineBench bench;
   bench.settings.SetNumber(NumberSetting::kLastBalance, 42);
-  bench.fake.On("QueryBalance", "1000", 500);
+  bench.fake.On("QueryBalance", "ERR: 500, Out of order", 500);
   EXPECT_EQ(bench.account->QueryBalanceTenths(), 42);
+  EXPECT_EQ(bench.account->BalanceText(), "Balance: 4.2?");
+  EXPECT_THAT(bench.account->BalanceHint(), testing::HasSubstr("Out of order (gateway code 500)"));
+  bench.fake.On("QueryBalance", "4.3");
+  EXPECT_EQ(bench.account->QueryBalanceTenths(), 43);
+  EXPECT_EQ(bench.account->BalanceText() + bench.account->BalanceHint(), "Balance: 4.3");
+  bench.settings.SetNumber(NumberSetting::kLastBalance, 42);
   bench.settings.SetFlag(FlagSetting::kWorkingOnLine, false);
   bench.fake.ClearCalls();
   EXPECT_EQ(bench.account->QueryBalanceTenths(), 42);

@@ -73,10 +73,12 @@ struct EngineBench {
   std::unique_ptr<GatewayClient> gateway;
   std::unique_ptr<Account> account;
 
-  EngineBench() {
+  // `reasons`: the component tells them apart from its replies.
+  explicit EngineBench(bool reasons = false) {
+    if (reasons) fake.TellReasons();
     fake.Register(registry);
     gateway = std::make_unique<GatewayClient>(registry);
-    account = std::make_unique<Account>(settings, *gateway, texts, boxes);
+    account = std::make_unique<Account>(settings, *gateway, texts, boxes, &log);
     notices.SetMainWindow(&window);
     notices.SetOptionsPage(&options);
     notices.SetOutboxView(&outbox);

@@ -14,8 +14,11 @@ using test::FakeGateway;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 
+const std::string kAddress = "http://sms.example";
+
 class SendPassTest : public ::testing::Test {
  protected:
+  SendPassTest() { bench_.settings.SetText(TextSetting::kComBaseUrl, kAddress); }
   void Send(std::int32_t id = kEveryMessage) { pass_.SendQueuedSMSs(id); }
   // Answers every number of a chunk with an id, but those in `refused` with an error and those in
   // `silent` not at all.
@@ -40,7 +43,16 @@ class SendPassTest : public ::testing::Test {
     return rows;
   }
 
-  test::EngineBench bench_;
+  // The numbers and reasons of the rows made from a message; of its own when there are none.
+  std::vector<std::string> Reasons(std::int32_t id) {
+    auto rows = bench_.ChildrenOf(id);
+    if (rows.empty()) rows.push_back(bench_.database.GetSms(id).value());
+    std::vector<std::string> reasons;
+    for (const MessageRow& row : rows) reasons.push_back(row.number + "|" + row.reason);
+    return reasons;
+  }
+
+  test::EngineBench bench_{true};
   std::mutex pass_lock_;
   SendPass pass_{bench_.parts(), pass_lock_};
 };
@@ -106,6 +118,7 @@ TEST_F(SendPassTest, NoRecipientIsFailed) {
   const std::int32_t id = bench_.Add(",A99");
   Send();
   EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kFailed);
+  EXPECT_THAT(Reasons(id), ElementsAre(testing::StartsWith("|No recipient is left")));
 }
 
 TEST_F(SendPassTest, PersonalisedTextsGoOutOneByOne) {
@@ -148,6 +161,12 @@ TEST_F(SendPassTest, ABatchAccountsForEveryRecipient) {
   Send();
   EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kExpanded);
   EXPECT_THAT(Outcome(id), ElementsAre("111:11:id", "111:11:id", "222:2", "333:2", "333:2"));
+  EXPECT_THAT(Reasons(id),
+              ElementsAre("111|", "111|", "222|208: refused",
+                          "333|98: What answers at " + kAddress +
+                              " cannot be understood: it may not be the gateway.  Check the "
+                              "address.",
+                          testing::StartsWith("333|98: ")));
   EXPECT_EQ(bench_.fake.Calls("EndBatch").size(), 1u);
   EXPECT_THAT(bench_.log.Lines(),
               Contains("QuickBatchSend SMS sent ok: Mobile:,111,222,333,111,333"));
@@ -187,14 +206,20 @@ TEST_F(SendPassTest, ABatchThatCannotStartFailsEveryRecipient) {
   Send();
   EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kExpanded);
   EXPECT_THAT(Outcome(id), ElementsAre("111:2", "222:2"));
+  EXPECT_THAT(Reasons(id), ElementsAre("111|99: The gateway at " + kAddress + " cannot be reached.",
+                                       testing::StartsWith("222|99: ")));
   ASSERT_EQ(bench_.boxes.shown().size(), 1u);
   EXPECT_EQ(bench_.boxes.shown()[0].caption, "Login failed ...");
   EXPECT_TRUE(bench_.fake.Calls("QuickBatchSend").empty());
   EXPECT_TRUE(bench_.fake.Calls("EndBatch").empty());
 
-  bench_.fake.On("StartBatch", "no credit", 202);
-  bench_.Add(",111,222", "again");
+  bench_.fake.On("StartBatch", [](const auto&) {
+    return FakeGateway::Answer{"no credit", 202, "Not enough credit"};
+  });
+  const std::int32_t again = bench_.Add(",111,222", "again");
   Send();
+  EXPECT_THAT(Reasons(again),
+              ElementsAre("111|202: Not enough credit", "222|202: Not enough credit"));
   EXPECT_THAT(bench_.log.Lines(), Contains("SMS Batch start failed: Error:no credit Msg:again"));
 }
 
@@ -239,6 +264,20 @@ TEST_F(SendPassTest, AFailedSendSaysSoOncePerRecipient) {
   EXPECT_EQ(bench_.boxes.shown().size(), 1u);
   EXPECT_THAT(bench_.log.Lines(),
               Contains("ComplexSMS failed: Error:unreachable Mobile:222 Msg:x"));
+  // A chunk that nothing answered has one reason, whatever its lines say.
+  bench_.fake.On("QuickBatchSend", [](const auto&) {
+    return FakeGateway::Answer{"ERR: 99, cut off To: 111\nERR: 99, cut off To: 222", 99, "cut off",
+                               static_cast<int>(platform::HttpObstacle::kCutOff)};
+  });
+  const std::int32_t cut = bench_.Add(",111,222");
+  Send();
+  EXPECT_THAT(Reasons(cut), testing::Each(testing::HasSubstr("it ends the connection without")));
+  bench_.fake.On("SendMsg", [](const auto&) {
+    return FakeGateway::Answer{"ERR: 208, refused", 208, "refused"};
+  });
+  const std::int32_t single = bench_.Add(",111");
+  Send();
+  EXPECT_THAT(Reasons(single), ElementsAre("111|208: refused"));
 }
 
 }  // namespace

@@ -87,6 +87,8 @@ TEST_F(StatusPassTest, AnErrorOrSilenceLeavesTheRowButNotItsSchedule) {
   EXPECT_EQ(Row(failed).stat, 11);
   EXPECT_EQ(Row(failed).charge, "?");
   EXPECT_EQ(Row(failed).query_time, 300);
+  EXPECT_EQ(pass_.unanswered().count, 1);
+  EXPECT_EQ(pass_.unanswered().last.code, 99);
 
   bench_.clock.Advance(300'000);
   bench_.fake.On("GetMsgCharge", "status: 008 charge: 0.5");  // 8 changes nothing but the charge

@@ -21,6 +21,7 @@ struct StoringServices : ComposeServices {
   }
   void QueryBalance() override { balance = "Balance: 8.7"; }
   std::string BalanceText() const override { return balance; }
+  std::string BalanceHint() const override { return {}; }
 
   SmsDatabase& database;
   int refusals = 0;  // the call that fails, counted from 1
@@ -52,7 +53,7 @@ struct FakeComposeView : ComposeView {
   void NameSendButton(const std::string& name) override { send_button = name; }
   void EnableSend(bool enabled) override { send = enabled; }
   void EnableSchedule(bool enabled) override { schedule_enabled = enabled; }
-  void ShowBalance(const std::string& line) override { balance = line; }
+  void ShowBalance(const std::string& line, const std::string&) override { balance = line; }
   std::optional<std::string> PickFile(const std::string& pattern, const std::string&) override {
     picked_pattern = pattern;
     return picked;

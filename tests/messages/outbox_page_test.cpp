@@ -80,7 +80,8 @@ struct PageBench : test::OutboxBench {
                    [this](std::string_view user, std::string_view password) {
                      logins += std::string(user) + "/" + std::string(password) + " ";
                      return login_works;
-                   }},
+                   },
+                   [] { return std::string("Nobody answers"); }},
                   window};
 
   // One row for each status.
@@ -295,7 +296,7 @@ TEST(OutboxPageTest, GoesOnlineForACommand) {
     bench.login_works = false;
     run();
     EXPECT_EQ(bench.engine.requests.size(), 1u);
-    EXPECT_EQ(bench.boxes.shown().at(0).text, c.text);
+    EXPECT_EQ(bench.boxes.shown().at(0).text, std::string(c.text) + "\r\n\r\nNobody answers");
     EXPECT_EQ(bench.boxes.shown().at(0).caption, c.caption);
     EXPECT_EQ(bench.boxes.shown().at(0).icon, platform::BoxIcon::kStop);
     EXPECT_FALSE(bench.settings.Flag(FlagSetting::kWorkingOnLine));

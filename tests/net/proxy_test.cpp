@@ -105,7 +105,9 @@ TEST(Proxy, BlamesTheProxyForAServiceThatItCannotReach) {
   EXPECT_EQ(bench.Test(4, "127.0.0.1", proxy.port()), 96);
   // Without a proxy it is the connection itself, for which there is a third message.
   EXPECT_EQ(bench.Test(1), 99);
-  EXPECT_EQ(bench.boxes.shown().back().text, bench.texts.Load(1136));
+  EXPECT_EQ(bench.boxes.shown().back().text,
+            bench.texts.Load(1136) + "\r\n\r\n" +
+                bench.texts.Format(2252, {"http://127.0.0.1:8480"}).value());
 }
 
 TEST(Proxy, FollowsTheEnvironmentAndThenTheDesktop) {

@@ -128,6 +128,7 @@ TEST(Http, EndsARequestThatIsTooLargeOrTooSlow) {
   request.timeout_ms = 250;
   const HttpReply reply = client.Perform(request);
   EXPECT_EQ(reply.failure, HttpFailure::kNoReply);
+  EXPECT_EQ(reply.obstacle, platform::HttpObstacle::kTimedOut);
   EXPECT_EQ(reply.status, 0);
   EXPECT_FALSE(reply.error.empty());
   released.set_value();
@@ -154,8 +155,13 @@ TEST(Http, RefusesAddressesAndHeadersThatAreNone) {
 // What must not be sent twice depends on this difference.
 TEST(Http, TellsARequestThatWasNeverSeenFromOneWithoutReply) {
   HttpClient client;
-  EXPECT_EQ(client.Perform(Post("http://127.0.0.1:" + std::to_string(UnusedPort()), "x")).failure,
-            HttpFailure::kUnreachable);
+  const HttpReply refused =
+      client.Perform(Post("http://127.0.0.1:" + std::to_string(UnusedPort()), "x"));
+  EXPECT_EQ(refused.failure, HttpFailure::kUnreachable);
+  EXPECT_EQ(refused.obstacle, platform::HttpObstacle::kRefused);
+  const HttpReply nameless = client.Perform(Post("http://gateway.invalid/", "x"));
+  EXPECT_EQ(nameless.failure, HttpFailure::kUnreachable);
+  EXPECT_EQ(nameless.obstacle, platform::HttpObstacle::kNameNotFound);
 
   const char* const kReplies[] = {"",
                                   "reset",

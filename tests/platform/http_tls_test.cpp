@@ -10,6 +10,7 @@ namespace {
 
 using platform::HttpClient;
 using platform::HttpFailure;
+using platform::HttpObstacle;
 using platform::HttpReply;
 using platform::HttpRequest;
 
@@ -26,7 +27,7 @@ TEST(HttpTls, TrustsOnlyTheAuthoritiesGiven) {
   Spill(folder.File("other.pem"), TlsServer().CertificateText());
   Spill(folder.File("none.pem"), "no certificate at all");
   HttpClient client;
-  EXPECT_EQ(GetSecret(client, server.Url()).failure, HttpFailure::kTls);
+  EXPECT_EQ(GetSecret(client, server.Url()).obstacle, HttpObstacle::kUntrusted);
   for (const char* file : {"other.pem", "none.pem", "missing.pem"}) {
     client.SetCertificateAuthorities(folder.File(file));
     const HttpReply reply = GetSecret(client, server.Url());
@@ -44,7 +45,11 @@ TEST(HttpTls, TrustsOnlyTheAuthoritiesGiven) {
   EXPECT_EQ(server.connections(), before + 1);
   // Trust in the certificate is no trust in another name, and ends with the setting.
   client.SetCertificateAuthorities(folder.File("ours.pem"));  // lets go of the kept connection
-  EXPECT_EQ(GetSecret(client, server.Url("localhost")).failure, HttpFailure::kTls);
+  const HttpReply elsewhere = GetSecret(client, server.Url("localhost"));
+  EXPECT_EQ(elsewhere.failure, HttpFailure::kTls);
+  EXPECT_EQ(elsewhere.obstacle, HttpObstacle::kWrongName);
+  client.SetCertificateAuthorities(folder.File("missing.pem"));
+  EXPECT_EQ(GetSecret(client, server.Url()).obstacle, HttpObstacle::kNoAuthorities);
   client.SetCertificateAuthorities("");
   EXPECT_EQ(GetSecret(client, server.Url()).failure, HttpFailure::kTls);
 }
@@ -55,12 +60,16 @@ TEST(HttpTls, RefusesWhatIsExpiredOrNoTls) {
   Spill(folder.File("expired.pem"), expired.CertificateText());
   HttpClient client;
   client.SetCertificateAuthorities(folder.File("expired.pem"));
-  EXPECT_EQ(GetSecret(client, expired.Url()).failure, HttpFailure::kTls);
+  const HttpReply late = GetSecret(client, expired.Url());
+  EXPECT_EQ(late.failure, HttpFailure::kTls);
+  EXPECT_EQ(late.obstacle, HttpObstacle::kOutOfDate);
   RawServer plain([](RawServer::Connection& connection) {
     connection.Send("HTTP/1.1 400 Speak plainly\r\n\r\n");
   });
-  EXPECT_EQ(GetSecret(client, "https://127.0.0.1:" + std::to_string(plain.port())).failure,
-            HttpFailure::kTls);
+  const HttpReply unencrypted =
+      GetSecret(client, "https://127.0.0.1:" + std::to_string(plain.port()));
+  EXPECT_EQ(unencrypted.failure, HttpFailure::kTls);
+  EXPECT_EQ(unencrypted.obstacle, HttpObstacle::kNoTls);
 }
 
 }  // namespace

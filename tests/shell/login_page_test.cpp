@@ -113,15 +113,17 @@ TEST(LoginPageTest, OkLogsInOnlineOrComparesOffline) {
     int error;
     bool in;
     std::size_t calls;
+    const char* message = "Unknown username or password!";
   } cases[] = {
       {false, "new", 0, true, 1},
       {false, "new", 110, false, 1},
+      {false, "new", 113, false, 1, "Too many requests (gateway code 113)"},
       {true, "secret", 0, true, 0},
       {true, "Secret", 0, false, 0},
   };
   for (const auto& c : cases) {
     LoginBench bench;
-    bench.fake.On("AuthenticateClient", "", c.error);
+    bench.fake.On("AuthenticateClient", "ERR: 113, Too many requests", c.error);
     bench.page.SetUp();
     bench.page.UserTyped("demo");
     bench.page.PasswordTyped(c.password);
@@ -130,7 +132,7 @@ TEST(LoginPageTest, OkLogsInOnlineOrComparesOffline) {
     bench.page.Ok();
     EXPECT_EQ(bench.logins, c.in ? 1 : 0) << c.password;
     EXPECT_EQ(bench.fake.Calls("AuthenticateClient").size(), c.calls);
-    EXPECT_EQ(bench.view.message, c.in ? "" : "Unknown username or password!");
+    EXPECT_EQ(bench.view.message, c.in ? "" : c.message);
     EXPECT_EQ(bench.settings.Flag(FlagSetting::kWorkingOnLine), c.in && !c.offline);
     EXPECT_EQ(bench.Saved("Password"), c.in ? c.password : "");
     EXPECT_EQ(bench.Saved("RememberPassword"), c.in ? "1" : "0");
@@ -144,10 +146,11 @@ TEST(LoginPageTest, ForgottenPasswordsAreSentOrExplained) {
     int error;
     const char* message;
     std::size_t calls;
+    const char* why = "";
   } cases[] = {
       {"  ", 0, "", 0},
       {"a@b", 0, "Your password has been sent", 1},
-      {"a@b", 99, "Failed to notify", 1},
+      {"a@b", 99, "Failed to notify", 1, "cannot be reached."},
   };
   for (const auto& c : cases) {
     LoginBench bench;
@@ -164,6 +167,7 @@ TEST(LoginPageTest, ForgottenPasswordsAreSentOrExplained) {
     bench.page.ForgotPassword();
     EXPECT_EQ(bench.view.message.substr(0, std::string(c.message).size()), c.message);
     EXPECT_EQ(bench.view.message.empty(), c.calls == 0);
+    EXPECT_TRUE(bench.view.message.ends_with(c.why)) << bench.view.message;
     const auto calls = bench.fake.Calls("RecoverPassword");
     ASSERT_EQ(calls.size(), c.calls);
     for (const auto& call : calls) EXPECT_EQ(call.Argument(0), std::string(31, 'u'));

@@ -33,12 +33,15 @@ class FakeOptions : public OptionsView {
   void EnableUploadDays(bool on) override { upload = on; }
   void ShowVoucher(const VoucherTexts& fields) override { voucher = fields; }
   VoucherTexts Voucher() const override { return voucher; }
-  void ShowBalance(const std::string& line) override { balance = line; }
+  void ShowBalance(const std::string& line, const std::string& why) override {
+    balance = line;
+    hint = why;
+  }
   std::vector<std::string> days;
   OptionsValues values;
   bool profile = true, upload = true;
   VoucherTexts voucher;
-  std::string balance;
+  std::string balance, hint;
 };
 
 struct OptionsBench : test::ShellBench {
@@ -52,7 +55,8 @@ struct OptionsBench : test::ShellBench {
                        page.ShowBalance();
                      }};
   WorkingMode mode{{settings, texts, boxes, window, *account, lines, page}};
-  OptionsPage page{{settings, data_file, window, *account, shell, mode, lines, form, view}};
+  OptionsPage page{
+      {settings, data_file, window, *account, shell, mode, lines, form, texts, boxes, view}};
 
   OptionsBench() { fake.On("QueryBalance", "20"); }
   std::vector<std::uint32_t> Posted() const {
@@ -97,8 +101,7 @@ TEST(OptionsPageTest, ApplyingStoresEveryControlInItsSetting) {
       // Longer than can be typed: from elsewhere, and kept.
       {"prefix", [](OptionsValues& v) { v.prefix = "1234567890123"; }, "1234567890123"},
       {"Sig", [](OptionsValues& v) { v.signature = std::string(170, 's'); }, std::string(170, 's')},
-      {"sender_id", [](OptionsValues& v) { v.sender_id = std::string(30, 'i'); },
-       std::string(30, 'i')},
+      {"sender_id", [](OptionsValues& v) { v.sender_id = "Shop"; }, "Shop"},
       {"Outlook_Name", [](OptionsValues& v) { v.outlook_name = std::string(300, 'n'); },
        std::string(254, 'n')},
       {"Outlook_Password", [](OptionsValues& v) { v.outlook_password = "pw"; }, "pw"},
@@ -157,9 +160,41 @@ TEST(OptionsPageTest, TheChoiceGoesOnlineAndOffline) {
   EXPECT_FALSE(bench.settings.Flag(FlagSetting::kWorkingOnLine));
   EXPECT_FALSE(bench.view.values.online);
   EXPECT_EQ(bench.Posted().back(), kWmOffline);
-  EXPECT_EQ(bench.LastBox(), "Unable to go online!");
+  EXPECT_EQ(bench.LastBox(), "Unable to go online!\r\n\r\nUnknown username or password!");
   EXPECT_EQ(bench.boxes.shown().back().caption, "Login failed ...");
   EXPECT_EQ(bench.balances, 3);
+}
+
+TEST(OptionsPageTest, RefusesASenderThatNetworksWouldRefuse) {
+  OptionsBench bench;
+  bench.settings.SetText(TextSetting::kSenderId, "Kept");
+  bench.page.SetUp();
+  for (const char* bad : {"Twelve signs", "Caf\u00e9", " Bank", "+1234567890123456", "+"}) {
+    bench.view.values.sender_id = bad;
+    bench.page.Apply();
+    EXPECT_EQ(bench.Saved("sender_id"), "Kept") << bad;
+    EXPECT_EQ(bench.view.values.sender_id, bad) << "left to be mended";
+    EXPECT_NE(bench.LastBox().find(bad), std::string::npos);
+  }
+  const auto boxes = bench.boxes.shown().size();
+  for (const char* good : {"Bank & Co", "+27821110001", "123456789012345", ""}) {
+    bench.view.values.sender_id = good;
+    bench.page.Apply();
+    EXPECT_EQ(bench.Saved("sender_id"), good);
+  }
+  EXPECT_EQ(bench.boxes.shown().size(), boxes);
+}
+
+TEST(OptionsPageTest, TheBalanceSaysWhenItIsNotTheAccountsOwnWord) {
+  OptionsBench bench;
+  bench.settings.SetFlag(FlagSetting::kWorkingOnLine, true);
+  bench.fake.On("QueryBalance", "ERR: 500, Out of order", 500);
+  bench.lines.Refresh();
+  EXPECT_EQ(bench.view.balance, "Balance: 0.0?");
+  EXPECT_NE(bench.view.hint.find("Out of order"), std::string::npos);
+  bench.fake.On("QueryBalance", "20");
+  bench.lines.Refresh();
+  EXPECT_EQ(bench.view.balance + bench.view.hint, "Balance: 20.0");
 }
 
 TEST(OptionsPageTest, ApplyingKeepsWhatTheProxyDialogStored) {

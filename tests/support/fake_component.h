@@ -33,6 +33,8 @@ class FakeGateway {
   struct Answer {
     std::string reply;
     std::int32_t error = 0;
+    std::string reason = "";  // for smsERROR_TEXT and smsERROR_CAUSE
+    std::int32_t cause = 0;
   };
   using Handler = std::function<Answer(const Call&)>;
 
@@ -48,6 +50,9 @@ class FakeGateway {
   void Forget(const std::string& member) {
     unknown_.insert(member);
   }  // before the client is created
+
+  // Before the client is created: the component has the members that tell reasons, too.
+  void TellReasons() { unknown_.clear(); }
 
   std::vector<Call> Calls(const std::string& member = "") const {
     std::lock_guard guard(mutex_);
@@ -90,8 +95,7 @@ class FakeGateway {
         return platform::kMemberNotFound;
       const std::string& name = names_[static_cast<std::size_t>(id) - 1];
       if (kind == platform::InvokeKind::kPropertyGet) {
-        *result =
-            name == "smsERROR" ? platform::Variant(gateway_.error_) : platform::Variant(u"token");
+        *result = gateway_.Read(name);
         return 0;
       }
       const std::string reply = gateway_.Take({name, {arguments.rbegin(), arguments.rend()}}, kind);
@@ -114,15 +118,24 @@ class FakeGateway {
         handler = found->second;
     }
     const Answer answer = handler ? handler(call) : Answer{};
-    error_ = answer.error;
+    Last() = answer;
     return answer.reply;
+  }
+  static Answer& Last() {  // to the calling thread
+    static thread_local Answer last;
+    return last;
+  }
+  static platform::Variant Read(const std::string& property) {
+    if (property == "smsERROR") return Last().error;
+    if (property == "smsERROR_TEXT") return platform::ToWide(Last().reason);
+    if (property == "smsERROR_CAUSE") return Last().cause;
+    return u"token";
   }
 
   mutable std::mutex mutex_;
   std::vector<Call> calls_;
   std::map<std::string, Handler> handlers_;
-  std::set<std::string> unknown_;
-  static inline thread_local std::int32_t error_ = 0;  // of the calling thread's last call
+  std::set<std::string> unknown_ = {"smsERROR_TEXT", "smsERROR_CAUSE"};
 };
 
 }  // namespace orvalo::test

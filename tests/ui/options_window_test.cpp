@@ -72,7 +72,7 @@ TEST_F(OptionsWindowTest, WhatIsEditedIsSavedWhenThePageIsApplied) {
     EXPECT_FALSE(Get<QComboBox>("optionUploadDays").isEnabled());
     Type("optionPrefix", "00270000000009");
     Type("optionSignature", "Regards, your school");
-    Type("optionSenderId", "0123456789012345678901");
+    Type("optionSenderId", "012345678901234");
     for (const char* name : {"optionWriteLog", "optionDeliveryAcks", "optionSpanSms",
                              "optionTrackFailed", "optionStartMinimised"})
       Click(name);
@@ -89,7 +89,7 @@ TEST_F(OptionsWindowTest, WhatIsEditedIsSavedWhenThePageIsApplied) {
       const char* value;
     } expected[] = {{"prefix", "2700000000"},
                     {"Sig", "Regards, your school"},
-                    {"sender_id", "01234567890123456789"},
+                    {"sender_id", "012345678901234"},
                     {"WriteLog", "1"},
                     {"DeliveryAcks", "1"},
                     {"SpanSMS", "1"},
@@ -122,7 +122,7 @@ TEST_F(OptionsWindowTest, TheChoiceFollowsWhatTheGatewaySays) {
     Choose("optionOnline");
     EXPECT_FALSE(online.isChecked());
     ASSERT_EQ(boxes_.shown().size(), 1u);
-    EXPECT_EQ(boxes_.shown()[0].text, "Unable to go online!");
+    EXPECT_EQ(boxes_.shown()[0].text, "Unable to go online!\r\n\r\nUnknown username or password!");
 
     fake_.On("AuthenticateClient", "");
     Choose("optionOnline");

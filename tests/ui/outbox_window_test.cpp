@@ -283,6 +283,25 @@ TEST_F(OutboxWindowTest, TheMenuGreysWhatTheLineDoesNotAllow) {
   });
 }
 
+TEST_F(OutboxWindowTest, TheStatusTellsWhyAMessageWasRefused) {
+  With({SmsStatus::kProcessing, kPending}, [&] {
+    program_->GetDatabase().SetOutcome(1, SmsStatus::kProcessing,
+                                       {SmsStatus::kFailed, {}, 0, 0, {}, "208: <b>Refused</b>"});
+    area_->Page().BroughtToFront();
+    const auto details = [&](int row, int role) {
+      return list_->model()
+          ->index(row, static_cast<int>(OutboxColumn::kStatus))
+          .data(role)
+          .toString()
+          .toStdString();
+    };
+    EXPECT_THAT(details(0, Qt::ToolTipRole),
+                HasSubstr("\n\nThe reason: 208: &lt;b&gt;Refused&lt;/b&gt;"));
+    EXPECT_THAT(details(0, Qt::AccessibleDescriptionRole), HasSubstr("208: <b>Refused</b>"));
+    EXPECT_THAT(details(1, Qt::ToolTipRole), testing::Not(HasSubstr("reason")));
+  });
+}
+
 TEST_F(OutboxWindowTest, SendsWhatIsSelectedOnceTheProgramIsOnline) {
   With({kPending, kPending, kPending}, [&] {
     program_->GetSettings().SetFlag(FlagSetting::kWorkingOnLine, false);
@@ -294,8 +313,10 @@ TEST_F(OutboxWindowTest, SendsWhatIsSelectedOnceTheProgramIsOnline) {
     Choose("Send");
     Press("outboxSendNow");
     ASSERT_EQ(boxes_.shown().size(), 2u);
-    EXPECT_EQ(boxes_.shown()[0].text, "Unable to go online and send the highlighted outbox items!");
-    EXPECT_EQ(boxes_.shown()[1].text, "Unable to go online and send the outbox items!");
+    const std::string why = "\r\n\r\nUnknown username or password!";
+    EXPECT_EQ(boxes_.shown()[0].text,
+              "Unable to go online and send the highlighted outbox items!" + why);
+    EXPECT_EQ(boxes_.shown()[1].text, "Unable to go online and send the outbox items!" + why);
     EXPECT_TRUE(fake_.Calls("SendMsg").empty());
 
     fake_.On("AuthenticateClient", "");

@@ -136,7 +136,8 @@ bool Program::ConnectGateway(const Options& options, Result* result) {
   gateway_->SetBaseUrl(platform::ToWide(settings_.Text(TextSetting::kComBaseUrl)), &reply);
   ProxySettings(settings_, *gateway_, texts_, boxes_)
       .ApplyProxySettings(options.test_connection && settings_.Flag(FlagSetting::kWorkingOnLine));
-  account_ = std::make_unique<Account>(settings_, *gateway_, texts_, boxes_, options.wait_cursor,
+  account_ = std::make_unique<Account>(settings_, *gateway_, texts_, boxes_, log_.get(),
+                                       options.wait_cursor,
                                        [this] { notices_.ToMainWindow(kWmLoggedIn); });
   if (log_ != nullptr) {
     engine_ = std::make_unique<SendEngine>(
