@@ -92,8 +92,9 @@ ExitCode CodeOf(const Program::Result& result, ErrorOutput& errors) {
       return Report(errors, ExitCode::kInUse, "Another program is using this data folder");
     case Program::End::kNoGateway:
       return Report(errors, ExitCode::kGateway, result.reason);
-    case Program::End::kNoDataFolder:
     case Program::End::kNoDatabase:
+      return ExitCode::kFailed;
+    case Program::End::kNoDataFolder:
     case Program::End::kUnexpected:
       break;
   }

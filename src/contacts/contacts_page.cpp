@@ -464,7 +464,7 @@ void ContactsPage::Guarded(const std::function<void()>& work) {
   try {
     work();
   } catch (const StoreError& error) {
-    parts_.boxes.Show(error.what(), parts_.texts.Load(kContactsProgramNameId),
+    parts_.boxes.Show(error.InWords(parts_.texts), parts_.texts.Load(kContactsProgramNameId),
                       platform::BoxIcon::kStop);
   }
 }

@@ -97,7 +97,7 @@ bool CsvExport::Write(const std::string& path, std::string_view header,
   try {
     write_rows(file);
   } catch (const StoreError& error) {
-    return Fail(error.what());
+    return Fail(error.InWords(texts_));
   }
   return file.Close() || Fail(not_written);
 }
@@ -154,7 +154,7 @@ bool CsvExportDialog::ExportGroups() {
   try {
     cids = writer_.MembersOf(gids);
   } catch (const StoreError& error) {
-    boxes_.Show(error.what(), texts_.Load(kCsvFailedCaptionId), platform::BoxIcon::kNone);
+    boxes_.Show(error.InWords(texts_), texts_.Load(kCsvFailedCaptionId), platform::BoxIcon::kNone);
     return false;
   }
   return !cids.empty() && writer_.WriteContacts(path_, cids);

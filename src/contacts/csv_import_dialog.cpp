@@ -82,7 +82,7 @@ bool CsvImportDialog::Ok(CsvImportWindow& window) {
       result = Import(window, *quotes);
     }
   } catch (const StoreError& error) {
-    Complain(error.what());
+    Complain(error.InWords(texts_));
     return false;
   }
   if (result.end == CsvImportResult::End::kCancelled) return false;

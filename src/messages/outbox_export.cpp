@@ -73,7 +73,7 @@ bool OutboxExport::Write(const std::string& path, const WriteRows& write_rows) {
   try {
     write_rows(file.get());
   } catch (const StoreError& error) {
-    return Fail(error.what());
+    return Fail(error.InWords(texts_));
   }
   WriteBytes(file.get(), texts_.LoadOrEmpty(kNoteTextId));
   const bool written = std::ferror(file.get()) == 0;

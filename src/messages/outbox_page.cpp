@@ -308,7 +308,8 @@ void OutboxPage::Guarded(const std::function<void()>& work) {
   try {
     work();
   } catch (const StoreError& error) {
-    parts_.boxes.Show(error.what(), parts_.texts.Load(kProgramNameId), platform::BoxIcon::kStop);
+    parts_.boxes.Show(error.InWords(parts_.texts), parts_.texts.Load(kProgramNameId),
+                      platform::BoxIcon::kStop);
   }
 }
 

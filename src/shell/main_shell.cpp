@@ -213,7 +213,7 @@ void MainShell::CloseApp() {
   try {
     parts_.actions.CommitStore();
   } catch (const StoreError& error) {
-    parts_.boxes.Show(error.what(), parts_.texts.Load(kProductNameTextId),
+    parts_.boxes.Show(error.InWords(parts_.texts), parts_.texts.Load(kProductNameTextId),
                       platform::BoxIcon::kStop);
   }
 }

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "platform/disk_full.h"
 #include "platform/file.h"
 #include "store/store_error.h"
 
@@ -22,36 +23,30 @@ constexpr std::chrono::minutes kTurnPatience(1);  // a long import is one transa
 constexpr Sql kBegin("BEGIN IMMEDIATE");
 constexpr Sql kCommit("COMMIT");
 
-std::string DescribeFailure(int result, const std::string& path, const std::string& detail) {
-  const char* reason = "could not be read or written";
+// `system_error` is the system's number behind `result`, or 0 when it is not known.
+StoreProblem ProblemOf(int result, int system_error) {
   switch (result & 0xff) {
     case SQLITE_FULL:
-      reason = "could not be written: the disk is full";
-      break;
+      return StoreProblem::kDiskFull;
     case SQLITE_READONLY:
     case SQLITE_PERM:
-      reason = "may not be written";
-      break;
+      return StoreProblem::kNotWritable;
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-      reason = "is in use by another program";
-      break;
+      return StoreProblem::kInUse;
     case SQLITE_CORRUPT:
-      reason = "is damaged";
-      break;
+      return StoreProblem::kDamaged;
     case SQLITE_NOTADB:
-      reason = "is not a message database";
-      break;
-    case SQLITE_CANTOPEN:
-      reason = "cannot be opened";
-      break;
+      return StoreProblem::kNoDatabase;
+    case SQLITE_CANTOPEN:  // also of a journal that finds no room
+      return platform::MeansDiskFull(system_error) ? StoreProblem::kDiskFull
+                                                   : StoreProblem::kNotOpened;
     case SQLITE_TOOBIG:
-      reason = "cannot hold a text this long";
-      break;
+      return StoreProblem::kTooLong;
     default:
-      break;
+      return platform::MeansDiskFull(system_error) ? StoreProblem::kDiskFull
+                                                   : StoreProblem::kUnknown;
   }
-  return "\"" + path + "\" " + reason + " (" + detail + ")";
 }
 
 // What the file says is data: it may not run anything.
@@ -98,7 +93,7 @@ Connection::Connection(const std::string& path, StoreAccess access, WriteTurn& w
   try {
     database_ = std::make_unique<SQLite::Database>(path, flags, kBusyMilliseconds);
   } catch (const SQLite::Exception& failure) {
-    throw StoreError(DescribeFailure(failure.getErrorCode(), path, failure.what()));
+    throw StoreError(ProblemOf(failure.getErrorCode(), 0), path, failure.what());
   }
   handle_ = database_->getHandle();
   DistrustSchema(handle_);
@@ -166,7 +161,7 @@ std::int64_t Connection::Changes() const { return sqlite3_changes64(handle_); }
 void Connection::Fail(int result) const {
   const std::string detail =
       sqlite3_errcode(handle_) == SQLITE_OK ? sqlite3_errstr(result) : sqlite3_errmsg(handle_);
-  throw StoreError(DescribeFailure(result, path_, detail));
+  throw StoreError(ProblemOf(result, sqlite3_system_errno(handle_)), path_, detail);
 }
 
 void Connection::LockWriting() {
@@ -226,7 +221,7 @@ void Connection::KeepCopy(const std::string& suffix) const {
     }
   } catch (const SQLite::Exception& failure) {
     std::remove(unfinished.c_str());
-    throw StoreError(DescribeFailure(failure.getErrorCode(), unfinished, failure.what()));
+    throw StoreError(ProblemOf(failure.getErrorCode(), 0), unfinished, failure.what());
   }
   std::string name = path_ + "." + suffix;
   for (int number = 2; !platform::RenameToNew(unfinished, name); ++number) {

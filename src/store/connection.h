@@ -70,6 +70,7 @@ class Connection {
   // Whole and flushed to the disk before it has that name.
   void KeepCopy(const std::string& suffix) const;
 
+  const std::string& Path() const { return path_; }
   std::int64_t Changes() const;  // rows changed by the last statement that writes
   [[noreturn]] void Fail(int result) const;
 

@@ -109,16 +109,15 @@ int PrepareSchema(Connection& connection, bool create) {
   const std::int64_t application = ReadNumber(connection, kReadApplicationId);
   const bool empty = ReadNumber(connection, kCountObjects) == 0;
   if (application != kApplicationId && !(empty && application == 0 && number == 0)) {
-    throw StoreError("The message database belongs to another program");
+    throw StoreError(StoreProblem::kForeign, connection.Path(), std::to_string(application));
   }
   if (number > kSchemaNumber) {
-    throw StoreError("The message database was made by a newer version of this program (format " +
-                     std::to_string(number) + "; this version knows " +
-                     std::to_string(kSchemaNumber) + ")");
+    throw StoreError(StoreProblem::kNewer, connection.Path(),
+                     std::to_string(number) + " > " + std::to_string(kSchemaNumber));
   }
   if (create) connection.Execute("PRAGMA journal_mode=WAL");
   if (empty) {
-    if (!create) throw StoreError("The message database is empty");
+    if (!create) throw StoreError(StoreProblem::kNoDatabase, connection.Path(), "empty");
     ChangeSchema(connection, [&] { MakeTables(connection); });
   }
   for (const Sql& check : kTableChecks) Query(connection, check).Step();

@@ -6,6 +6,7 @@
 
 #include "app/log_file.h"
 #include "app/texts.h"
+#include "platform/disk_full.h"
 #include "platform/file.h"
 #include "store/id_counters.h"
 #include "store/schema.h"
@@ -25,7 +26,24 @@ void CreatePrivateFile(const std::string& path) {
   std::error_code error;
   const auto status = std::filesystem::symlink_status(path, error);
   if (status.type() != std::filesystem::file_type::not_found) return;
-  if (!platform::ReplaceFile(path, {})) throw StoreError("\"" + path + "\" cannot be created");
+  if (platform::ReplaceFile(path, {})) return;
+  const bool full = platform::IsDiskFull(std::filesystem::path(path).parent_path().string());
+  throw StoreError(full ? StoreProblem::kDiskFull : StoreProblem::kNotOpened, path,
+                   "it could not be made");
+}
+
+// SQLite gives the journals the mode of the file. While that may not be written, somebody who only
+// looks leaves journals that no later writer could use.
+void MakeJournalsWritable(const std::string& path) {
+  using std::filesystem::perms;
+  for (const char* suffix : {"-wal", "-shm"}) {
+    std::error_code error;
+    const std::string journal = path + suffix;
+    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(journal, error)))
+      continue;
+    std::filesystem::permissions(journal, perms::owner_read | perms::owner_write,
+                                 std::filesystem::perm_options::add, error);
+  }
 }
 
 }  // namespace
@@ -34,7 +52,10 @@ SmsDatabase::SmsDatabase(const std::string& folder, const Texts& texts,
                          const platform::Clock& clock, bool read_only)
     : path_(folder + "/SMS.db"), texts_(texts), clock_(clock), read_only_(read_only) {
   try {
-    if (!read_only) CreatePrivateFile(path_);
+    if (!read_only) {
+      CreatePrivateFile(path_);
+      MakeJournalsWritable(path_);
+    }
     storage_ = std::make_unique<Storage>(
         path_, read_only ? StoreAccess::kReadOnly : StoreAccess::kReadWrite);
     schema_ = PrepareSchema(*Here(), !read_only);
@@ -47,6 +68,9 @@ SmsDatabase::SmsDatabase(const std::string& folder, const Texts& texts,
     RestoreEditedSms();
     transaction.Commit();
     Commit();
+  } catch (const StoreError& failure) {
+    problem_ = failure.InWords(texts_);
+    storage_.reset();
   } catch (const std::exception& failure) {
     problem_ = failure.what();
     storage_.reset();

@@ -12,7 +12,7 @@ bool Guarded(platform::MessageBoxes& boxes, const Texts& texts, const std::funct
     work();
     return true;
   } catch (const StoreError& error) {
-    boxes.Show(error.what(), texts.Load(kProductName), platform::BoxIcon::kStop);
+    boxes.Show(error.InWords(texts), texts.Load(kProductName), platform::BoxIcon::kStop);
     return false;
   }
 }

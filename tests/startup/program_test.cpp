@@ -141,14 +141,19 @@ TEST_F(ProgramTest, ADatabaseThatCannotBeOpenedIsToldInWords) {
   const std::string missing = folder_.File("missing");
   const auto result = Run(Folder(missing), Nothing);
   EXPECT_EQ(result.end, End::kNoDatabase);
-  EXPECT_EQ(OnlyBox().text, "Unable to configure internal Database.  Aborting!");
+  EXPECT_EQ(OnlyBox().text,
+            "Unable to configure internal Database.  Aborting!\n\n" + result.reason);
+  EXPECT_THAT(result.reason, HasSubstr("cannot be opened"));
   EXPECT_EQ(OnlyBox().caption, "SMS Client failed to start...");
   EXPECT_FALSE(std::filesystem::exists(missing));
 
+  DataFile(folder_.File("SMS.dat"), true).SetString("WriteLog", "1");
   test::Spill(folder_.File("SMS.db"), "this is no database, and stays as it is");
   const auto foreign = Run(Nothing);
   EXPECT_EQ(foreign.end, End::kNoDatabase);
-  EXPECT_FALSE(foreign.reason.empty());
+  EXPECT_THAT(foreign.reason, HasSubstr("is not a message database"));
+  EXPECT_THAT(boxes_.shown().back().text, EndsWith("\n\n" + foreign.reason));
+  EXPECT_THAT(test::Slurp(folder_.File("SMS.log")), HasSubstr(foreign.reason));
   EXPECT_EQ(test::Slurp(folder_.File("SMS.db")), "this is no database, and stays as it is");
 }
 
@@ -220,6 +225,15 @@ TEST_F(ProgramTest, AnAddressBookSessionEndsWithTheRunAndItsNameIsKept) {
   Run([&](Program& program) {
     EXPECT_EQ(program.GetSettings().Text(TextSetting::kOutlookName),
               directory.url() + "/dc=orvalo,dc=test");
+    return 0;
+  });
+}
+
+TEST_F(ProgramTest, TheFirstGroupIsNamedInTheLanguageOfTheFolder) {
+  test::Spill(folder_.File("Language.rcc"), test::Slurp(ORVALO_GERMAN));
+  Run([](Program& program) {
+    EXPECT_EQ(program.GetDatabase().GetGroupName(1), program.GetTexts().Load(1248));
+    EXPECT_EQ(program.GetDatabase().GetGroupName(1), "Alle Kontakte");
     return 0;
   });
 }

@@ -1,6 +1,8 @@
 // Full disks, killed processes, several threads.
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -88,7 +90,13 @@ TEST_F(DurabilityTest, AFullDatabaseThrowsAndStaysWhole) {
   Add("+1");
   db().storage()->Here().Execute("PRAGMA max_page_count=30");
   const std::vector<SmsDatabase::ChildSms> children(5000, {"+3", {SmsStatus::kPending}});
-  EXPECT_THROW(db().AddChildren(1, children), StoreError);
+  try {
+    db().AddChildren(1, children);
+    ADD_FAILURE() << "it has found room";
+  } catch (const StoreError& full) {
+    EXPECT_EQ(full.InWords(texts_), "The disk is full: \"" + Path() + "\" could not be written. " +
+                                        "Make room on it and try again.");
+  }
   EXPECT_THAT(Ids(), ElementsAre(1));
   {
     SmsDatabase::Transaction transaction(db());
@@ -131,6 +139,38 @@ TEST_F(DurabilityTest, AFullDiskThrowsAndLosesNothingReported) {
   Reopen();
   EXPECT_EQ(db().CountSms(), added);
   EXPECT_EQ(Add("+1"), added + 1);
+}
+
+// On a small disk of its own, which is full a page later each time.
+TEST_F(DurabilityTest, AFullDiskIsCalledThatWhereverItIsMet) {
+  database_.reset();
+  const pid_t child = fork();
+  if (child == 0) {
+    const std::string disk = folder_.File("disk");
+    std::filesystem::create_directory(disk);
+    if (unshare(CLONE_NEWNS) != 0 || mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=512k") != 0) {
+      _exit(77);
+    }
+    int told = 0;
+    bool opened = false;
+    for (std::size_t pages = 0; pages < 100 && !opened; ++pages) {
+      Spill(disk + "/filler", std::string((127 - pages) * 4096, 'x'));
+      const SmsDatabase database(disk, texts_, clock_);
+      opened = database.IsUsable();
+      if (!opened && database.Problem().find("The disk is full") == std::string::npos) {
+        std::fprintf(stderr, "%zu pages: %s\n", pages, database.Problem().c_str());
+        _exit(1);
+      }
+      if (!opened) ++told;
+    }
+    _exit(opened && told > 3 ? 0 : 2);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no disk can be made here";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST_F(DurabilityTest, TransactionsNestAndTheOutermostDecides) {

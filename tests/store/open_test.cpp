@@ -1,6 +1,8 @@
 // What stands in the place of "SMS.db" when the program starts.
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -203,6 +205,30 @@ TEST_F(OpenTest, StrangeValuesAreReadAndCountersRepaired) {
   EXPECT_EQ(db().DuplicateSms(1, std::nullopt), 2);
   EXPECT_EQ(AddPerson("Ben"), 2);
   EXPECT_EQ(db().AddGroup("x").gid, 2);
+}
+
+// A look at a file that may not be written leaves journals that may not either.
+TEST_F(OpenTest, JournalsOfALookDoNotBlockTheNextWriter) {
+  database_.reset();
+  const pid_t child = fork();
+  if (child == 0) {
+    if (geteuid() == 0 && (chown(folder_.path().c_str(), 65534, 65534) != 0 ||
+                           chown(Path().c_str(), 65534, 65534) != 0 || setuid(65534) != 0)) {
+      _exit(1);
+    }
+    chmod(Path().c_str(), 0400);
+    Reopen(true);
+    const bool looked = db().CountSms() == 0 && db().IsUsable();
+    database_.reset();
+    const bool left = access((Path() + "-shm").c_str(), F_OK) == 0;
+    chmod(Path().c_str(), 0600);
+    Reopen();
+    if (!db().IsUsable()) std::fprintf(stderr, "%s\n", db().Problem().c_str());
+    _exit(looked && left && db().IsUsable() && Add("+1") == 1 ? 0 : 2);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
 TEST_F(OpenTest, LookingOnNeitherCreatesNorChanges) {

@@ -8,6 +8,7 @@
 #include "net/proxy_settings.h"
 #include "platform/code_page.h"
 #include "platform/machine_config.h"
+#include "store/store_error.h"
 
 namespace orvalo {
 
@@ -68,12 +69,12 @@ void Program::OpenObjects(const Options& options) {
   data_file_ = std::make_unique<DataFile>(data_folder_ + "/SMS.dat", !look_only_);
   settings_.SetRecent({});
   settings_.Load(*data_file_, true);
+  ChooseTexts();  // before the database, which names the first group of a new folder
   database_ = std::make_unique<SmsDatabase>(data_folder_, texts_, clock_, look_only_);
   if (!look_only_) {
     log_ = std::make_unique<LogFile>(data_folder_ + "/SMS.log", settings_, clock_);
     database_->AttachLog(log_.get());
   }
-  ChooseTexts();
   outside_address_books_ = std::make_unique<OutsideAddressBooks>(
       settings_, texts_, boxes_, log_.get(), OutsideAddressBooks::PlacesOf(data_folder_));
   external_address_book_ =
@@ -113,17 +114,30 @@ void Program::Launch(const Options& options, const Launcher& launcher, Result* r
   type_names_.LoadFrom(texts_);
   OutsideAddressBooks::EnsureMapiRouting(false);
   if (options.with_gateway && !ConnectGateway(options, result)) return;
-  if (!database_->IsUsable()) {
-    boxes_.Show(texts_.Load(1361), texts_.Load(1360), platform::BoxIcon::kStop);
-    result->end = End::kNoDatabase;
-    result->reason = database_->Problem();
-  } else {
-    if (!look_only_) LogInterrupted();
-    result->exit_code = launcher(*this);
-  }
+  if (DatabaseIsReady(result)) result->exit_code = launcher(*this);
   StopEngine();
   outside_address_books_->CloseAddressBookSession();
   if (!look_only_) settings_.Save(*data_file_);
+}
+
+bool Program::DatabaseIsReady(Result* result) {
+  std::string reason = database_->Problem();
+  if (database_->IsUsable()) {
+    try {
+      if (!look_only_) LogInterrupted();
+      return true;
+    } catch (const StoreError& failure) {
+      reason = failure.InWords(texts_);
+    }
+  }
+  std::string text = texts_.Load(1361);
+  if (!reason.empty()) text += "\n\n" + reason;
+  if (log_ != nullptr && log_->Enabled())
+    log_->Write("The database cannot be used: %s", reason.c_str());
+  boxes_.Show(text, texts_.Load(1360), platform::BoxIcon::kStop);
+  result->end = End::kNoDatabase;
+  result->reason = reason;
+  return false;
 }
 
 bool Program::ConnectGateway(const Options& options, Result* result) {

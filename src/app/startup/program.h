@@ -26,8 +26,8 @@ namespace orvalo {
 // is the composition root: whatever runs inside a Program takes from here what it needs and hands
 // it on through constructors.
 //
-// A run creates them in a fixed order (lock, data folder, data file, settings, database, log,
-// texts, address books, gateway client), calls the launcher, and takes them down in the reverse
+// A run creates them in a fixed order (lock, data folder, data file, settings, texts, database,
+// log, address books, gateway client), calls the launcher, and takes them down in the reverse
 // order: engine, address-book session, settings saved, database committed, data file, log, lock.
 // Everything happens on the main thread.
 class Program {
@@ -53,7 +53,7 @@ class Program {
   struct Result {
     End end = End::kRan;
     int exit_code = 0;
-    std::string reason;  // in words, for those ends whose message box does not tell enough
+    std::string reason;  // in words, as far as it is known; the box of kNoDatabase has told it
   };
 
   // The main window, or a command: runs with everything in place, returns the exit code.
@@ -101,6 +101,8 @@ class Program {
   void ChooseTexts();
   void Guarded(const Options& options, const Launcher& launcher, Result* result);
   void Launch(const Options& options, const Launcher& launcher, Result* result);
+  // False, the operator having been told why, when nothing can be done with the database.
+  bool DatabaseIsReady(Result* result);
   bool ConnectGateway(const Options& options, Result* result);
   void LogInterrupted();
   void StopEngine();
