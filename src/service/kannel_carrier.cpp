@@ -92,7 +92,8 @@ GatewayStatus KannelCarrier::StatusOf(Connection& connection, const CarriedMessa
 std::optional<outbox::Reported> KannelCarrier::TakeReport(std::string_view key,
                                                           std::string_view number, int bits,
                                                           std::string_view detail) {
-  const bool has_all_links = !SaysNoRoute(bits, detail) || watch_.HasAllLinks(client_);
+  const bool has_all_links =
+      EventOfReport(bits, detail) != PartEvent::kReportNoRoute || watch_.HasAllLinks(client_);
   std::optional<outbox::Reported> reported;
   parts_.database.Write(
       [&](Connection& connection) {

@@ -148,28 +148,28 @@ EngineAnswer ReadAnswer(const platform::HttpReply& reply) {
   return Begins(reply.body, "3:") ? EngineAnswer::kTakenSlowly : EngineAnswer::kTaken;
 }
 
-PartState StateAfter(EngineAnswer answer, std::size_t receivers) {
+PartEvent EventOf(EngineAnswer answer, std::size_t receivers) {
   switch (answer) {
     case EngineAnswer::kTaken:
     case EngineAnswer::kTakenSlowly:
-      return PartState::kTaken;
+      return PartEvent::kAnswerTaken;
     case EngineAnswer::kUnroutable:
-      return receivers == 1 ? PartState::kUnroutable : PartState::kTaken;
+      return receivers == 1 ? PartEvent::kAnswerNoWay : PartEvent::kAnswerTaken;
     case EngineAnswer::kNoLink:
-      return receivers == 1 ? PartState::kWaiting : PartState::kTaken;
+      return receivers == 1 ? PartEvent::kAnswerNotSent : PartEvent::kAnswerTaken;
     case EngineAnswer::kDenied:
-      return PartState::kUnroutable;
+      return PartEvent::kAnswerNoWay;
     case EngineAnswer::kBadMessage:
-      return PartState::kBadMessage;
+      return PartEvent::kAnswerMalformed;
     case EngineAnswer::kBusy:
-      return receivers == 1 ? PartState::kWaiting : PartState::kInDoubt;
+      return receivers == 1 ? PartEvent::kAnswerNotSent : PartEvent::kAnswerUnclear;
     case EngineAnswer::kWrongLogin:
     case EngineAnswer::kNotAsked:
-      return PartState::kWaiting;
+      return PartEvent::kAnswerNotSent;
     case EngineAnswer::kUnclear:
       break;
   }
-  return PartState::kInDoubt;
+  return PartEvent::kAnswerUnclear;
 }
 
 }  // namespace orvalo::service

@@ -42,9 +42,9 @@ platform::HttpRequest RequestOf(const Handover& handover, const KannelOptions& o
 
 EngineAnswer ReadAnswer(const platform::HttpReply& reply);
 
-// What the answer makes of the parts of a handover to `receivers` numbers; kWaiting: put back. The
-// engine replies as soon as it knows of one receiver: for several, a refusal may be one's alone.
-// Each then has a report of its own, but for a full queue, which is never reported.
-PartState StateAfter(EngineAnswer answer, std::size_t receivers);
+// What the answer means to each part of a handover to `receivers` numbers. The engine replies as
+// soon as it knows of one receiver: for several, a refusal may be one's alone. Each then has a
+// report of its own, but for a full queue, which is never reported.
+PartEvent EventOf(EngineAnswer answer, std::size_t receivers);
 
 }  // namespace orvalo::service

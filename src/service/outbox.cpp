@@ -18,17 +18,19 @@ PartState StateFrom(const Query& row, int column) {
   return static_cast<PartState>(row.Int(column));
 }
 
-void SetState(Connection& connection, const PartId& id, PartState state, std::int64_t now,
-              const std::string& reason) {
-  Query(connection, "UPDATE outbox SET state=?,since=?,reason=? WHERE message=? AND part=?",
-        static_cast<int>(state), now, reason, id.message, id.part)
-      .Run();
+// A part as it is before an event.
+struct Facts {
+  PartState state = PartState::kWaiting;
+  bool refunded = false;
+};
+
+std::optional<Facts> FactsFrom(Query& row) {
+  if (!row.Step()) return std::nullopt;
+  return Facts{StateFrom(row, 0), row.Int(1) != 0};
 }
 
-void Refund(Connection& connection, const PartId& id) {
-  Query row(connection,
-            "UPDATE outbox SET refunded=1 WHERE message=? AND part=? AND refunded=0 "
-            "RETURNING price",
+void GiveBack(Connection& connection, const PartId& id) {
+  Query row(connection, "UPDATE outbox SET refunded=1 WHERE message=? AND part=? RETURNING price",
             id.message, id.part);
   if (!row.Step()) return;
   const auto price = row.Int(0);
@@ -40,30 +42,59 @@ void Refund(Connection& connection, const PartId& id) {
   AddRefund(connection, price);
 }
 
-void Withdraw(Connection& connection, const PartId& id, std::int64_t now) {
-  SetState(connection, id, PartState::kWithdrawn, now, "another part was refused");
-  Refund(connection, id);
-}
+struct Sibling {
+  PartId id;
+  PartState state;
+};
 
-bool HasFreePart(Connection& connection, std::int64_t message) {
-  Query rows(connection, "SELECT state FROM outbox WHERE message=?", message);
+std::vector<Sibling> SiblingsOf(Connection& connection, const PartId& id) {
+  std::vector<Sibling> siblings;
+  Query rows(connection, "SELECT part,state FROM outbox WHERE message=? AND part<>?", id.message,
+             id.part);
   while (rows.Step()) {
-    if (IsFree(StateFrom(rows, 0))) return true;
+    siblings.push_back({{id.message, static_cast<int>(rows.Int(0))}, StateFrom(rows, 1)});
   }
-  return false;
+  return siblings;
 }
 
-bool IsAskedUnder(Connection& connection, const PartId& id, std::string_view key) {
-  return Query(connection,
-               "SELECT 1 FROM outbox WHERE message=? AND part=? AND state=1 AND report_key=?",
-               id.message, id.part, Blob{key})
-      .Step();
+std::optional<Moved> Happen(Connection& connection, const PartId& id, const Facts& facts,
+                            PartEvent event, std::int64_t since, const std::string& reason) {
+  const auto fate = FateOf(facts.state, facts.refunded, event);
+  if (fate.state == facts.state) return std::nullopt;
+  Query(connection,
+        "UPDATE outbox SET state=?1,since=iif(?1=3,since,?2),reason=?3 WHERE message=?4 AND "
+        "part=?5",
+        static_cast<int>(fate.state), since, reason, id.message, id.part)
+      .Run();
+  if (fate.refund) GiveBack(connection, id);
+  Moved moved{facts.state, fate.state};
+  if (fate.siblings == Siblings::kLeave) return moved;
+  constexpr const char* kWithdrawn = "another part was refused";
+  for (const auto& sibling : SiblingsOf(connection, id)) {
+    if (fate.siblings == Siblings::kWithdraw) {
+      outbox::Happen(connection, sibling.id, PartEvent::kSiblingFailed, since, kWithdrawn);
+    } else if (IsFree(sibling.state)) {
+      const Facts waits{fate.state, facts.refunded};
+      const auto with_it =
+          Happen(connection, id, waits, PartEvent::kSiblingFailed, since, kWithdrawn);
+      if (with_it) moved.after = with_it->after;
+      break;
+    }
+  }
+  return moved;
 }
 
-void WaitAgain(Connection& connection, const PartId& id, std::int64_t due,
-               const std::string& reason) {
-  SetState(connection, id, PartState::kWaiting, due, reason);
-  if (HasFreePart(connection, id.message)) Withdraw(connection, id, due);
+std::int64_t HappenToAll(Connection& connection, const std::vector<PartId>& parts, PartEvent event,
+                         std::int64_t now, const std::string& reason) {
+  return std::count_if(parts.begin(), parts.end(), [&](const auto& id) {
+    return outbox::Happen(connection, id, event, now, reason).has_value();
+  });
+}
+
+std::vector<PartId> PartsFrom(Query& rows) {
+  std::vector<PartId> parts;
+  while (rows.Step()) parts.push_back({rows.Int(0), static_cast<int>(rows.Int(1))});
+  return parts;
 }
 
 }  // namespace
@@ -130,17 +161,39 @@ std::vector<PartId> Outdated(Connection& connection, std::int64_t due_before, in
              "SELECT outbox.message,part FROM outbox JOIN message ON message.seq=outbox.message "
              "WHERE state=0 AND state<=4 AND due<? LIMIT ?",
              due_before, most);
-  std::vector<PartId> parts;
-  while (rows.Step()) parts.push_back({rows.Int(0), static_cast<int>(rows.Int(1))});
-  return parts;
+  return PartsFrom(rows);
+}
+
+std::optional<Moved> Happen(Connection& connection, const PartId& id, PartEvent event,
+                            std::int64_t since, const std::string& reason) {
+  std::optional<Facts> facts;
+  {
+    Query row(connection, "SELECT state,refunded FROM outbox WHERE message=? AND part=?",
+              id.message, id.part);
+    facts = FactsFrom(row);
+  }
+  if (!facts) return std::nullopt;
+  return Happen(connection, id, *facts, event, since, reason);
 }
 
 bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now) {
-  return Query(connection,
-               "UPDATE outbox SET state=1,since=?,report_key=?,attempts=attempts+1 "
-               "WHERE message=? AND part=? AND state=0",
-               now, Blob{key}, id.message, id.part)
-             .Run() == 1;
+  if (!Happen(connection, id, PartEvent::kAsk, now, "")) return false;
+  Query(connection, "UPDATE outbox SET report_key=?,attempts=attempts+1 WHERE message=? AND part=?",
+        Blob{key}, id.message, id.part)
+      .Run();
+  return true;
+}
+
+void Answer(Connection& connection, const PartId& id, std::string_view key, PartEvent answer,
+            std::int64_t since, const std::string& reason) {
+  std::optional<Facts> facts;
+  {
+    Query row(connection,
+              "SELECT state,refunded FROM outbox WHERE message=? AND part=? AND report_key=?",
+              id.message, id.part, Blob{key});
+    facts = FactsFrom(row);
+  }
+  if (facts) Happen(connection, id, *facts, answer, since, reason);
 }
 
 std::int64_t PauseAfter(int attempts) {
@@ -148,60 +201,26 @@ std::int64_t PauseAfter(int attempts) {
   return std::min(kLongest, 1 << std::clamp(attempts, 0, 6));
 }
 
-void PutBack(Connection& connection, const PartId& id, std::string_view key, std::int64_t due,
-             const std::string& reason) {
-  if (IsAskedUnder(connection, id, key)) WaitAgain(connection, id, due, reason);
-}
-
-void Answer(Connection& connection, const PartId& id, std::string_view key, PartState state,
-            std::int64_t now, const std::string& reason) {
-  if (!IsAskedUnder(connection, id, key)) return;
-  if (state != PartState::kTaken) {
-    Move(connection, id, state, now, reason);
-    return;
-  }
-  Query(connection, "UPDATE outbox SET state=3,reason=? WHERE message=? AND part=?", reason,
-        id.message, id.part)
-      .Run();
-}
-
-std::optional<PartState> StateOf(Connection& connection, const PartId& id) {
-  Query row(connection, "SELECT state FROM outbox WHERE message=? AND part=?", id.message, id.part);
-  if (!row.Step()) return std::nullopt;
-  return StateFrom(row, 0);
-}
-
-void Move(Connection& connection, const PartId& id, PartState state, std::int64_t now,
-          const std::string& reason) {
-  if (state == PartState::kWaiting) {
-    WaitAgain(connection, id, now, reason);
-    return;
-  }
-  SetState(connection, id, state, now, reason);
-  if (!IsFree(state)) return;
-  Refund(connection, id);
-  std::vector<PartId> siblings;
-  {
-    Query rows(connection, "SELECT part FROM outbox WHERE message=? AND state=0", id.message);
-    while (rows.Step()) siblings.push_back({id.message, static_cast<int>(rows.Int(0))});
-  }
-  for (const auto& sibling : siblings) Withdraw(connection, sibling, now);
-}
-
 std::int64_t DoubtAsked(Connection& connection, std::int64_t now) {
-  return Query(connection,
-               "UPDATE outbox SET state=2,since=?,reason='the service ended while it was handed "
-               "over' WHERE state=1 AND state<=4",
-               now)
-      .Run();
+  std::vector<PartId> parts;
+  {
+    Query rows(connection, "SELECT message,part FROM outbox WHERE state=1 AND state<=4");
+    parts = PartsFrom(rows);
+  }
+  return HappenToAll(connection, parts, PartEvent::kRestart, now,
+                     "the service ended while it was handed over");
 }
 
 std::int64_t DoubtWaiting(Connection& connection, std::int64_t now) {
-  return Query(connection,
-               "UPDATE outbox SET state=2,since=?,reason='it waited in an older ledger' "
-               "WHERE state=0 AND state<=4 AND (since<=? OR attempts>0)",
-               now, now)
-      .Run();
+  std::vector<PartId> parts;
+  {
+    Query rows(connection,
+               "SELECT message,part FROM outbox WHERE state=0 AND state<=4 AND (since<=? OR "
+               "attempts>0)",
+               now);
+    parts = PartsFrom(rows);
+  }
+  return HappenToAll(connection, parts, PartEvent::kOldLedger, now, "it waited in an older ledger");
 }
 
 std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
@@ -209,37 +228,41 @@ std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
                                    bool has_all_links, std::int64_t now) {
   const std::string digits(DigitsOf(number));
   Reported reported{};
+  Facts facts;
   int seen = 0, attempts = 0;
   {
     Query row(connection,
-              "SELECT message,part,state,seen,attempts FROM outbox WHERE report_key=? AND number=?",
+              "SELECT state,refunded,message,part,seen,attempts FROM outbox WHERE report_key=? "
+              "AND number=?",
               Blob{key}, digits);
-    if (!row.Step()) return std::nullopt;
-    reported.id = {row.Int(0), static_cast<int>(row.Int(1))};
-    reported.before = StateFrom(row, 2);
-    seen = static_cast<int>(row.Int(3));
-    attempts = static_cast<int>(row.Int(4));
+    const auto found = FactsFrom(row);
+    if (!found) return std::nullopt;
+    facts = *found;
+    reported.id = {row.Int(2), static_cast<int>(row.Int(3))};
+    seen = static_cast<int>(row.Int(4));
+    attempts = static_cast<int>(row.Int(5));
   }
-  if (SaysNoRoute(bits, detail)) {
-    // The engine says it twice, in its reply and here: what was put back already goes on waiting.
-    const bool waits = reported.before == PartState::kWaiting;
-    const bool tries_on = !has_all_links && attempts <= kTriesWithoutRoute;
-    if (waits || (reported.before < PartState::kAtNetwork && tries_on)) {
-      reported.after = PartState::kWaiting;
-      reported.repeated = waits;
-      if (!waits) WaitAgain(connection, reported.id, now + PauseAfter(attempts - 1), "no_link");
-      return reported;
-    }
+  auto event = EventOfReport(bits, detail);
+  const bool is_no_route = event == PartEvent::kReportNoRoute;
+  if (is_no_route && !has_all_links && attempts <= kTriesWithoutRoute) {
+    event = PartEvent::kReportNoLink;
   }
-  reported.after = AfterReport(reported.before, bits, detail);
+  const bool tries_on = event == PartEvent::kReportNoLink;
+  const auto moved =
+      Happen(connection, reported.id, facts, event, tries_on ? now + PauseAfter(attempts - 1) : now,
+             tries_on ? "no_link" : std::string(detail));
+  reported.before = facts.state;
+  reported.after = moved ? moved->after : facts.state;
+  // Of a part that is tried again the same may have to be told again.
+  if (reported.after == PartState::kWaiting && is_no_route) {
+    reported.repeated = !moved;
+    return reported;
+  }
   reported.repeated = (bits & ~seen) == 0;
   if (!reported.repeated) {
     Query(connection, "UPDATE outbox SET seen=seen|? WHERE message=? AND part=?", bits,
           reported.id.message, reported.id.part)
         .Run();
-  }
-  if (reported.after != reported.before) {
-    Move(connection, reported.id, reported.after, now, std::string(detail));
   }
   return reported;
 }
@@ -248,9 +271,7 @@ std::vector<PartId> Stale(Connection& connection, PartState state, std::int64_t 
   Query rows(connection,
              "SELECT message,part FROM outbox WHERE state=? AND state<=4 AND since<? LIMIT ?",
              static_cast<int>(state), before, most);
-  std::vector<PartId> parts;
-  while (rows.Step()) parts.push_back({rows.Int(0), static_cast<int>(rows.Int(1))});
-  return parts;
+  return PartsFrom(rows);
 }
 
 std::optional<GatewayStatus> StatusOf(Connection& connection, const CarriedMessage& message,

@@ -11,7 +11,7 @@
 #include "service/carrier.h"
 #include "service/database.h"
 #include "service/money.h"
-#include "service/part_state.h"
+#include "service/part_fate.h"
 
 namespace orvalo::service {
 
@@ -58,8 +58,26 @@ std::vector<Waiting> Due(Connection& connection, std::int64_t now, std::int64_t 
 // Up to `most` parts that wait, of messages that were due before a time.
 std::vector<PartId> Outdated(Connection& connection, std::int64_t due_before, int most);
 
+// What an event made of a part.
+struct Moved {
+  PartState before, after;
+};
+
+// The event happens to the part, and to its siblings what follows from that; the money with it
+// (FateOf). `since`: from when it is in the new state, or, of one that is to wait, the time before
+// which it is not handed over. One that the engine has taken keeps the time at which it was asked,
+// which tells whether the engine that took it is still the same. Nothing when there is no such
+// part, or the event means nothing to it.
+std::optional<Moved> Happen(Connection& connection, const PartId& id, PartEvent event,
+                            std::int64_t since, const std::string& reason);
+
 // Marks the part as asked under the report key (16 bytes). False when it no longer waits.
 bool Ask(Connection& connection, const PartId& id, std::string_view key, std::int64_t now);
+
+// The engine's answer about a part as it was asked under the key; nothing to one that has been
+// asked again meanwhile, under another.
+void Answer(Connection& connection, const PartId& id, std::string_view key, PartEvent answer,
+            std::int64_t since, const std::string& reason);
 
 // For how long a part waits when it is put back that was asked so often before, in seconds:
 // doubling from one to a minute.
@@ -68,27 +86,6 @@ std::int64_t PauseAfter(int attempts);
 // While a link of the engine is down, or nobody knows, "no way to the number" is believed after so
 // many tries only: an hour of them.
 constexpr int kTriesWithoutRoute = 64;
-
-// The next two are about a part as it was asked under the key. One that a report has moved on
-// meanwhile stays where it is.
-
-// Puts it back: surely nothing was sent. It waits until `due`; when another part of its message was
-// refused meanwhile, it is withdrawn as those are that waited then.
-void PutBack(Connection& connection, const PartId& id, std::string_view key, std::int64_t due,
-             const std::string& reason);
-
-// What became of it. One that the engine has taken keeps the time at which it was asked, which
-// tells whether the engine that took it is still the same.
-void Answer(Connection& connection, const PartId& id, std::string_view key, PartState state,
-            std::int64_t now, const std::string& reason);
-
-std::optional<PartState> StateOf(Connection& connection, const PartId& id);
-
-// Moves the part to a state, whatever it was in; when the new one is free, its price goes back to
-// the account, once, and its siblings that still wait are withdrawn. So is a part that is to wait
-// although one of its siblings is free.
-void Move(Connection& connection, const PartId& id, PartState state, std::int64_t now,
-          const std::string& reason);
 
 // What was asked when the service last ended is in doubt. The number of such parts.
 std::int64_t DoubtAsked(Connection& connection, std::int64_t now);
@@ -101,7 +98,7 @@ std::int64_t DoubtWaiting(Connection& connection, std::int64_t now);
 struct Reported {
   PartId id;
   PartState before, after;
-  bool repeated;  // every bit of it was known
+  bool repeated;  // nothing in it was new
 };
 std::optional<Reported> TakeReport(Connection& connection, std::string_view key,
                                    std::string_view number, int bits, std::string_view detail,

@@ -52,10 +52,10 @@ std::vector<outbox::PartId> InDoubt(Connection& connection, const std::string& n
   return parts;
 }
 
-const std::map<std::string, PartState>& Decisions() {
-  static const std::map<std::string, PartState> decisions{{"sent", PartState::kAtNetwork},
-                                                          {"not-sent", PartState::kWrittenOff},
-                                                          {"again", PartState::kWaiting}};
+const std::map<std::string, PartEvent>& Decisions() {
+  static const std::map<std::string, PartEvent> decisions{{"sent", PartEvent::kDecidedSent},
+                                                          {"not-sent", PartEvent::kDecidedNotSent},
+                                                          {"again", PartEvent::kDecidedAgain}};
   return decisions;
 }
 
@@ -88,9 +88,8 @@ int AdminCommands::SettleOutbox(const std::string& name, const std::string& deci
     settled = 0;
     for (const auto& part : parts) {
       // A report may have decided meanwhile.
-      if (outbox::StateOf(connection, part) != PartState::kInDoubt) continue;
-      outbox::Move(connection, part, chosen->second, now, "decided by a person: " + decision);
-      ++settled;
+      if (outbox::Happen(connection, part, chosen->second, now, "decided by a person: " + decision))
+        ++settled;
     }
   });
   if (settled == 0) {

@@ -157,15 +157,11 @@ bool OutboxSender::Write(std::optional<Answered>& answered, std::optional<Handov
 void OutboxSender::Record(Connection& connection, const Answered& answered) {
   const auto now = parts_.clock.Now();
   const auto& [handover, answer] = answered;
-  const auto state = StateAfter(answer, handover.to.size());
+  const auto event = EventOf(answer, handover.to.size());
   for (const auto& part : handover.to) {
-    if (state == PartState::kWaiting) {
-      outbox::PutBack(connection, part.id, handover.key, now + outbox::PauseAfter(part.attempts),
-                      NameOf(answer));
-    } else {
-      outbox::Answer(connection, part.id, handover.key, state, now,
-                     state == PartState::kTaken ? "" : NameOf(answer));
-    }
+    const auto pause = event == PartEvent::kAnswerNotSent ? outbox::PauseAfter(part.attempts) : 0;
+    outbox::Answer(connection, part.id, handover.key, event, now + pause,
+                   event == PartEvent::kAnswerTaken ? "" : NameOf(answer));
   }
 }
 

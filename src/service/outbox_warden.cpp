@@ -1,5 +1,7 @@
 #include "service/outbox_warden.h"
 
+#include <map>
+
 namespace orvalo::service {
 namespace {
 
@@ -54,7 +56,7 @@ void OutboxWarden::DoubtTakenBefore(std::int64_t start) {
       return outbox::Stale(connection, PartState::kTaken, start + kReadEarlySeconds + 1,
                            kMostAtOnce);
     });
-    Settle(lost, PartState::kTaken, PartState::kInDoubt, "the engine was restarted");
+    Settle(lost, PartEvent::kEngineLost, "the engine was restarted");
   } while (lost.size() == std::size_t{kMostAtOnce});
 }
 
@@ -71,37 +73,38 @@ void OutboxWarden::Reconcile() {
     outdated = parts_.database.Read([&](Connection& connection) {
       return outbox::Outdated(connection, now - validity, kMostAtOnce);
     });
-    Settle(outdated, PartState::kWaiting, PartState::kOutdated, "its validity passed");
+    Settle(outdated, PartEvent::kValidityPassed, "its validity passed");
   } while (outdated.size() == std::size_t{kMostAtOnce});
   const auto status = parts_.watch.status();
   if (status && status->running && status->links_usable > 0 && status->queued == 0) {
     Settle(stale(PartState::kTaken, parts_.options.silence_minutes * std::int64_t{60}),
-           PartState::kTaken, PartState::kInDoubt, "the engine is idle and has not reported it");
+           PartEvent::kEngineLost, "the engine is idle and has not reported it");
   }
-  Settle(stale(PartState::kTaken, validity + kGraceSeconds), PartState::kTaken, PartState::kInDoubt,
+  Settle(stale(PartState::kTaken, validity + kGraceSeconds), PartEvent::kEngineLost,
          "the engine never reported it");
-  Settle(stale(PartState::kAtNetwork, validity + kGraceSeconds), PartState::kAtNetwork,
-         PartState::kExpired, "the network never reported it");
+  Settle(stale(PartState::kAtNetwork, validity + kGraceSeconds), PartEvent::kNetworkSilent,
+         "the network never reported it");
 }
 
-void OutboxWarden::Settle(const std::vector<outbox::PartId>& parts, PartState from, PartState to,
+void OutboxWarden::Settle(const std::vector<outbox::PartId>& parts, PartEvent event,
                           const char* reason) {
   if (parts.empty()) return;
   const auto now = parts_.clock.Now();
-  std::int64_t settled = 0;
+  std::map<PartState, std::int64_t> settled;
   parts_.database.Write([&](Connection& connection) {
-    settled = 0;
+    settled.clear();
     for (const auto& part : parts) {
-      if (outbox::StateOf(connection, part) != from) continue;
-      outbox::Move(connection, part, to, now, reason);
-      ++settled;
+      const auto moved = outbox::Happen(connection, part, event, now, reason);
+      if (moved) ++settled[moved->after];
     }
   });
-  if (settled == 0) return;
-  parts_.metrics.Count("orvalo_reconciled_parts_total", std::string("state=\"") + NameOf(to) + "\"",
-                       settled);
-  parts_.log.Warn("parts_reconciled",
-                  {{"parts", std::to_string(settled)}, {"state", NameOf(to)}, {"reason", reason}});
+  for (const auto& [state, count] : settled) {
+    parts_.metrics.Count("orvalo_reconciled_parts_total",
+                         std::string("state=\"") + NameOf(state) + "\"", count);
+    parts_.log.Warn(
+        "parts_reconciled",
+        {{"parts", std::to_string(count)}, {"state", NameOf(state)}, {"reason", reason}});
+  }
 }
 
 }  // namespace orvalo::service

@@ -30,8 +30,7 @@ class OutboxWarden {
  private:
   void Watch();
   void DoubtTakenBefore(std::int64_t start);  // of the engine
-  void Settle(const std::vector<outbox::PartId>& parts, PartState from, PartState to,
-              const char* reason);
+  void Settle(const std::vector<outbox::PartId>& parts, PartEvent event, const char* reason);
 
   const OutboxSender::Parts parts_;
   std::mutex mutex_;

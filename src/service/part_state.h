@@ -1,6 +1,5 @@
 #pragma once
 #include <cstdint>
-#include <string_view>
 
 #include "service/carrier.h"
 
@@ -33,25 +32,6 @@ bool IsFree(PartState state);
 
 // A word for people and for metrics, "in_doubt".
 const char* NameOf(PartState state);
-
-// The bits of a delivery report's type (the engine's parameter "dlr-mask").
-enum ReportBit : int {
-  kReportDelivered = 1,
-  kReportUndelivered = 2,
-  kReportBuffered = 4,
-  kReportAccepted = 8,
-  kReportRefused = 16,
-  kReportExpired = 32,
-};
-constexpr int kAllReportBits = 63;
-
-// Whether the report says that the engine knew no way to the number: nothing was sent.
-bool SaysNoRoute(int bits, std::string_view detail);
-
-// The state after a report, which may be late, repeated, or before its time: what says more about
-// the phone wins, delivery over everything. `detail` is the engine's text: the receipt of the
-// network with "stat:", or "NACK/" and the refusal.
-PartState AfterReport(PartState state, int bits, std::string_view detail);
 
 // The gateway's status of a part. `due`: before that time a waiting part is held.
 GatewayStatus StatusOfPart(PartState state, std::int64_t due, std::int64_t now);

@@ -1,3 +1,5 @@
+#include "service/outbox.h"
+
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +12,6 @@
 #include <sstream>
 #include <thread>
 
-#include "service/part_state.h"
 #include "service/running_service.h"
 #include "service/secrets.h"
 #include "support/scripted_http_server.h"
@@ -18,40 +19,10 @@
 namespace orvalo::test {
 namespace {
 
+namespace outbox = service::outbox;
+using service::PartEvent;
 using service::PartState;
 using testing::HasSubstr;
-
-TEST(PartStates, FollowReportsInAnyOrder) {
-  const struct {
-    std::vector<std::pair<int, const char*>> reports;
-    PartState after;
-  } cases[] = {
-      {{{8, ""}}, PartState::kAtNetwork},
-      {{{4, ""}, {8, ""}}, PartState::kAtNetwork},
-      {{{1, ""}, {8, ""}}, PartState::kDelivered},
-      {{{8, ""}, {2, "stat:UNDELIV"}, {8, ""}}, PartState::kUndelivered},
-      {{{2, "stat:UNDELIV"}, {1, ""}, {2, ""}}, PartState::kDelivered},
-      {{{34, "stat:EXPIRED"}, {4, ""}}, PartState::kExpired},
-      {{{2, "stat:DELETED"}}, PartState::kDeleted},
-      {{{2, "id:1 stat:EXPIRED err:000 text:x"}}, PartState::kExpired},
-      {{{2, "id:1 stat:UNDELIV err:000 text:stat:DELETED"}}, PartState::kUndelivered},
-      {{{16, "NACK/validity expired"}}, PartState::kOutdated},
-      {{{16, "NACK/0x0000000b/Invalid Destination Address"}, {8, ""}}, PartState::kUnroutable},
-      {{{16, "NACK/no SMSC"}}, PartState::kUnroutable},
-      {{{16, "NACK/0x00000045/Submit failed"}}, PartState::kRefused},
-      {{{9, ""}}, PartState::kDelivered},  // bits, not numbers
-  };
-  for (const auto start : {PartState::kAsked, PartState::kInDoubt, PartState::kTaken,
-                           PartState::kWrittenOff, PartState::kOutdated}) {
-    for (const auto& one : cases) {
-      auto state = start;
-      for (const auto& [bits, detail] : one.reports) {
-        state = service::AfterReport(state, bits, detail);
-      }
-      EXPECT_EQ(state, one.after) << NameOf(start) << " " << one.reports.front().first;
-    }
-  }
-}
 
 // An engine that takes everything and reports nothing, in place of a real one: what the clock does
 // to messages.
@@ -83,7 +54,9 @@ class OutboxTest : public testing::Test {
                   (has_dead_link_ ? "<smsc><status>dead</status><queued>0</queued></smsc>" : "") +
                   "</smscs></gateway>"};
     }
-    return {.status = answer_, .body = answer_ == 202 ? "0: Accepted for delivery" : answer_text_};
+    return {.status = answer_,
+            .body = answer_ == 202 ? "0: Accepted for delivery" : answer_text_,
+            .wait = before_reply_};
   }
   std::string Uptime() const {
     const int up = uptime_;
@@ -151,6 +124,7 @@ class OutboxTest : public testing::Test {
   std::atomic<bool> has_dead_link_ = false;
   std::atomic<int> answer_ = 202, uptime_ = -1, polls_ = 0;
   std::string answer_text_;
+  std::function<void()> before_reply_;  // of the engine
   ScriptedHttpServer engine_{[this](const RecordedRequest& request) { return Answer(request); }};
   RunningService running_;
 };
@@ -368,20 +342,65 @@ TEST_F(OutboxTest, KeepsWhatABusyEngineTurnsAwayUntilItsTimeHasPassed) {
   EXPECT_TRUE(running_.LedgerAddsUp());
 }
 
-TEST_F(OutboxTest, SendsNoHalfOfAMessageThatWasRefused) {
-  using service::PartState;
-  namespace outbox = service::outbox;
+// A message of two parts, neither of which anybody knows about; one then turns out to be refused.
+TEST_F(OutboxTest, SendsNoHalfOfAMessageThatWasRefusedAndGivesItsPriceBackOnce) {
+  answer_ = 500;
   auto ann = running_.Caller();
-  ann.Post("/v1/messages", {{"to", "27821110001"}, {"text", std::string(200, 'x')}, {"concat", 2}});
+  const nlohmann::json message{
+      {"to", "27821110001"}, {"text", std::string(200, 'x')}, {"concat", 2}};
+  const auto id = ann.Post("/v1/messages", message).body.value("id", "");
+  ASSERT_TRUE(AwaitStatus(ann, id, 1));
   ASSERT_TRUE(AwaitAsked(2));
-  running_.service().database().Write([](service::Connection& connection) {
-    outbox::Move(connection, {1, 0}, PartState::kInDoubt, 0, "");
-    outbox::Move(connection, {1, 1}, PartState::kRefused, 0, "");
-    outbox::Move(connection, {1, 0}, PartState::kWaiting, 0, "");  // a person's decision
-    EXPECT_EQ(outbox::StateOf(connection, {1, 0}), PartState::kWithdrawn);
-  });
+  const auto happen = [this](int part, PartEvent event) {
+    std::optional<outbox::Moved> moved;
+    running_.service().database().Write([&](service::Connection& connection) {
+      moved = outbox::Happen(connection, {1, part}, event, running_.clock.Now(), "");
+    });
+    return moved ? moved->after : PartState::kDelivered;
+  };
+  EXPECT_EQ(happen(1, PartEvent::kReportRefused), PartState::kRefused);
+  EXPECT_EQ(ann.Balance(), "99.2");
+  EXPECT_EQ(happen(0, PartEvent::kDecidedAgain), PartState::kWithdrawn);
   EXPECT_EQ(ann.Balance(), "100.0");
+  // It was at the network after all, and comes to the same end there.
+  EXPECT_EQ(happen(0, PartEvent::kReportAtNetwork), PartState::kAtNetwork);
+  EXPECT_EQ(happen(0, PartEvent::kReportRefused), PartState::kRefused);
+  EXPECT_EQ(ann.Balance(), "100.0");
+  EXPECT_EQ(ann.Get("/v1/messages/" + id).body.value("charge", ""), "0.0");
+  EXPECT_THAT(Operations("/metrics"), HasSubstr("orvalo_refunded_parts_total 2\n"));
   EXPECT_TRUE(running_.LedgerAddsUp());
+  EXPECT_EQ(Asked().size(), 2u);
+}
+
+// Reports may overtake the reply to the request that they are about.
+TEST_F(OutboxTest, LetsNoLateReplyOverwriteAReport) {
+  running_.options.kannel->connections = 1;
+  running_.Restart();
+  answer_ = 400;
+  before_reply_ = [this] { Report("27821110001", "type=1&to=27821110001"); };
+  auto ann = running_.Caller();
+  const auto first = ann.Message("27821110001").body.value("id", "");
+  ASSERT_TRUE(AwaitStatus(ann, first, 4));
+  const auto second = ann.Message("27821110002").body.value("id", "");
+  ASSERT_TRUE(AwaitStatus(ann, second, 5)) << "so the first one's reply has been written, too";
+  EXPECT_EQ(ann.Get("/v1/messages/" + first).body.value("status", 0), 4);
+  EXPECT_EQ(ann.Balance(), "99.2");
+
+  // A reply to the first request about a part that has been asked again meanwhile.
+  ann.Post("/v1/messages", {{"to", "27821110003"}, {"text", "Hi"}, {"delivery_minutes", 10}});
+  const auto now = running_.clock.Now();
+  running_.service().database().Write([&](service::Connection& connection) {
+    const outbox::PartId part{3, 0};
+    const std::string one(16, '1'), two(16, '2');
+    EXPECT_TRUE(outbox::Ask(connection, part, one, now));
+    EXPECT_FALSE(outbox::Ask(connection, part, two, now));
+    EXPECT_TRUE(outbox::Happen(connection, part, PartEvent::kReportNoLink, now + 9, ""));
+    EXPECT_TRUE(outbox::Ask(connection, part, two, now));
+    outbox::Answer(connection, part, one, PartEvent::kAnswerMalformed, now, "");
+    EXPECT_EQ(outbox::CountOpen(connection, PartState::kAsked), 1);
+    outbox::Answer(connection, part, two, PartEvent::kAnswerTaken, now, "");
+    EXPECT_EQ(outbox::CountOpen(connection, PartState::kTaken), 1);
+  });
 }
 
 // Engines say the same of a number without a route and of one whose only link is down.
@@ -448,10 +467,23 @@ TEST_F(OutboxTest, AsksForManyReceiversAtOnceAndForNoneTwice) {
   for (const auto& request : Asked()) {
     EXPECT_TRUE(keys.insert(request.header("x-kannel-dlr-url")).second);
     std::istringstream words(request.header("x-kannel-to"));
-    for (std::string number; words >> number;) {
+    int receivers_of_one = 0;
+    for (std::string number; words >> number; ++receivers_of_one) {
       EXPECT_TRUE(parts.emplace(number, request.header("x-kannel-udh")).second) << number;
     }
+    EXPECT_LE(receivers_of_one, running_.options.kannel->receivers);
   }
+
+  // A full queue turns some of several away, and never tells which.
+  answer_text_ = "Temporal failure, try again later.";
+  answer_ = 503;
+  const auto before = Asked().size();
+  const auto two = ann.Post("/v1/batches", {{"text", "Hi"}}).body.value("batch", "");
+  const auto results =
+      ann.Post("/v1/batches/" + two + "/recipients", {{"to", {"27821110001", "27821110002"}}})
+          .body.at("results");
+  for (const auto& result : results) EXPECT_TRUE(AwaitStatus(ann, result.at("id"), 1));
+  EXPECT_EQ(Asked().size(), before + 1);
 }
 
 }  // namespace
