@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "app/startup/program.h"
+#include "cli/error_output.h"
 #include "cli/gateway_login.h"
 #include "cli/json_output.h"
 #include "platform/code_page.h"
@@ -120,7 +121,7 @@ void BalanceCommand::Define(CLI::App& app) {
 ExitCode BalanceCommand::Execute(Context& context) {
   const bool ask = !offline_ && context.program.GetSettings().Flag(FlagSetting::kWorkingOnLine);
   if (ask) LogInAsStored(context);
-  return PrintBalance(context, ask) ? ExitCode::kDone : ExitCode::kGateway;
+  return PrintBalance(context, ask) ? ExitCode::kDone : FailedCallCode(context);
 }
 
 // -------------------------------------------------------------------------------------- voucher
@@ -141,7 +142,7 @@ ExitCode VoucherCommand::Execute(Context& context) {
                             number_.size() == kVoucherLength;
   if (worth_asking) LogInAsStored(context);
   if (!context.program.GetAccount().RedeemVoucher(number_))  // which says why
-    return worth_asking ? ExitCode::kGateway : ExitCode::kFailed;
+    return worth_asking ? FailedCallCode(context) : ExitCode::kFailed;
   PrintBalance(context, true);
   return ExitCode::kDone;
 }
@@ -187,7 +188,7 @@ ExitCode RecoverCommand::Execute(Context& context) {
   }
   std::string why;
   if (!program.GetAccount().RecoverPassword(user_, email_, &why))
-    throw CommandError(ExitCode::kGateway,
+    throw CommandError(FailedCallCode(context),
                        program.GetTexts().Load(kNotRecoveredTextId) + "  " + why);
   const std::string text = program.GetTexts().Load(kRecoveredTextId);
   if (context.json) {

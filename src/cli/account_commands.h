@@ -32,6 +32,7 @@ class BalanceCommand : public Command {
   BalanceCommand();
   void Define(CLI::App& app) override;
   Access AccessNeeded() const override { return offline_ ? Access::kLook : Access::kGateway; }
+  bool Answers() const override { return true; }
   ExitCode Execute(Context& context) override;
 
  private:
@@ -57,6 +58,7 @@ class AccountPageCommand : public Command {
   AccountPageCommand();
   void Define(CLI::App&) override {}
   Access AccessNeeded() const override { return Access::kGateway; }
+  bool Answers() const override { return true; }
   ExitCode Execute(Context& context) override;
 };
 

@@ -7,6 +7,7 @@
 #include "app/startup/program.h"
 #include "cli/error_output.h"
 #include "cli/json_output.h"
+#include "platform/terminal.h"
 
 namespace orvalo::cli {
 
@@ -20,12 +21,12 @@ constexpr std::size_t kIndent = 2;
 void PrintTree(std::ostream& out, const AddressTree& tree, AddressTree::NodeId folder) {
   for (const AddressTree::NodeId child : tree.Children(folder)) {
     out << std::string(kIndent * static_cast<std::size_t>(tree.Depth(folder)), ' ')
-        << tree.Name(child);
+        << platform::PrintableLine(tree.Name(child));
     if (tree.IsFolder(child)) {
       out << '\n';
       PrintTree(out, tree, child);
     } else {
-      out << " (" << tree.Number(child) << ")\n";
+      out << " (" << platform::PrintableLine(tree.Number(child)) << ")\n";
     }
   }
 }

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/exit_code.h"
+
 namespace CLI {
 class App;
 }
@@ -16,15 +18,6 @@ class Program;
 namespace cli {
 
 class ErrorOutput;
-
-// How a command ended: the exit status of orvaloctl. Scripts depend on the values.
-enum class ExitCode : int {
-  kDone = 0,
-  kFailed = 1,
-  kUsage = 2,
-  kInUse = 3,    // another program holds the data folder
-  kGateway = 4,  // the gateway refused or could not be reached
-};
 
 // Ends a command; the message, in words for the operator, goes to the error output.
 class CommandError : public std::runtime_error {
@@ -73,6 +66,8 @@ class Command {
   // After parsing: throws CommandError(kUsage) for arguments that do not go together.
   virtual void Check() const {}
   virtual Access AccessNeeded() const = 0;
+  // Whether its results are what it is for, so that they are printed even when all else is quiet.
+  virtual bool Answers() const { return AccessNeeded() == Access::kLook; }
   // Failures: the code returned, or CommandError.
   virtual ExitCode Execute(Context& context) = 0;
 

@@ -61,6 +61,17 @@ Command* CommandTree::Chosen() const {
   return chosen == entries_.rend() ? nullptr : chosen->command.get();
 }
 
+void CommandTree::CheckOptions() const {
+  const Command* const chosen = Chosen();
+  for (const Entry& entry : entries_) {
+    if (entry.command.get() == chosen) continue;
+    for (const CLI::Option* option : entry.app->get_options()) {
+      if (option->count() == 0) continue;
+      throw CLI::ValidationError(option->get_name() + " does not go with " + chosen->name());
+    }
+  }
+}
+
 CLI::App& CommandTree::Add(CLI::App& parent, std::unique_ptr<Command> command) {
   CLI::App* app = parent.add_subcommand(command->name(), command->description());
   app->fallthrough();  // the options of every command may also stand behind it

@@ -18,6 +18,9 @@ class CommandTree {
 
   // The command that the parsed line names; null before a line was parsed.
   Command* Chosen() const;
+  // Throws CLI::ParseError when an option of one command stands before or behind another one, which
+  // would not heed it.
+  void CheckOptions() const;
 
  private:
   CLI::App& Add(CLI::App& parent, std::unique_ptr<Command> command);

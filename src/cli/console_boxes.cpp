@@ -27,11 +27,11 @@ void ConsoleBoxes::Print(const std::string& line) {
   PrintCount();
   last_ = line;
   times_ = 1;
-  errors_.Line(line);
+  errors_.Problem(line);
 }
 
 void ConsoleBoxes::PrintCount() {
-  if (times_ > 1) errors_.Line("(" + std::to_string(times_) + " times)");
+  if (times_ > 1) errors_.Problem("(" + std::to_string(times_) + " times)");
 }
 
 }  // namespace orvalo::cli

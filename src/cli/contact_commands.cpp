@@ -127,6 +127,7 @@ ExitCode ContactDeleteCommand::Execute(Context& context) {
   SmsDatabase::Transaction transaction(database);
   for (const std::int32_t cid : cids_) database.DeleteContact(cid, everywhere, gid);
   transaction.Commit();
+  PrintIds(context, "CID", cids_);
   return ExitCode::kDone;
 }
 

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <optional>
 
+#include "app/setting_rules.h"
 #include "app/startup/program.h"
 #include "messages/hex_import.h"
 #include "messages/message_types.h"
@@ -67,6 +68,10 @@ void ContentArguments::Define(CLI::App& app) {
       app.add_option("--file", import_file_, "File of a vcard or vcal message")->type_name("F");
   app.add_option("--type", type_, "text (unless given), flash, unicode, vcard or vcal")
       ->type_name("TYPE");
+  app.add_option_function<std::string>(
+         "--sender", [this](const std::string& sender) { sender_ = sender; },
+         "The sender of this message, in place of the setting sender_id")
+      ->type_name("ID");
 }
 
 std::int32_t ContentArguments::type() const {
@@ -74,6 +79,11 @@ std::int32_t ContentArguments::type() const {
 }
 
 void ContentArguments::Check() const {
+  if (const std::string problem =
+          SettingProblem(*AppSettings::Find("sender_id"), sender_.value_or(""));
+      !problem.empty()) {
+    throw CommandError(ExitCode::kUsage, "That is no sender: " + problem);
+  }
   if (FindType(type_) == nullptr) {
     throw CommandError(ExitCode::kUsage,
                        "There is no type " + type_ + ": text, flash, unicode, vcard or vcal");

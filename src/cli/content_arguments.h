@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "cli/command.h"
@@ -19,6 +20,8 @@ class ContentArguments {
   void Check() const;
 
   std::int32_t type() const;  // valid once checked
+  // The sender of this message alone; none: as the settings say when it is queued.
+  std::optional<std::string> sender() const { return sender_; }
   // The text, or a file's bytes as hexadecimal. Throws CommandError when it is empty, too long for
   // one message while messages may not span several, or cannot be read.
   std::string Read(Context& context) const;
@@ -28,6 +31,7 @@ class ContentArguments {
   std::string ReadImport(Context& context) const;
 
   std::string type_ = "text";
+  std::optional<std::string> sender_;
   std::string text_;
   std::string text_file_;
   std::string import_file_;

@@ -1,13 +1,14 @@
 #include "cli/gateway_login.h"
 
 #include "app/startup/program.h"
+#include "gateway/gateway_failure.h"
 
 namespace orvalo::cli {
 
 void LogIn(Context& context, std::string_view user, std::string_view password) {
   Program& program = context.program;
   if (program.GetAccount().LoginToGateway(user, password)) return;
-  throw CommandError(ExitCode::kGateway, program.GetAccount().LoginFailure());
+  throw CommandError(FailedCallCode(context), program.GetAccount().LoginFailure());
 }
 
 void LogInAsStored(Context& context) {
@@ -28,13 +29,27 @@ void StayOnline(Context& context) {
   context.program.GetSettings().SetFlag(FlagSetting::kWorkingOnLine, true);
 }
 
-void ThrowLost(Context& context) {
+ExitCode FailedCallCode(const Context& context) {
+  return CodeOfFailure(context.program.GetGateway()->LastError());
+}
+
+ExitCode CodeOfFailure(std::int32_t gateway_code) {
+  switch (gateway_code) {
+    case kNotUnderstood:
+    case kTooManyRequests:
+    case kServiceFailed:
+    case kNetworkUnavailable:
+      return ExitCode::kUnreachable;
+    default:
+      return IsUnreachable(gateway_code) ? ExitCode::kUnreachable : ExitCode::kRefused;
+  }
+}
+
+std::string LostGateway(Context& context) {
   const std::string why = context.program.GetAccount().LoginFailure();
-  if (!why.empty()) throw CommandError(ExitCode::kGateway, why);
-  throw CommandError(ExitCode::kGateway,
-                     "The gateway at " +
-                         context.program.GetSettings().Text(TextSetting::kComBaseUrl) +
-                         " cannot be reached");
+  if (!why.empty()) return why;
+  return "The gateway at " + context.program.GetSettings().Text(TextSetting::kComBaseUrl) +
+         " cannot be reached";
 }
 
 }  // namespace orvalo::cli

@@ -11,6 +11,7 @@
 #include "cli/table.h"
 #include "platform/code_page.h"
 #include "platform/collation.h"
+#include "platform/terminal.h"
 
 namespace orvalo::cli {
 
@@ -42,7 +43,8 @@ void PrintGroup(const Context& context, const GroupRow& group, std::int32_t memb
     list.Add(GroupJson(group, members));
     list.End();
   } else {
-    context.out << what << " group " << group.gid << ": " << OneLine(group.name) << '\n';
+    context.out << what << " group " << group.gid << ": " << platform::PrintableLine(group.name)
+                << '\n';
   }
 }
 

@@ -4,13 +4,15 @@
 #include <utility>
 
 #include "app/startup/program.h"
+#include "cli/command.h"
+#include "platform/terminal.h"
 
 namespace orvalo::cli {
 
 namespace {
 
 std::string JsonText(const Json& value) {
-  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+  return platform::PrintableJson(value.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 }  // namespace
@@ -58,5 +60,12 @@ void JsonArray::Add(const Json& value) {
 void JsonArray::End() { out_ << (empty_ ? "[]\n" : "\n]\n"); }
 
 void PrintJson(std::ostream& out, const Json& value) { out << JsonText(value) << '\n'; }
+
+void PrintIds(const Context& context, const char* name, const std::vector<std::int32_t>& ids) {
+  if (!context.json) return;
+  JsonArray list(context.out);
+  for (const std::int32_t id : ids) list.Add({{name, id}});
+  list.End();
+}
 
 }  // namespace orvalo::cli

@@ -13,6 +13,8 @@ class Program;
 
 namespace orvalo::cli {
 
+struct Context;
+
 // Results as JSON: arrays of objects whose members are the names of the columns, in their order.
 // Text that is not UTF-8 comes with replacement characters.
 using Json = nlohmann::ordered_json;
@@ -35,5 +37,9 @@ class JsonArray {
 };
 
 void PrintJson(std::ostream& out, const Json& value);
+
+// What a command did away with: objects of one member. Only as JSON; in words it goes without
+// saying.
+void PrintIds(const Context& context, const char* name, const std::vector<std::int32_t>& ids);
 
 }  // namespace orvalo::cli

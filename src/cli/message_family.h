@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <set>
 #include <vector>
 
 #include "gateway/engine_requests.h"
@@ -11,11 +12,12 @@ class SmsDatabase;
 
 namespace orvalo::cli {
 
-// A message that is being sent, and the messages made from it for its recipients. Reads the store
-// when it is asked to; main thread.
+// Messages that are being sent, and the messages made from them for their recipients. Reads the
+// store when it is asked to; main thread.
 class MessageFamily {
  public:
-  MessageFamily(SmsDatabase& database, std::int32_t id) : database_(database), id_(id) {}
+  MessageFamily(SmsDatabase& database, const std::vector<std::int32_t>& ids)
+      : database_(database), heads_(ids.begin(), ids.end()), unsettled_(ids.size()) {}
 
   void Refresh();
   bool AllSettled() const { return unsettled_ == 0; }  // as of the last Refresh
@@ -25,10 +27,13 @@ class MessageFamily {
   std::vector<MessageRow> Rows();
 
  private:
+  void LookAt(std::int32_t id);
+
   SmsDatabase& database_;
-  std::int32_t id_;
-  std::vector<std::int32_t> members_;  // once the message has been expanded
-  std::int32_t unsettled_ = 1;
+  const std::set<std::int32_t> heads_;
+  std::set<std::int32_t> expanded_;    // heads whose members are known
+  std::vector<std::int32_t> members_;  // of the expanded ones
+  std::size_t unsettled_;
   IdList followed_;
 };
 

@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <filesystem>
 #include <ostream>
+#include <utility>
 
 #include "app/startup/program.h"
 #include "cli/command.h"
 #include "cli/command_tree.h"
 #include "cli/console_boxes.h"
 #include "cli/error_output.h"
+#include "cli/json_output.h"
 #include "platform/file.h"
 #include "platform/machine_config.h"
 #include "store/store_error.h"
@@ -19,22 +21,34 @@ namespace orvalo::cli {
 namespace {
 
 constexpr char kDescription[] = "Orvalo without a window: sends short messages and keeps an outbox";
-constexpr char kFooter[] =
+constexpr char kFolderFooter[] =
     "The data folder is --data DIR, or the environment variable ORVALO_DATA_PATH, or the machine's "
-    "configuration.\n"
-    "Exit status: 0 done, 1 failed, 2 usage, 3 data folder in use, 4 gateway refused or "
-    "unreachable.";
+    "configuration.\n\nExit status:\n";
 
 struct GlobalArguments {
   std::string data_folder;
   bool json = false;
+  bool quiet = false;
 };
+
+std::string Footer() {
+  std::string text = kFolderFooter;
+  for (const ExitMeaning& end : ExitMeanings()) {
+    const std::string value = std::to_string(static_cast<int>(end.code));
+    text += std::string(4 - value.size(), ' ') + value + "  " + std::string(end.meaning) + "\n";
+  }
+  text.pop_back();
+  return text;
+}
 
 void DefineGlobal(CLI::App& app, GlobalArguments* arguments) {
   app.description(kDescription);
-  app.footer(kFooter);
+  app.footer(Footer());
   app.add_option("--data", arguments->data_folder, "The data folder")->type_name("DIR");
-  app.add_flag("--json", arguments->json, "Print results as JSON");
+  app.add_flag("--json", arguments->json, "Print results and errors as JSON");
+  app.add_flag("-q,--quiet", arguments->quiet,
+               "Print nothing but errors and what was asked to be shown");
+  app.set_version_flag("--version", std::string("orvaloctl ") + ORVALO_VERSION);
 }
 
 // The folder's full path, with what the command expects in it. A mistyped name must never become a
@@ -69,57 +83,81 @@ Program::Options ProgramOptions(const std::string& folder, Access access) {
   return options;
 }
 
-ExitCode Report(ErrorOutput& errors, ExitCode code, const std::string& reason) {
-  if (!reason.empty()) errors.Line("orvaloctl: " + reason);
-  return code;
-}
+// Takes what is printed when nothing is to be.
+class NoOutput : public std::ostream {
+ public:
+  NoOutput() : std::ostream(nullptr) {}
+};
 
-ExitCode ExecuteReported(Command& command, Context& context) {
+// How a run ends, and what is said about it.
+struct Ending {
+  ExitCode code = ExitCode::kDone;
+  std::string reason;
+};
+
+Ending ExecuteReported(Command& command, Context& context) {
   try {
-    return command.Execute(context);
+    return {command.Execute(context), {}};
   } catch (const CommandError& error) {
-    return Report(context.errors, error.code(), error.what());
+    return {error.code(), error.what()};
   } catch (const StoreError& error) {
-    return Report(context.errors, ExitCode::kFailed, error.what());
+    return {ExitCode::kFailed, error.what()};
   }
 }
 
-ExitCode CodeOf(const Program::Result& result, ErrorOutput& errors) {
+Ending EndingOf(const Program::Result& result, Ending of_command) {
   switch (result.end) {
     case Program::End::kRan:
-      return static_cast<ExitCode>(result.exit_code);
+      return of_command;
     case Program::End::kInUse:
-      return Report(errors, ExitCode::kInUse, "Another program is using this data folder");
+      return {ExitCode::kInUse, "Another program is using this data folder"};
     case Program::End::kNoGateway:
-      return Report(errors, ExitCode::kGateway, result.reason);
-    case Program::End::kNoDatabase:
-      return ExitCode::kFailed;
     case Program::End::kNoDataFolder:
+      break;
+    case Program::End::kNoDatabase:
+      return {ExitCode::kFailed, {}};  // its box has told it
     case Program::End::kUnexpected:
       break;
   }
-  return Report(errors, ExitCode::kFailed, result.reason);
+  return {ExitCode::kFailed, result.reason};
 }
 
-ExitCode Perform(Command& command, const GlobalArguments& arguments, const Console& console,
-                 ErrorOutput& errors, const platform::ClassRegistry& registry,
-                 platform::Clock& clock) {
+Ending Perform(Command& command, const GlobalArguments& arguments, const Console& console,
+               ErrorOutput& errors, const platform::ClassRegistry& registry,
+               platform::Clock& clock) {
   std::string folder;
   try {
     command.Check();
     folder = PreparedFolder(arguments, command.AccessNeeded());
   } catch (const CommandError& error) {
-    return Report(errors, error.code(), error.what());
+    return {error.code(), error.what()};
   }
+  NoOutput nowhere;
+  std::ostream& out = arguments.quiet && !command.Answers() ? nowhere : console.out;
   ConsoleBoxes boxes(errors);
   Program program(boxes, clock, registry);
+  Ending ending;
   const Program::Result result =
       program.Run(ProgramOptions(folder, command.AccessNeeded()), [&](Program& running) {
-        Context context{running, console.in,     console.out,
-                        errors,  arguments.json, console.in_is_terminal};
-        return static_cast<int>(ExecuteReported(command, context));
+        Context context{running, console.in, out, errors, arguments.json, console.in_is_terminal};
+        ending = ExecuteReported(command, context);
+        return static_cast<int>(ending.code);
       });
-  return CodeOf(result, errors);
+  return EndingOf(result, std::move(ending));
+}
+
+// What the parser ended with instead of a command: help and version, or wrong usage.
+int EndWithoutCommand(const CLI::App& app, const CLI::ParseError& error, bool json,
+                      const Console& console) {
+  const bool asked_for = error.get_exit_code() == 0;
+  if (!json || (asked_for && error.get_name() != "CallForVersion")) {
+    app.exit(error, console.out, console.err);
+  } else if (asked_for) {
+    PrintJson(console.out, {{"Program", "orvaloctl"}, {"Version", ORVALO_VERSION}});
+  } else {
+    ErrorOutput(console.err, {.json = true}).End(ExitCode::kUsage, error.what());
+  }
+  return static_cast<int>(asked_for ? ExitCode::kDone : ExitCode::kUsage);
 }
 
 }  // namespace
@@ -130,18 +168,20 @@ int RunOrvaloctl(const std::vector<std::string>& args, const Console& console,
   CLI::App app("", "orvaloctl");
   DefineGlobal(app, &arguments);
   CommandTree commands(app);
+  const bool json = std::find(args.begin(), args.end(), "--json") != args.end();
   try {
     app.parse(std::vector<std::string>(args.rbegin(), args.rend()));
+    commands.CheckOptions();
   } catch (const CLI::ParseError& error) {
-    return static_cast<int>(app.exit(error, console.out, console.err) == 0 ? ExitCode::kDone
-                                                                           : ExitCode::kUsage);
+    return EndWithoutCommand(app, error, json, console);
   }
-  ErrorOutput errors(console.err, console.err_is_terminal);
-  ExitCode code = Perform(*commands.Chosen(), arguments, console, errors, registry, clock);
+  ErrorOutput errors(console.err, {console.err_is_terminal, arguments.quiet, arguments.json});
+  Ending ending = Perform(*commands.Chosen(), arguments, console, errors, registry, clock);
   console.out.flush();
-  if (!console.out && code == ExitCode::kDone)
-    code = Report(errors, ExitCode::kFailed, "The results cannot be written");
-  return static_cast<int>(code);
+  if (!console.out && ending.code == ExitCode::kDone)
+    ending = {ExitCode::kNotWritten, "The results cannot be written"};
+  errors.End(ending.code, ending.reason);
+  return static_cast<int>(ending.code);
 }
 
 }  // namespace orvalo::cli

@@ -10,6 +10,7 @@
 #include "messages/message_texts.h"
 #include "messages/outbox_export.h"
 #include "platform/collation.h"
+#include "platform/terminal.h"
 
 namespace orvalo::cli {
 
@@ -34,7 +35,7 @@ MessageRow MessageById(SmsDatabase& database, std::int32_t id) {
 }
 
 std::string DetailText(const Json& value) {
-  return OneLine(value.is_string() ? value.get<std::string>() : value.dump());
+  return platform::PrintableLine(value.is_string() ? value.get<std::string>() : value.dump());
 }
 
 }  // namespace
@@ -94,6 +95,7 @@ ExitCode OutboxDeleteCommand::Execute(Context& context) {
   SmsDatabase::Transaction transaction(database);
   for (const std::int32_t id : ids_) database.DeleteSms(id);
   transaction.Commit();
+  PrintIds(context, "ID", ids_);
   return ExitCode::kDone;
 }
 
@@ -113,7 +115,9 @@ ExitCode OutboxExportCommand::Execute(Context& context) {
                             program.GetStatusNames(), program.GetTypeNames(), program.GetClock());
   OutboxExport writer(database, fields, program.GetTexts(), program.GetMessageBoxes());
   const bool written = ids_.empty() ? writer.WriteAll(file_) : writer.WriteMessages(file_, ids_);
-  return written ? ExitCode::kDone : ExitCode::kFailed;
+  if (!written) return ExitCode::kFailed;  // which was said
+  if (context.json) PrintJson(context.out, {{"File", file_}});
+  return ExitCode::kDone;
 }
 
 }  // namespace orvalo::cli

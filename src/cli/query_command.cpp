@@ -8,6 +8,7 @@
 #include "cli/gateway_login.h"
 #include "cli/message_listing.h"
 #include "cli/message_state.h"
+#include "cli/outcome_tally.h"
 #include "gateway/status_pass.h"
 #include "platform/stop_signal.h"
 
@@ -41,9 +42,8 @@ StatusPass::Unanswered AskAbout(Context& context, const std::vector<std::int32_t
   const GatewayFailure& failure = unanswered.last;
   const std::string why = FailureText(failure, program.GetTexts(),
                                       context.program.GetSettings().Text(TextSetting::kComBaseUrl));
-  const std::string count =
-      std::to_string(unanswered.count) + (unanswered.count == 1 ? " message" : " messages");
-  throw CommandError(all ? ExitCode::kGateway : ExitCode::kFailed,
+  const std::string count = Counted(static_cast<std::size_t>(unanswered.count), "message");
+  throw CommandError(all ? CodeOfFailure(failure.code) : ExitCode::kFailed,
                      ConcernsEveryCall(failure.code)
                          ? "The statuses shown are the last known ones: " + why
                          : "No news of " + count + ": " + why);

@@ -13,6 +13,7 @@ class QueryCommand : public Command {
   QueryCommand();
   void Define(CLI::App& app) override;
   Access AccessNeeded() const override { return Access::kGateway; }
+  bool Answers() const override { return true; }
   ExitCode Execute(Context& context) override;
 
  private:

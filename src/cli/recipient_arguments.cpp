@@ -19,9 +19,8 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
 }
 
-[[noreturn]] void ThrowNoRecipients() {
-  throw CommandError(ExitCode::kUsage,
-                     "The message has no recipient: use --to, --contact or --group");
+[[noreturn]] void ThrowNoRecipients(ExitCode code) {
+  throw CommandError(code, "The message has no recipient: use --to, --contact or --group");
 }
 
 }  // namespace
@@ -57,7 +56,7 @@ void RecipientArguments::Check() const {
     if (!IsMobileNumber(number))
       throw CommandError(ExitCode::kUsage, number + " is no mobile number: 3 to 16 digits");
   }
-  if (numbers.empty() && contacts_.empty() && groups_.empty()) ThrowNoRecipients();
+  if (numbers.empty() && contacts_.empty() && groups_.empty()) ThrowNoRecipients(ExitCode::kUsage);
 }
 
 std::string RecipientArguments::RecipientString(SmsDatabase& database) const {
@@ -73,7 +72,7 @@ std::string RecipientArguments::RecipientString(SmsDatabase& database) const {
       contacts.insert(member.cid);
   }
   for (const std::int32_t cid : contacts) recipients += ",A" + std::to_string(cid);
-  if (recipients.empty()) ThrowNoRecipients();
+  if (recipients.empty()) ThrowNoRecipients(ExitCode::kNothing);
   return recipients;
 }
 

@@ -20,7 +20,7 @@ class RecipientArguments {
   // Throws CommandError(kUsage) for an item that is no number, and when there are no recipients.
   void Check() const;
   // The recipient string: the numbers as given, then the contacts in order of their ids, each once.
-  // Throws CommandError for unknown contacts and groups, and when nobody is left.
+  // Throws CommandError for unknown contacts and groups, and (kNothing) when nobody is left.
   std::string RecipientString(SmsDatabase& database) const;
 
  private:

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <limits>
 #include <map>
+#include <set>
 
 #include "app/startup/program.h"
 #include "cli/change_report.h"
@@ -10,6 +11,8 @@
 #include "cli/error_output.h"
 #include "cli/gateway_login.h"
 #include "cli/message_listing.h"
+#include "cli/message_state.h"
+#include "cli/outcome_tally.h"
 
 namespace orvalo::cli {
 
@@ -27,9 +30,23 @@ class RunReport {
                          context_.program.GetStatusNames().Name(row.stat);
       if (!row.reason.empty()) line += ", " + row.reason;
       if (!row.charge.empty() && row.charge != "?") line += ", charge " + row.charge;
-      context_.errors.Line(line);
+      if (!context_.json) context_.errors.Line(line);
+      Count(row);
       if (context_.json) changed_[row.id] = std::move(row);
     }
+  }
+
+  // What became of the messages that the run has moved on, and what it has left unsent.
+  OutcomeTally Tally() const {
+    OutcomeTally tally = ended_;
+    SmsDatabase& database = context_.program.GetDatabase();
+    std::set<std::int32_t> left = open_;
+    const auto pending = database.PendingSms(kEveryMessage);
+    left.insert(pending.begin(), pending.end());
+    for (const std::int32_t id : left) {
+      if (const auto row = database.GetSms(id)) tally.Add(*row);
+    }
+    return tally;
   }
 
   void PrintResults() const {
@@ -40,8 +57,19 @@ class RunReport {
   }
 
  private:
+  void Count(const MessageRow& row) {
+    if (!IsSettled(row)) {
+      if (IsFollowed(row)) open_.insert(row.id);
+      return;
+    }
+    open_.erase(row.id);
+    ended_.Add(row);
+  }
+
   Context& context_;
   ChangeReport report_;
+  OutcomeTally ended_;
+  std::set<std::int32_t> open_;  // with the gateway, without a final status
   std::map<std::int32_t, MessageRow> changed_;
 };
 
@@ -79,9 +107,13 @@ ExitCode RunCommand::Execute(Context& context) {
   session.Stop();
   report.SayChanges();
   report.PrintResults();
-  if (end != EngineSession::Event::kOffline) return ExitCode::kDone;
-  StayOnline(context);
-  ThrowLost(context);
+  if (end == EngineSession::Event::kOffline) {
+    StayOnline(context);
+    report.Tally().SayAllBut(ExitCode::kUnreachable, context.errors);
+    throw CommandError(ExitCode::kUnreachable, LostGateway(context));
+  }
+  report.Tally().End(context.errors);
+  return ExitCode::kDone;
 }
 
 }  // namespace orvalo::cli

@@ -38,6 +38,7 @@ ExitCode ScheduleCommand::Execute(Context& context) {
   QueuedMessage message;
   message.to = recipients_.RecipientString(program.GetDatabase());
   message.type = content_.type();
+  message.sender_id = content_.sender();
   message.text = content_.Read(context);
   const auto ids = QueueOccurrences(
       program.GetDatabase(), plan, message,

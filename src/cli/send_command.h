@@ -1,8 +1,7 @@
 #pragma once
-#include <cstdint>
-
 #include "cli/command.h"
 #include "cli/content_arguments.h"
+#include "cli/delivery.h"
 #include "cli/recipient_arguments.h"
 
 namespace orvalo::cli {
@@ -17,12 +16,9 @@ class SendCommand : public Command {
   ExitCode Execute(Context& context) override;
 
  private:
-  std::int32_t Queue(Context& context, std::string to, std::string text) const;
-  ExitCode SendAndWait(Context& context, std::string to, std::string text) const;
-
   RecipientArguments recipients_;
   ContentArguments content_;
-  std::int32_t wait_seconds_ = 0;  // 0: only queue
+  Delivery delivery_;
 };
 
 }  // namespace orvalo::cli

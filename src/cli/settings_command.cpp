@@ -8,6 +8,7 @@
 #include "cli/json_output.h"
 #include "cli/setting_access.h"
 #include "cli/table.h"
+#include "platform/terminal.h"
 
 namespace orvalo::cli {
 
@@ -37,7 +38,8 @@ void PrintAllSettings(const Context& context) {
     if (context.json) {
       list.Add(SettingJson(settings, setting));
     } else {
-      context.out << setting.key << " = " << OneLine(VisibleValue(settings, setting)) << '\n';
+      context.out << setting.key << " = "
+                  << platform::PrintableLine(VisibleValue(settings, setting)) << '\n';
     }
   }
   if (context.json) list.End();

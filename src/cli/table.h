@@ -2,14 +2,9 @@
 #include <cstddef>
 #include <iosfwd>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace orvalo::cli {
-
-// The text on one line: runs of control characters become one blank, so that what others wrote
-// cannot steer the terminal.
-std::string OneLine(std::string_view text);
 
 // A table that is printed while it is made: a header line, then one line a row. Widths are in
 // characters; a longer text pushes the rest of its row to the right, the last column is never

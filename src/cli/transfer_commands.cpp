@@ -10,6 +10,7 @@
 #include "cli/console_boxes.h"
 #include "cli/error_output.h"
 #include "cli/json_output.h"
+#include "cli/outcome_tally.h"
 #include "contacts/csv_export.h"
 #include "contacts/csv_import.h"
 
@@ -70,11 +71,12 @@ void PrintImported(const Context& context, const CsvImportResult& result) {
     list.End();
     return;
   }
-  context.out << "Imported " << result.inserted << " contacts; discarded " << result.discarded
-              << " without a number; left out " << duplicates << " duplicates\n";
+  context.out << "Imported " << Counted(static_cast<std::size_t>(result.inserted), "contact")
+              << "; discarded " << result.discarded << " without a number; left out "
+              << Counted(duplicates, "duplicate") << '\n';
   if (not_read > 0) {
-    context.errors.Line("A line with too few fields ended the import: " + std::to_string(not_read) +
-                        " lines were not read");
+    context.errors.Line("A line with too few fields ended the import: " +
+                        Counted(not_read, "line was", "lines were") + " not read");
   }
 }
 
@@ -117,7 +119,7 @@ ExitCode ImportCommand::Execute(Context& context) {
   CheckImported(file_, result);
   PrintImported(context, result);
   if (!rejects_.empty() && !result.rejected.Save(rejects_, context.program.GetTexts())) {
-    throw CommandError(ExitCode::kFailed,
+    throw CommandError(ExitCode::kNotWritten,
                        "The contacts are imported, but \"" + rejects_ + "\" cannot be written");
   }
   return ExitCode::kDone;
@@ -155,10 +157,12 @@ ExitCode ExportCommand::Execute(Context& context) {
   } else {
     for (const std::int32_t cid : cids_) ContactById(database, cid);
     const auto cids = groups_.empty() ? cids_ : writer.MembersOf(gids);
-    if (cids.empty()) throw CommandError(ExitCode::kFailed, "These groups have no members");
+    if (cids.empty()) throw CommandError(ExitCode::kNothing, "These groups have no members");
     written = writer.WriteContacts(file_, cids);
   }
-  return written ? ExitCode::kDone : ExitCode::kFailed;
+  if (!written) return ExitCode::kFailed;  // which was said
+  if (context.json) PrintJson(context.out, {{"File", file_}});
+  return ExitCode::kDone;
 }
 
 }  // namespace orvalo::cli

@@ -50,7 +50,7 @@ std::int32_t SendEngine::QueueMessage(const QueuedMessage& message) {
   sms.ref_id = message.ref_id;
   sms.to = message.to;
   sms.msg = message.text;
-  sms.sender_id = settings_.Text(TextSetting::kSenderId);
+  sms.sender_id = message.sender_id ? *message.sender_id : settings_.Text(TextSetting::kSenderId);
   sms.delay = message.delay;
   sms.charge = "?";
   const std::int32_t id = parts_.database.AddSms(sms);

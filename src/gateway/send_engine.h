@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "gateway/engine_notices.h"
@@ -18,8 +19,7 @@ namespace orvalo {
 class Account;
 class AppSettings;
 
-// A message as the compose side hands it over. `sender_id` and the charge "?" are added by the
-// engine.
+// A message as the compose side hands it over. The charge "?" is added by the engine.
 struct QueuedMessage {
   SmsStatus status = SmsStatus::kPending;
   std::int32_t time = 0;  // 0: now
@@ -28,6 +28,7 @@ struct QueuedMessage {
   std::string to;
   std::string text;
   std::int32_t delay = 0;
+  std::optional<std::string> sender_id = {};  // none: as the settings say now
 };
 
 // The worker that moves messages between the store and the gateway: every 60 seconds, and at once

@@ -18,10 +18,13 @@
 #include "service/vouchers.h"
 
 namespace orvalo::service {
+
+using platform::PrintableLine;
+
 namespace {
 
 int Complain(const std::string& sentence) {
-  fmt::print(stderr, "orvalo-gateway: {}\n", sentence);
+  fmt::print(stderr, "orvalo-gateway: {}\n", PrintableLine(sentence));
   return 1;
 }
 
@@ -44,11 +47,9 @@ std::optional<std::string> AskPassword(const std::string& file) {
 
 }  // namespace
 
-std::string Printable(std::string text) {
-  for (auto& character : text) {
-    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7f) character = ' ';
-  }
-  return text;
+void PrintJson(const nlohmann::json& line) {
+  using Replacing = nlohmann::json::error_handler_t;
+  fmt::print("{}\n", platform::PrintableJson(line.dump(-1, ' ', false, Replacing::replace)));
 }
 
 int AdminCommands::AddAccount(const std::string& user, const std::string& email,
@@ -98,10 +99,11 @@ int AdminCommands::ListAccounts(bool json) {
                                 {"email", account.email},
                                 {"balance", MoneyText(account.balance)},
                                 {"credits", MoneyText(account.credits)}};
-      fmt::print("{}\n", line.dump());
+      PrintJson(line);
     } else {
-      fmt::print("{:<20} {:>12} of {:>12}  {}\n", account.user, MoneyText(account.balance),
-                 MoneyText(account.credits), account.email);
+      fmt::print("{:<20} {:>12} of {:>12}  {}\n", PrintableLine(account.user),
+                 MoneyText(account.balance), MoneyText(account.credits),
+                 PrintableLine(account.email));
     }
   }
   return 0;
@@ -128,7 +130,8 @@ int AdminCommands::ListVouchers() {
   Database database(folder_);
   for (const auto& voucher : Vouchers(database, clock_).List()) {
     fmt::print("{} {:>12}{}{}\n", voucher.number, MoneyText(voucher.amount),
-               voucher.redeemed_by.empty() ? "" : "  redeemed by ", voucher.redeemed_by);
+               voucher.redeemed_by.empty() ? "" : "  redeemed by ",
+               PrintableLine(voucher.redeemed_by));
   }
   return 0;
 }
@@ -171,10 +174,11 @@ int AdminCommands::PrintLedger(bool json) {
                                   {"parts", message.parts},   {"accepted", message.accepted},
                                   {"due", message.due},       {"charge", MoneyText(entry.charge)},
                                   {"key", entry.key}};
-        fmt::print("{}\n", line.dump());
+        PrintJson(line);
       } else {
-        fmt::print("{}  {:<16} {:<17} {:>2} {:>8}  {}\n", message.id, entry.user, message.number,
-                   status, MoneyText(entry.charge), Printable(message.text));
+        fmt::print("{}  {:<16} {:<17} {:>2} {:>8}  {}\n", message.id, PrintableLine(entry.user),
+                   PrintableLine(message.number), status, MoneyText(entry.charge),
+                   PrintableLine(message.text));
       }
     });
   });

@@ -1,5 +1,6 @@
 #pragma once
 #include <functional>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 
@@ -9,9 +10,8 @@ class Clock;
 
 namespace orvalo::service {
 
-// For a person's terminal: without the control characters by which what others wrote could steer
-// it.
-std::string Printable(std::string text);
+// One object on a line of the standard output; nothing in it steers a terminal.
+void PrintJson(const nlohmann::json& line);
 
 // The commands of an administrator on a data folder, which may be served meanwhile. Each opens the
 // folder, does its work, prints to the standard output, and returns the program's exit status: 0,

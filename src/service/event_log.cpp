@@ -5,6 +5,8 @@
 #include <ctime>
 #include <nlohmann/json.hpp>
 
+#include "platform/terminal.h"
+
 namespace orvalo::service {
 
 void EventLog::Write(const char* level, const char* event, Fields fields) const {
@@ -13,7 +15,8 @@ void EventLog::Write(const char* level, const char* event, Fields fields) const 
       {"level", level},
       {"event", event}};
   for (const auto& [name, value] : fields) line[name] = value;
-  sink_(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  sink_(
+      platform::PrintableJson(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)));
 }
 
 }  // namespace orvalo::service

@@ -10,6 +10,7 @@
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/stop_signal.h"
+#include "platform/terminal.h"
 #include "service/admin_commands.h"
 #include "service/carrier_choice.h"
 #include "service/demo_data.h"
@@ -240,10 +241,10 @@ int main(int argc, char** argv) {
     service::PrepareSecrets();
     return service::CommandLine().Run(argc, argv, platform::SystemClock());
   } catch (const service::UsageError& error) {
-    fmt::print(stderr, "orvalo-gateway: {}\n", error.what());
+    fmt::print(stderr, "orvalo-gateway: {}\n", platform::PrintableLine(error.what()));
     return 2;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "orvalo-gateway: {}\n", error.what());
+    fmt::print(stderr, "orvalo-gateway: {}\n", platform::PrintableLine(error.what()));
     return 1;
   }
 }

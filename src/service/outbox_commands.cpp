@@ -7,6 +7,7 @@
 
 #include "platform/clock.h"
 #include "platform/file.h"
+#include "platform/terminal.h"
 #include "service/admin_commands.h"
 #include "service/ledger_check.h"
 #include "service/outbox.h"
@@ -14,6 +15,9 @@
 
 // The administrator's commands about parts on their way to an engine, and about the whole ledger.
 namespace orvalo::service {
+
+using platform::PrintableLine;
+
 namespace {
 
 std::string PartName(const outbox::Row& row) {
@@ -22,8 +26,8 @@ std::string PartName(const outbox::Row& row) {
 
 void PrintRow(const outbox::Row& row, bool as_json) {
   if (!as_json) {
-    fmt::print("{:<36} {:<16} {:<17} {:<12} {}\n", PartName(row), row.user, row.number,
-               NameOf(row.state), Printable(row.reason));
+    fmt::print("{:<36} {:<16} {:<17} {:<12} {}\n", PartName(row), PrintableLine(row.user),
+               PrintableLine(row.number), NameOf(row.state), PrintableLine(row.reason));
     return;
   }
   const nlohmann::json line{{"part", PartName(row)},    {"account", row.user},
@@ -31,11 +35,11 @@ void PrintRow(const outbox::Row& row, bool as_json) {
                             {"since", row.since},       {"attempts", row.attempts},
                             {"reports", row.seen},      {"price", MoneyText(row.price)},
                             {"refunded", row.refunded}, {"reason", row.reason}};
-  fmt::print("{}\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  PrintJson(line);
 }
 
 void PrintCheck(const LedgerCheck& check) {
-  for (const auto& fault : check.faults) fmt::print("{}\n", fault);
+  for (const auto& fault : check.faults) fmt::print("{}\n", PrintableLine(fault));
   fmt::print("{} accounts, {} messages, {} parts, {} refunds: {}\n", check.accounts, check.messages,
              check.parts, check.refunds,
              check.faults.empty() ? "the ledger adds up" : "THE LEDGER DOES NOT ADD UP");
@@ -93,7 +97,7 @@ int AdminCommands::SettleOutbox(const std::string& name, const std::string& deci
     }
   });
   if (settled == 0) {
-    fmt::print(stderr, "orvalo-gateway: nothing of \"{}\" is in doubt\n", name);
+    fmt::print(stderr, "orvalo-gateway: nothing of \"{}\" is in doubt\n", PrintableLine(name));
     return 1;
   }
   fmt::print("{}\n", settled);
@@ -111,7 +115,7 @@ int AdminCommands::DoubtOutbox() {
 
 int AdminCommands::BackUp(const std::string& file) {
   const auto complain = [&](const char* why) {
-    fmt::print(stderr, "orvalo-gateway: {}: {}\n", file, why);
+    fmt::print(stderr, "orvalo-gateway: {}: {}\n", PrintableLine(file), why);
     return 1;
   };
   if (!platform::FileSize(folder_ + "/gateway.db")) return complain("there is nothing to copy");
@@ -145,7 +149,7 @@ int AdminCommands::CheckLedger(bool as_json) {
                               {"parts", check.parts},
                               {"refunds", check.refunds},
                               {"faults", check.faults}};
-    fmt::print("{}\n", line.dump());
+    PrintJson(line);
   } else {
     PrintCheck(check);
   }

@@ -5,6 +5,7 @@
 
 #include "platform/file.h"
 #include "platform/resource_container.h"
+#include "platform/terminal.h"
 #include "translator/translation.h"
 
 namespace {
@@ -29,7 +30,8 @@ void Write(const fs::path& path, const std::string& bytes) {
 
 // The status of the program: 0 when there is nothing to say.
 int Tell(const std::vector<Finding>& findings) {
-  for (const Finding& finding : findings) std::cout << ToLine(finding) << '\n';
+  for (const Finding& finding : findings)
+    std::cout << orvalo::platform::PrintableLine(ToLine(finding)) << '\n';
   return findings.empty() ? 0 : 1;
 }
 
@@ -96,7 +98,7 @@ int main(int count, char** values) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   } catch (const std::exception& problem) {
-    std::cerr << "orvalo-translator: " << problem.what() << '\n';
+    std::cerr << "orvalo-translator: " << orvalo::platform::PrintableLine(problem.what()) << '\n';
     return 2;
   }
   return status;

@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "app/data_file.h"
+#include "cli/exit_code.h"
 #include "orvaloctl_fixture.h"
 #include "platform/named_mutex.h"
 
@@ -102,6 +105,47 @@ TEST_F(CommandsTest, RefusesWrongUsage) {
   EXPECT_TRUE(StoredMessages().empty());
 }
 
+TEST_F(CommandsTest, SaysInJsonOrQuietlyHowItEnded) {
+  Init();
+  const auto error = [this](std::vector<std::string> args) {
+    const Outcome outcome = Json(std::move(args));
+    EXPECT_EQ(outcome.out, "");
+    return nlohmann::json::parse(outcome.err);
+  };
+  EXPECT_EQ(error({"teleport"}).at("code"), "usage");
+  EXPECT_EQ(error({"outbox", "show", "9"}), nlohmann::json::parse(R"({"code": "failed",
+      "status": 1, "message": "There is no message 9", "notes": []})"));
+  EXPECT_EQ(error({"voucher", "123"}).at("status"), 1) << "its box says why";
+  EXPECT_THAT(Run({"--version"}).out, testing::StartsWith("orvaloctl "));
+  EXPECT_EQ(Json({"--version"}).All().at("Program"), "orvaloctl");
+  EXPECT_THAT(Run({"outbox", "--status", "Sent", "show", "1"}), FailsWith(2, "--status"));
+
+  const Outcome queued = Run({"-q", "send", "--to", "111", "--text", "x"});
+  EXPECT_THAT(queued, EndsWith(0));
+  EXPECT_EQ(queued.out + queued.err, "");
+  EXPECT_NE(Run({"-q", "outbox"}).out, "") << "what is asked to be shown is shown";
+  EXPECT_THAT(Run({"-q", "voucher", "1"}), FailsWith(1, "not long enough"));
+  EXPECT_EQ(Json({"outbox", "delete", "1"}).First().at("ID"), 1);
+}
+
+// The help, the guide and the manual page tell the same exit statuses.
+TEST_F(CommandsTest, DocumentsEveryExitStatus) {
+  const std::string folder = ORVALO_SOURCE_FOLDER;
+  const std::string guide = Slurp(folder + "/docs/user-guide.md");
+  std::string manual = Slurp(folder + "/packaging/man/orvaloctl.1");
+  manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end());
+  const std::string help = Run({"send", "--help"}).out;
+  int value = 0;
+  for (const cli::ExitMeaning& end : cli::ExitMeanings()) {
+    const std::string number = std::to_string(value++), meaning(end.meaning);
+    EXPECT_EQ(std::to_string(static_cast<int>(end.code)), number);
+    EXPECT_THAT(help, HasSubstr(number + "  " + meaning));
+    EXPECT_THAT(manual, HasSubstr(".B " + number + "\n" + meaning + "\n"));
+    EXPECT_THAT(guide,
+                HasSubstr("| " + number + " | `" + std::string(end.name) + "` | " + meaning));
+  }
+}
+
 TEST_F(CommandsTest, LeavesAFolderInUseAloneButLooksAtIt) {
   Init();
   ASSERT_THAT(Run({"send", "--to", "27820000001", "--text", "first"}), EndsWith(0));
@@ -201,7 +245,7 @@ TEST_F(CommandsTest, QueuesNothingThatCannotBeSent) {
     command.insert(command.end(), args.begin(), args.end());
     EXPECT_THAT(Run(command), FailsWith(1, reason));
   }
-  EXPECT_THAT(Run({"send", "--group", "Nobody", "--text", "x"}), FailsWith(2, "no recipient"));
+  EXPECT_THAT(Run({"send", "--group", "Nobody", "--text", "x"}), FailsWith(10, "no recipient"));
   EXPECT_TRUE(StoredMessages().empty());
 
   ASSERT_THAT(Run({"settings", "SpanSMS", "1"}), EndsWith(0));
@@ -319,8 +363,8 @@ TEST_F(CommandsTest, ComparesAnOfflineLoginWithTheStoredOne) {
   EXPECT_EQ(Run({"balance"}).out, "Balance: 0.0?\n");
   EXPECT_THAT(Run({"voucher", "1234567890123456"}), FailsWith(1, "You need to be online"));
   EXPECT_THAT(Run({"query"}), FailsWith(1, "offline"));
-  EXPECT_THAT(Run({"send", "--to", "111", "--text", "x", "--wait", "5"}), FailsWith(1, "offline"));
-  EXPECT_TRUE(StoredMessages().empty());
+  EXPECT_THAT(Run({"send", "--to", "111", "--text", "x", "--wait", "5"}), FailsWith(9, "offline"));
+  EXPECT_EQ(StoredMessages().at(0).stat, static_cast<int>(SmsStatus::kPending));
 }
 
 TEST_F(CommandsTest, SaysThatTheGatewayCannotBeReached) {
@@ -338,13 +382,21 @@ TEST_F(CommandsTest, SaysThatTheGatewayCannotBeReached) {
                                              {"query"},
                                              {"run"},
                                              {"voucher", "1234567890123456"},
-                                             {"send", "--to", "111", "--text", "x", "--wait", "5"},
                                              {"recover", "demo", "a@b"}}) {
     EXPECT_THAT(Run(args), EndsWith(4)) << args[0];
   }
+  const Outcome sent = Json({"send", "--to", "112", "--text", "x", "--wait", "5"});
+  EXPECT_THAT(
+      sent,
+      FailsWith(9, "Queued, but not sent (the next `orvaloctl run` sends it): The gateway at"));
+  EXPECT_EQ(sent.First().at("ID"), 2) << "it is not lost";
+  const auto error = nlohmann::json::parse(sent.err);
+  EXPECT_EQ(error.at("code"), "queued");
+  EXPECT_EQ(error.at("status"), 9);
+  EXPECT_THAT(error.at("notes").dump(), HasSubstr("Failed to communicate"));
   const auto rows = StoredMessages();
-  ASSERT_EQ(rows.size(), 1u) << "nothing is left behind by a send that was refused";
-  EXPECT_EQ(rows[0].stat, static_cast<int>(SmsStatus::kPending));
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(rows[1].stat, static_cast<int>(SmsStatus::kPending));
   EXPECT_EQ(StoredSetting(folder(), "WorkingOnLine"), "1");
 }
 

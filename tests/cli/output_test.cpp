@@ -16,7 +16,7 @@ using platform::BoxIcon;
 TEST(ConsoleBoxes, SayARepeatedMessageOnceWithItsCount) {
   std::ostringstream stream;
   {
-    cli::ErrorOutput errors(stream, false);
+    cli::ErrorOutput errors(stream, {});
     cli::ConsoleBoxes boxes(errors);
     for (int i = 0; i < 3; ++i)
       boxes.Show("Line one\r\nline two", "Oops", BoxIcon::kStop, BoxButtons::kOkOnly);
@@ -33,7 +33,7 @@ TEST(ErrorOutput, ShowsProgressOnlyOnATerminalAndTakesItAway) {
   for (const bool terminal : {false, true}) {
     std::ostringstream stream;
     {
-      cli::ErrorOutput errors(stream, terminal);
+      cli::ErrorOutput errors(stream, {.terminal = terminal});
       errors.Progress("half");
       errors.Line("done");
       errors.Progress("more");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/terminal.h"
+
 namespace orvalo::test {
 namespace {
 
@@ -79,6 +81,31 @@ TEST(CodePage, CutsBetweenCharactersOnly) {
   EXPECT_EQ(FirstBytes("\xFF\xFF\xFF", 2), "\xFF\xFF");
   EXPECT_EQ(FirstBytes("ab\xE2z", 3), "ab\xE2");
   EXPECT_EQ(FirstCharacters("\xE2\x82z", 2), "\xE2\x82");
+}
+
+TEST(Terminal, IsNotSteeredByWhatOthersWrote) {
+  const struct {
+    std::string text, line;
+  } cases[] = {{"plain, Gr\xC3\xBC\xC3\x9F e, \xF0\x9F\x98\x80", ""},
+               {"\x1B[2Ja\r\n\tb\x7F", "[2Ja b"},
+               {"a\xC2\x9B\xC2\x85"
+                "2Jb\xC2\x90",
+                "a 2Jb"},
+               {"a\xE2\x80\xA8"
+                "b",
+                "a b"},
+               {"\x9B"
+                "2J\xC2",
+                "\xEF\xBF\xBD"
+                "2J\xEF\xBF\xBD"},
+               {"a\xE2\x80\xAE"
+                "b\xE2\x81\xA6",
+                "a\xEF\xBF\xBD"
+                "b\xEF\xBF\xBD"}};
+  for (const auto& c : cases)
+    EXPECT_EQ(platform::PrintableLine(c.text), c.line.empty() ? c.text : c.line);
+  EXPECT_EQ(platform::PrintableJson("{\"a\":\"\xC2\x9B\x7F\xE2\x80\xAE\xC3\xBC\"}\n"),
+            "{\"a\":\"\\u009b\\u007f\\u202e\xC3\xBC\"}\n");
 }
 
 }  // namespace

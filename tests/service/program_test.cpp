@@ -139,6 +139,17 @@ TEST(Program, IsAdministeredWhileItRuns) {
   EXPECT_EQ(carl.Message("27821110001").status, 200);
   EXPECT_EQ(carl.Post("/v1/vouchers", {{"number", "1111222233334444"}}).body.value("balance", ""),
             "17.0");
+  const std::string steering =
+      "\xC2\x9B"
+      "2J\x1B[0m\xE2\x80\xAE"
+      "dne";
+  EXPECT_EQ(carl.Post("/v1/messages", {{"to", "27821110001"}, {"text", steering}}).status, 200);
+  const std::string ledger = RunGateway({"ledger", "--data", data}).out;
+  const std::string lines = RunGateway({"ledger", "--json", "--data", data}).out;
+  EXPECT_THAT(ledger, HasSubstr("  2J [0m\xEF\xBF\xBD"
+                                "dne\n"))
+      << "nothing steers the terminal";
+  EXPECT_THAT(lines, HasSubstr("\\u009b2J\\u001b[0m\\u202edne"));
   EXPECT_THAT(RunGateway({"ledger", "--data", data}).out, HasSubstr("27821110001"));
   EXPECT_THAT(RunGateway({"account", "list", "--data", folder.File("copy")}).out, HasSubstr("carl"))
       << "a backup is a ledger, of the past";
