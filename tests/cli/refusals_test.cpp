@@ -36,6 +36,8 @@ class RefusalsTest : public OrvaloctlTest {
     replies_[path] = std::move(reply);
   }
 
+  HurryingClock hurrying_;
+
  private:
   ScriptedReply ReplyTo(const RecordedRequest& request) {
     const std::lock_guard lock(mutex_);
@@ -52,7 +54,6 @@ class RefusalsTest : public OrvaloctlTest {
       {"/v1/messages", {200, kMessage}},
       {"/v1/vouchers", {200, R"({"amount": "50.0", "balance": "137.2"})"}}};
   ScriptedHttpServer service_{[this](const RecordedRequest& request) { return ReplyTo(request); }};
-  HurryingClock hurrying_;
 };
 
 TEST_F(RefusalsTest, ABalanceThatTheGatewayDidNotTellIsTheLastKnownOne) {
@@ -85,6 +86,9 @@ TEST_F(RefusalsTest, AMessageKeepsTheReasonOfItsRefusal) {
   EXPECT_THAT(Run({"outbox", "show", "1"}).out, HasSubstr("Reason: " + reason + "\n"));
   EXPECT_THAT(Run({"outbox", "--reasons"}).out, HasSubstr(reason + "\n"));
   EXPECT_THAT(Run({"outbox"}).out, Not(HasSubstr(reason)));
+  ASSERT_THAT(Hurry({"send", "--to", "27821110002", "--text", "y"}), EndsWith(0));
+  EXPECT_THAT(Hurry({"run", "--for", "1"}).err,
+              HasSubstr("Message 2 to 27821110002: Failed, " + reason));
 }
 
 TEST_F(RefusalsTest, NewsThatTheGatewayDidNotTellAreMissed) {

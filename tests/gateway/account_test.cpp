@@ -109,6 +109,10 @@ TEST(Account, EveryRefusalOfAVoucherIsShown) {
       {"1234567890123456", 607, "The voucher with the entered number has already been redeemed.",
        1},
       {"1234567890123456", 606, "no such voucher", 1},
+      {"1234567890123456", 96,
+       "Failed to communicate via the proxy server.  You might have to supply a proxy username and "
+       "password.",
+       1},
       {"1234567890123456", 99,
        "Failed to communicate with the the server.  Please make sure that you are on-line!", 1},
   };
