@@ -13,6 +13,8 @@ constexpr std::array<std::string_view, 4> kPlainAnswers = {
 
 // OpenSSL's numbers for a certificate outside its time.
 constexpr long kNotYetValid = 9, kExpired = 10;
+// libcurl asks OpenSSL only once the name is right; until then it has no particular number.
+constexpr long kNotAsked = 1;
 
 HttpObstacle ConnectObstacle(long system_error) {
   switch (system_error) {
@@ -33,9 +35,8 @@ HttpObstacle ConnectObstacle(long system_error) {
   }
 }
 
-// libcurl compares the name itself, once OpenSSL is content.
 HttpObstacle CertificateObstacle(long verified) {
-  if (verified == 0) return HttpObstacle::kWrongName;
+  if (verified == 0 || verified == kNotAsked) return HttpObstacle::kWrongName;
   if (verified == kNotYetValid || verified == kExpired) return HttpObstacle::kOutOfDate;
   return HttpObstacle::kUntrusted;
 }
