@@ -32,6 +32,7 @@ CommandTree::CommandTree(CLI::App& root) {
   CLI::App& outbox = Add(root, std::make_unique<OutboxListCommand>());
   outbox.require_subcommand(0, 1);
   Add(outbox, std::make_unique<OutboxShowCommand>());
+  Add(outbox, std::make_unique<OutboxResendCommand>());
   Add(outbox, std::make_unique<OutboxDeleteCommand>());
   Add(outbox, std::make_unique<OutboxExportCommand>());
   Add(root, std::make_unique<QueryCommand>());

@@ -3,17 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <istream>
-#include <iterator>
 #include <optional>
 
 #include "app/setting_rules.h"
 #include "app/startup/program.h"
+#include "cli/input_file.h"
 #include "messages/hex_import.h"
 #include "messages/message_types.h"
 #include "platform/code_page.h"
 #include "platform/collation.h"
-#include "platform/file.h"
 #include "store/message_type.h"
 
 namespace orvalo::cli {
@@ -21,7 +19,6 @@ namespace orvalo::cli {
 namespace {
 
 constexpr std::uint64_t kLargestTextFile = 1u << 20;  // bytes; no gateway takes more
-constexpr char kStandardInput[] = "-";
 
 struct NamedType {
   const char* name;
@@ -59,10 +56,17 @@ void CheckText(const std::string& text, bool may_span) {
 
 }  // namespace
 
+void CheckSender(const std::string& sender) {
+  const std::string problem = SettingProblem(*AppSettings::Find("sender_id"), sender);
+  if (!problem.empty()) throw CommandError(ExitCode::kUsage, "That is no sender: " + problem);
+}
+
 void ContentArguments::Define(CLI::App& app) {
   text_option_ = app.add_option("--text", text_, "The text")->type_name("T");
   text_file_option_ =
-      app.add_option("--text-file", text_file_, "File with the text; \"-\": the standard input")
+      app.add_option("--text-file", text_file_,
+                     "File with the text, without its last line end; \"-\": the standard "
+                     "input, byte for byte")
           ->type_name("F");
   import_option_ =
       app.add_option("--file", import_file_, "File of a vcard or vcal message")->type_name("F");
@@ -74,16 +78,14 @@ void ContentArguments::Define(CLI::App& app) {
       ->type_name("ID");
 }
 
+bool ContentArguments::ReadsInput() const { return text_file_ == kStandardInput; }
+
 std::int32_t ContentArguments::type() const {
   return static_cast<std::int32_t>(FindType(type_)->type);
 }
 
 void ContentArguments::Check() const {
-  if (const std::string problem =
-          SettingProblem(*AppSettings::Find("sender_id"), sender_.value_or(""));
-      !problem.empty()) {
-    throw CommandError(ExitCode::kUsage, "That is no sender: " + problem);
-  }
+  CheckSender(sender_.value_or(""));
   if (FindType(type_) == nullptr) {
     throw CommandError(ExitCode::kUsage,
                        "There is no type " + type_ + ": text, flash, unicode, vcard or vcal");
@@ -106,16 +108,11 @@ std::string ContentArguments::Read(Context& context) const {
   return text;
 }
 
+// What comes through the standard input was made for this message and is its text byte for byte.
 std::string ContentArguments::ReadTextFile(Context& context) const {
-  std::optional<std::string> text;
-  if (text_file_ == kStandardInput) {
-    text.emplace(std::istreambuf_iterator<char>(context.in), std::istreambuf_iterator<char>());
-  } else {
-    text = platform::ReadFile(text_file_, kLargestTextFile);
-  }
-  if (!text) throw CommandError(ExitCode::kFailed, "The file " + text_file_ + " cannot be read");
-  TakeLastLineEnd(&*text);
-  return *std::move(text);
+  std::string text = ReadInput(context, text_file_, kLargestTextFile);
+  if (!ReadsInput()) TakeLastLineEnd(&text);
+  return text;
 }
 
 std::string ContentArguments::ReadImport(Context& context) const {

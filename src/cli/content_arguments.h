@@ -11,6 +11,9 @@ class Option;
 
 namespace orvalo::cli {
 
+// Throws CommandError(kUsage) for a sender that gateways refuse.
+void CheckSender(const std::string& sender);
+
 // What a new message says: its type and its text, or the file that it carries.
 class ContentArguments {
  public:
@@ -19,6 +22,7 @@ class ContentArguments {
   // goes with the type.
   void Check() const;
 
+  bool ReadsInput() const;    // whether the text comes from the standard input
   std::int32_t type() const;  // valid once checked
   // The sender of this message alone; none: as the settings say when it is queued.
   std::optional<std::string> sender() const { return sender_; }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/startup/program.h"
+#include "cli/bash_completion.h"
 #include "cli/command.h"
 #include "cli/command_tree.h"
 #include "cli/console_boxes.h"
@@ -24,6 +25,8 @@ constexpr char kDescription[] = "Orvalo without a window: sends short messages a
 constexpr char kFolderFooter[] =
     "The data folder is --data DIR, or the environment variable ORVALO_DATA_PATH, or the machine's "
     "configuration.\n\nExit status:\n";
+
+constexpr char kCompletionName[] = "Success";  // the parser's name for it
 
 struct GlobalArguments {
   std::string data_folder;
@@ -49,6 +52,9 @@ void DefineGlobal(CLI::App& app, GlobalArguments* arguments) {
   app.add_flag("-q,--quiet", arguments->quiet,
                "Print nothing but errors and what was asked to be shown");
   app.set_version_flag("--version", std::string("orvaloctl ") + ORVALO_VERSION);
+  app.add_flag_callback(
+      "--bash-completion", [] { throw CLI::Success("", CLI::ExitCodes::Success); },
+      "Print a script that completes the command line in bash, and exit");
 }
 
 // The folder's full path, with what the command expects in it. A mistyped name must never become a
@@ -150,6 +156,10 @@ Ending Perform(Command& command, const GlobalArguments& arguments, const Console
 int EndWithoutCommand(const CLI::App& app, const CLI::ParseError& error, bool json,
                       const Console& console) {
   const bool asked_for = error.get_exit_code() == 0;
+  if (error.get_name() == kCompletionName) {
+    console.out << BashCompletion(app);
+    return 0;
+  }
   if (!json || (asked_for && error.get_name() != "CallForVersion")) {
     app.exit(error, console.out, console.err);
   } else if (asked_for) {

@@ -1,33 +1,20 @@
 #include "cli/outbox_commands.h"
 
 #include <CLI/CLI.hpp>
-#include <optional>
 #include <ostream>
 
 #include "app/startup/program.h"
+#include "cli/content_arguments.h"
 #include "cli/message_listing.h"
 #include "cli/table.h"
+#include "gateway/recipients.h"
 #include "messages/message_texts.h"
 #include "messages/outbox_export.h"
-#include "platform/collation.h"
 #include "platform/terminal.h"
 
 namespace orvalo::cli {
 
 namespace {
-
-// A status by its name, as it is shown or in English.
-std::int32_t StatusByName(const SmsStatusNames& shown, const std::string& name) {
-  const SmsStatusNames english;
-  std::string known;
-  for (std::int32_t status = 0; status < kSmsStatusCount; ++status) {
-    if (platform::EqualNoCase(shown.Name(status), name) ||
-        platform::EqualNoCase(english.Name(status), name))
-      return status;
-    known += (known.empty() ? "" : ", ") + shown.Name(status);
-  }
-  throw CommandError(ExitCode::kUsage, "There is no status " + name + ". There are: " + known);
-}
 
 MessageRow MessageById(SmsDatabase& database, std::int32_t id) {
   if (auto row = database.GetSms(id)) return *row;
@@ -43,17 +30,14 @@ std::string DetailText(const Json& value) {
 OutboxListCommand::OutboxListCommand() : Command("outbox", "List the messages, or act on some") {}
 
 void OutboxListCommand::Define(CLI::App& app) {
-  app.add_option("--status", status_, "Only the messages of this status, such as Pending")
-      ->type_name("NAME");
+  filter_.Define(app);
   app.add_flag("--reasons", reasons_, "Also why messages were refused");
 }
 
 ExitCode OutboxListCommand::Execute(Context& context) {
-  std::optional<std::int32_t> wanted;
-  if (!status_.empty()) wanted = StatusByName(context.program.GetStatusNames(), status_);
   MessageListing listing(context, reasons_);
-  context.program.GetDatabase().ForEachSms([&](const MessageRow& row) {
-    if (!wanted || row.stat == *wanted) listing.Add(row);
+  filter_.ForEach(context.program, [&](const MessageRow& row) {
+    listing.Add(row);
     return context.out.good();
   });
   listing.End();
@@ -81,6 +65,45 @@ ExitCode OutboxShowCommand::Execute(Context& context) {
     context.out << '\n';
   }
   return ExitCode::kDone;
+}
+
+OutboxResendCommand::OutboxResendCommand()
+    : Command("resend", "Queue messages again, to all their recipients; with --wait send them") {}
+
+void OutboxResendCommand::Define(CLI::App& app) {
+  app.add_option("ID", ids_, "The messages' ids")->required();
+  app.add_option_function<std::string>(
+         "--sender", [this](const std::string& sender) { sender_ = sender; },
+         "Another sender than the messages had")
+      ->type_name("ID");
+  delivery_.Define(app);
+}
+
+void OutboxResendCommand::Check() const { CheckSender(sender_.value_or("")); }
+
+ExitCode OutboxResendCommand::Execute(Context& context) {
+  std::vector<QueuedMessage> messages;
+  for (const std::int32_t id : ids_) messages.push_back(CopyOf(context, id));
+  return delivery_.Perform(context, messages, "Queued message");
+}
+
+QueuedMessage OutboxResendCommand::CopyOf(Context& context, std::int32_t id) const {
+  SmsDatabase& database = context.program.GetDatabase();
+  const MessageRow row = MessageById(database, id);
+  const std::string name = "Message " + std::to_string(id);
+  const auto status = static_cast<SmsStatus>(row.stat);
+  if (status == SmsStatus::kEditing || status == SmsStatus::kProcessing)
+    throw CommandError(ExitCode::kFailed, name + " is being edited or sent");
+  const std::string prefix = context.program.GetSettings().Text(TextSetting::kPrefix);
+  if (ExpandRecipients(row.to, prefix, database).empty())
+    throw CommandError(ExitCode::kNothing,
+                       "The contacts of message " + std::to_string(id) + " are no longer there");
+  QueuedMessage message;
+  message.type = row.type;
+  message.to = row.to.starts_with(',') ? row.to : "," + row.to;
+  message.text = row.msg;
+  message.sender_id = sender_ ? *sender_ : row.sender_id;
+  return message;
 }
 
 OutboxDeleteCommand::OutboxDeleteCommand() : Command("delete", "Delete messages") {}

@@ -1,13 +1,16 @@
 #pragma once
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/command.h"
+#include "cli/delivery.h"
+#include "cli/message_filter.h"
 
 namespace orvalo::cli {
 
-// Lists the messages in order of their ids.
+// Lists the messages, all or those that are wanted, in order of their ids.
 class OutboxListCommand : public Command {
  public:
   OutboxListCommand();
@@ -16,7 +19,7 @@ class OutboxListCommand : public Command {
   ExitCode Execute(Context& context) override;
 
  private:
-  std::string status_;
+  MessageFilter filter_;
   bool reasons_ = false;
 };
 
@@ -30,6 +33,24 @@ class OutboxShowCommand : public Command {
 
  private:
   std::int32_t id_ = 0;
+};
+
+// Queues copies of messages, with the sender that they had; on request sends them and waits for
+// what becomes of them. All of them or none.
+class OutboxResendCommand : public Command {
+ public:
+  OutboxResendCommand();
+  void Define(CLI::App& app) override;
+  void Check() const override;
+  Access AccessNeeded() const override { return Access::kGateway; }
+  ExitCode Execute(Context& context) override;
+
+ private:
+  QueuedMessage CopyOf(Context& context, std::int32_t id) const;
+
+  std::vector<std::int32_t> ids_;
+  std::optional<std::string> sender_;
+  Delivery delivery_;
 };
 
 // Deletes messages; an unknown id leaves all of them as they are.

@@ -7,11 +7,18 @@
 
 #include "cli/address_book.h"
 #include "cli/command.h"
+#include "cli/error_output.h"
+#include "cli/input_file.h"
+#include "cli/outcome_tally.h"
 #include "store/sms_database.h"
 
 namespace orvalo::cli {
 
 namespace {
+
+constexpr std::uint64_t kLargestList = 64u << 20;  // bytes
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::size_t kNowhere = std::string_view::npos;
 
 std::string_view Trimmed(std::string_view text) {
   const std::size_t first = std::min(text.find_first_not_of(" \t\r\n"), text.size());
@@ -20,7 +27,8 @@ std::string_view Trimmed(std::string_view text) {
 }
 
 [[noreturn]] void ThrowNoRecipients(ExitCode code) {
-  throw CommandError(code, "The message has no recipient: use --to, --contact or --group");
+  throw CommandError(code,
+                     "The message has no recipient: use --to, --to-file, --contact or --group");
 }
 
 }  // namespace
@@ -29,6 +37,10 @@ void RecipientArguments::Define(CLI::App& app) {
   app.add_option("--to", number_lists_, "Mobile numbers, separated by commas; may be repeated")
       ->type_name("N[,N...]")
       ->allow_extra_args(false);
+  app.add_option("--to-file", to_file_,
+                 "File with mobile numbers, separated by line ends, commas, semicolons or tabs; "
+                 "\"-\": the standard input")
+      ->type_name("F");
   app.add_option("--contact", contacts_, "A contact's id; may be repeated")
       ->type_name("CID")
       ->allow_extra_args(false);
@@ -50,13 +62,39 @@ std::vector<std::string> RecipientArguments::Numbers() const {
   return numbers;
 }
 
-void RecipientArguments::Check() const {
+void RecipientArguments::Check(bool input_taken) const {
+  if (input_taken && to_file_ == kStandardInput)
+    throw CommandError(ExitCode::kUsage, "The standard input is either the numbers or the text");
   const std::vector<std::string> numbers = Numbers();
   for (const std::string& number : numbers) {
     if (!IsMobileNumber(number))
       throw CommandError(ExitCode::kUsage, number + " is no mobile number: 3 to 16 digits");
   }
-  if (numbers.empty() && contacts_.empty() && groups_.empty()) ThrowNoRecipients(ExitCode::kUsage);
+  if (numbers.empty() && to_file_.empty() && contacts_.empty() && groups_.empty())
+    ThrowNoRecipients(ExitCode::kUsage);
+}
+
+void RecipientArguments::ReadFile(Context& context) {
+  if (to_file_.empty()) return;
+  std::string text = ReadInput(context, to_file_, kLargestList);
+  if (text.starts_with(kUtf8Mark)) text.erase(0, kUtf8Mark.size());
+  std::size_t left_out = 0;
+  std::string first;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find_first_of(",;\t\r\n", at), text.size());
+    const std::string item(Trimmed(std::string_view(text).substr(at, end - at)));
+    at = end + 1;
+    std::string number = item;
+    std::erase_if(number, [](char c) { return std::string_view(" ()-.").find(c) != kNowhere; });
+    if (IsMobileNumber(number)) {
+      number_lists_.push_back(std::move(number));
+    } else if (!item.empty() && left_out++ == 0) {
+      first = item;
+    }
+  }
+  if (left_out > 0)
+    context.errors.Line("Left out as no mobile numbers: " + Counted(left_out, "item") +
+                        ", the first of them \"" + first + "\"");
 }
 
 std::string RecipientArguments::RecipientString(SmsDatabase& database) const {

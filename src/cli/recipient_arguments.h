@@ -13,12 +13,18 @@ class SmsDatabase;
 
 namespace orvalo::cli {
 
+struct Context;
+
 // The recipients of a new message: numbers, contacts, and the members of groups.
 class RecipientArguments {
  public:
   void Define(CLI::App& app);
   // Throws CommandError(kUsage) for an item that is no number, and when there are no recipients.
-  void Check() const;
+  // `input_taken`: the standard input is the message's text.
+  void Check(bool input_taken) const;
+  // Reads the numbers of --to-file; to be called before RecipientString. Items that are no numbers
+  // are left out, which one line tells.
+  void ReadFile(Context& context);
   // The recipient string: the numbers as given, then the contacts in order of their ids, each once.
   // Throws CommandError for unknown contacts and groups, and (kNothing) when nobody is left.
   std::string RecipientString(SmsDatabase& database) const;
@@ -27,6 +33,7 @@ class RecipientArguments {
   std::vector<std::string> Numbers() const;
 
   std::vector<std::string> number_lists_;
+  std::string to_file_;
   std::vector<std::int32_t> contacts_;
   std::vector<std::string> groups_;
 };

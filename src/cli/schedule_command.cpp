@@ -22,7 +22,7 @@ void ScheduleCommand::Define(CLI::App& app) {
 void ScheduleCommand::Check() const {
   schedule_.Check();
   if (times_only_) return;
-  recipients_.Check();
+  recipients_.Check(content_.ReadsInput());
   content_.Check();
 }
 
@@ -36,6 +36,7 @@ ExitCode ScheduleCommand::Execute(Context& context) {
     return ExitCode::kDone;
   }
   QueuedMessage message;
+  recipients_.ReadFile(context);
   message.to = recipients_.RecipientString(program.GetDatabase());
   message.type = content_.type();
   message.sender_id = content_.sender();

@@ -16,11 +16,12 @@ void SendCommand::Define(CLI::App& app) {
 
 void SendCommand::Check() const {
   content_.Check();
-  recipients_.Check();
+  recipients_.Check(content_.ReadsInput());
 }
 
 ExitCode SendCommand::Execute(Context& context) {
   QueuedMessage message;
+  recipients_.ReadFile(context);
   message.to = recipients_.RecipientString(context.program.GetDatabase());
   message.type = content_.type();
   message.sender_id = content_.sender();

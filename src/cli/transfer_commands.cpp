@@ -9,6 +9,7 @@
 #include "cli/address_book.h"
 #include "cli/console_boxes.h"
 #include "cli/error_output.h"
+#include "cli/input_file.h"
 #include "cli/json_output.h"
 #include "cli/outcome_tally.h"
 #include "contacts/csv_export.h"
@@ -54,7 +55,11 @@ void CheckImported(const std::string& file, const CsvImportResult& result) {
   } else if (!result.valid_header) {
     reason = "has no column \"mobile\" in its first line (see --separator)";
   }
-  if (!reason.empty()) throw CommandError(ExitCode::kFailed, "\"" + file + "\" " + reason);
+  if (!reason.empty()) {
+    const bool input = file == kStandardInput;
+    throw CommandError(ExitCode::kFailed,
+                       (input ? "The standard input " : "\"" + file + "\" ") + reason);
+  }
 }
 
 void PrintImported(const Context& context, const CsvImportResult& result) {
@@ -85,7 +90,10 @@ void PrintImported(const Context& context, const CsvImportResult& result) {
 ImportCommand::ImportCommand() : Command("import", "Import contacts from a text file") {}
 
 void ImportCommand::Define(CLI::App& app) {
-  app.add_option("FILE", file_, "A file with a header line, such as a spreadsheet saves as CSV")
+  app.add_option(
+         "FILE", file_,
+         "A file with a header line, such as a spreadsheet saves as CSV; \"-\": the standard "
+         "input")
       ->required();
   app.add_option("--group", groups_, "Group that the contacts join; may be repeated")
       ->type_name("NAME")
@@ -108,8 +116,9 @@ void ImportCommand::Define(CLI::App& app) {
 
 ExitCode ImportCommand::Execute(Context& context) {
   SmsDatabase& database = context.program.GetDatabase();
+  const SeekableInput input(context, file_);
   const CsvImportOrder order{
-      file_,          kSeparators.at(separator_), GidsOf(database, groups_), auto_create_,
+      input.path(),   kSeparators.at(separator_), GidsOf(database, groups_), auto_create_,
       no_duplicates_, kQuotes.at(quotes_)};
   const auto result = ImportContacts(database, order, [&](std::uint64_t done, std::uint64_t size) {
     context.errors.Progress("Importing: " + std::to_string(size ? done * 100 / size : 100) + " %");

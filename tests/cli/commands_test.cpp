@@ -249,8 +249,7 @@ TEST_F(CommandsTest, QueuesNothingThatCannotBeSent) {
   EXPECT_TRUE(StoredMessages().empty());
 
   ASSERT_THAT(Run({"settings", "SpanSMS", "1"}), EndsWith(0));
-  EXPECT_THAT(RunWith(long_text + "\n", {"send", "--to", "111", "--text-file", "-"}, clock_),
-              EndsWith(0));
+  EXPECT_THAT(RunWith(long_text, {"send", "--to", "111", "--text-file", "-"}, clock_), EndsWith(0));
   EXPECT_EQ(StoredMessages().at(0).msg, long_text);
 }
 
