@@ -10,6 +10,7 @@
 #include "cli/gateway_login.h"
 #include "cli/json_output.h"
 #include "platform/code_page.h"
+#include "platform/terminal.h"
 
 namespace orvalo::cli {
 
@@ -39,17 +40,20 @@ bool PrintBalance(const Context& context, bool asked) {
   const bool fresh = asked && why.empty();
   const std::int32_t tenths = context.program.GetSettings().Number(NumberSetting::kLastBalance);
   const int fraction = std::abs(tenths % 10);
+  const std::string known = std::to_string(tenths / 10) + "." + std::to_string(fraction);
+  const std::string told = fresh ? context.program.GetAccount().BalanceAsTold() : known;
   if (context.json) {
-    Json balance = {{"balance", std::to_string(tenths / 10) + "." + std::to_string(fraction)},
-                    {"tenths", tenths},
-                    {"online", fresh}};
+    Json balance = {{"balance", told}, {"tenths", tenths}, {"online", fresh}};
     if (!why.empty()) balance["reason"] = why;
     PrintJson(context.out, balance);
   } else {
-    context.out << context.program.GetTexts()
-                       .Format(kBalanceTextId, {tenths / 10, fraction, fresh ? "" : "?"})
-                       .value_or("")
-                << '\n';
+    std::string line = context.program.GetTexts()
+                           .Format(kBalanceTextId, {tenths / 10, fraction, fresh ? "" : "?"})
+                           .value_or("");
+    // Money as the gateway tells it, not rounded to the tenths that the window shows.
+    if (const auto at = line.find(known); at != std::string::npos)
+      line.replace(at, known.size(), platform::PrintableLine(told));
+    context.out << line << '\n';
   }
   if (!why.empty()) context.errors.Line("This is the last known balance: " + why);
   return fresh || !asked;

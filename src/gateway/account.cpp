@@ -81,12 +81,18 @@ std::int32_t Account::QueryBalanceTenths() {
   {
     const std::lock_guard lock(mutex_);
     balance_failure_ = std::move(why);
+    balance_told_ = failure.code == kGatewayOk ? platform::FromWide(reply) : std::string();
   }
   if (failure.code != kGatewayOk) return last;
   const BalanceValue balance = ParseBalance(platform::FromWide(reply));
   settings_.SetNumber(NumberSetting::kLastBalance, balance.tenths);
   settings_.SetFlag(FlagSetting::kBalanceWithFraction, balance.with_fraction);
   return balance.tenths;
+}
+
+std::string Account::BalanceAsTold() const {
+  const std::lock_guard lock(mutex_);
+  return balance_told_;
 }
 
 std::string Account::LoginFailure() const {

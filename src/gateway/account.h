@@ -44,6 +44,9 @@ class Account {
   // empty when it did, or has not been asked.
   std::string BalanceFailure() const;
 
+  // The balance in the gateway's own digits, when it has told it at the last question; else empty.
+  std::string BalanceAsTold() const;
+
   // True when the gateway has sent a password to that address; `why` is told what else has
   // happened, in words for the operator.
   bool RecoverPassword(std::string_view user, std::string_view email, std::string* why = nullptr);
@@ -77,7 +80,7 @@ class Account {
   std::function<void()> logged_in_;
 
   mutable std::mutex mutex_;  // guards what follows
-  std::string login_failure_, balance_failure_;
+  std::string login_failure_, balance_failure_, balance_told_;
 };
 
 // A gateway's balance text in tenths: digits before the point, one decimal, further ones dropped.

@@ -56,6 +56,15 @@ class RefusalsTest : public OrvaloctlTest {
   ScriptedHttpServer service_{[this](const RecordedRequest& request) { return ReplyTo(request); }};
 };
 
+TEST_F(RefusalsTest, MoneyIsPrintedAsTheGatewayTellsIt) {
+  Answer("/v1/balance", {200, R"({"balance": "87.2345"})"});
+  EXPECT_EQ(Hurry({"balance"}).out, "Balance: 87.2345\n");
+  const auto told = nlohmann::json::parse(Hurry({"--json", "balance"}).out);
+  EXPECT_EQ(told.at("balance"), "87.2345");
+  EXPECT_EQ(told.at("tenths"), 872);
+  EXPECT_EQ(Hurry({"balance", "--offline"}).out, "Balance: 87.2?\n");
+}
+
 TEST_F(RefusalsTest, ABalanceThatTheGatewayDidNotTellIsTheLastKnownOne) {
   Answer("/v1/balance", Refusal(404, 999, "Out of paper"));
   const std::string why = "last known balance: Out of paper (gateway code 999)";
