@@ -130,6 +130,69 @@ bool FitsCollator(std::string_view text) {
   return text.size() <= std::numeric_limits<std::int32_t>::max() / 8;
 }
 
+// Hyphens and apostrophes do not part words: "co-op" stands beside "coop", behind it.
+constexpr std::string_view kMinor = "-'";
+
+bool HoldsMinor(std::string_view text) {
+  return text.find_first_of(kMinor) != std::string_view::npos;
+}
+
+// A text without its minor characters, and these with their places in it (in bytes above 0).
+struct SplitText {
+  explicit SplitText(std::string_view text) {
+    for (const char c : text) {
+      if (kMinor.find(c) == std::string_view::npos) {
+        words += c;
+        continue;
+      }
+      for (const int shift : {28, 21, 14, 7, 0}) {
+        minors += static_cast<char>(0x80 | (words.size() >> shift & 0x7f));
+      }
+      minors += c;
+    }
+  }
+  std::string words;
+  std::string minors;
+};
+
+// Negative, 0 or positive; 0 also where the library cannot tell.
+int CompareWords(std::string_view a, std::string_view b) {
+  UCollator* const collator = ThreadCollator();
+  if (collator == nullptr || !FitsCollator(a) || !FitsCollator(b)) return 0;
+  UErrorCode status = U_ZERO_ERROR;
+  const UCollationResult order =
+      ucol_strcollUTF8(collator, a.data(), static_cast<std::int32_t>(a.size()), b.data(),
+                       static_cast<std::int32_t>(b.size()), &status);
+  if (U_FAILURE(status) || order == UCOL_EQUAL) return 0;
+  return order == UCOL_LESS ? -1 : 1;
+}
+
+void AppendWordsKey(std::string_view text, std::string* keys) {
+  UCollator* const collator = ThreadCollator();
+  const std::size_t start = keys->size();
+  if (collator == nullptr || !FitsCollator(text)) {
+    keys->append(text);
+    return;
+  }
+  const WideText wide(text);
+  std::size_t room = text.size() * 2 + 16;
+  for (;;) {
+    keys->resize(start + room);
+    const std::int32_t needed = ucol_getSortKey(
+        collator, wide.data(), wide.size(), reinterpret_cast<std::uint8_t*>(keys->data() + start),
+        static_cast<std::int32_t>(room));
+    if (needed <= 0) {
+      keys->replace(start, room, text);
+      return;
+    }
+    const bool complete = static_cast<std::size_t>(needed) <= room;
+    room = static_cast<std::size_t>(needed);
+    if (!complete) continue;
+    keys->resize(start + room - 1);  // without the closing zero
+    return;
+  }
+}
+
 }  // namespace
 
 std::string ToUpper(std::string_view text) {
@@ -158,13 +221,14 @@ bool EqualNoCaseAscii(std::string_view a, std::string_view b) {
 
 int CompareTexts(std::string_view a, std::string_view b) {
   if (a == b) return 0;
-  if (UCollator* const collator = ThreadCollator();
-      collator != nullptr && FitsCollator(a) && FitsCollator(b)) {
-    UErrorCode status = U_ZERO_ERROR;
-    const UCollationResult order =
-        ucol_strcollUTF8(collator, a.data(), static_cast<std::int32_t>(a.size()), b.data(),
-                         static_cast<std::int32_t>(b.size()), &status);
-    if (U_SUCCESS(status) && order != UCOL_EQUAL) return order == UCOL_LESS ? -1 : 1;
+  if (HoldsMinor(a) || HoldsMinor(b)) {
+    const SplitText split_a(a);
+    const SplitText split_b(b);
+    int order = CompareWords(split_a.words, split_b.words);
+    if (order == 0) order = split_a.minors.compare(split_b.minors);
+    if (order != 0) return order < 0 ? -1 : 1;
+  } else if (const int order = CompareWords(a, b); order != 0) {
+    return order;
   }
   return a < b ? -1 : 1;
 }
@@ -175,30 +239,17 @@ std::string SortKey(std::string_view text) {
   return key;
 }
 
+// In the library's keys a byte 1 stands between the levels, of which all have the same number, and
+// all else is larger: behind another 1 the minor characters come after every difference of the
+// words.
 void AppendSortKey(std::string_view text, std::string* keys) {
-  UCollator* const collator = ThreadCollator();
-  const std::size_t start = keys->size();
-  if (collator == nullptr || !FitsCollator(text)) {
-    keys->append(text);
+  if (ThreadCollator() == nullptr || !HoldsMinor(text)) {
+    AppendWordsKey(text, keys);
     return;
   }
-  const WideText wide(text);
-  std::size_t room = text.size() * 2 + 16;
-  for (;;) {
-    keys->resize(start + room);
-    const std::int32_t needed = ucol_getSortKey(
-        collator, wide.data(), wide.size(), reinterpret_cast<std::uint8_t*>(keys->data() + start),
-        static_cast<std::int32_t>(room));
-    if (needed <= 0) {
-      keys->replace(start, room, text);
-      return;
-    }
-    const bool complete = static_cast<std::size_t>(needed) <= room;
-    room = static_cast<std::size_t>(needed);
-    if (!complete) continue;
-    keys->resize(start + room - 1);  // without the closing zero
-    return;
-  }
+  const SplitText split(text);
+  AppendWordsKey(split.words, keys);
+  keys->append(1, '\1').append(split.minors);
 }
 
 }  // namespace orvalo::platform

@@ -23,8 +23,10 @@ std::string FoldCase(std::string_view text);
 bool EqualNoCaseAscii(std::string_view a, std::string_view b);
 
 // Dictionary order of the user's language, case-sensitive (lower case before upper case when all
-// else is equal; English where the environment asks for the order of bytes): negative, 0 or
-// positive. Texts that the order cannot tell apart are ordered by their bytes, so 0 means equal.
+// else is equal; English where the environment asks for the order of bytes). Hyphens and
+// apostrophes count only between texts that are otherwise alike, and those without come first.
+// Negative, 0 or positive. Texts that the order cannot tell apart are ordered by their bytes, so 0
+// means equal.
 int CompareTexts(std::string_view a, std::string_view b);
 
 // A key whose byte order is the order of CompareTexts but for its tie-break; for sorting long
