@@ -143,7 +143,9 @@ void RecurOnMonthWeekday(const ScheduleChoices& choices, DayWalk first, Occurren
   day.Forward(1 - first.MonthDay());
   to_wanted(day);
   if (day.time < first.time) {
-    while (day.MonthDay() != 1) day.Forward(1);
+    do {  // from the month's first day too, when that is the weekday
+      day.Forward(1);
+    } while (day.MonthDay() != 1);
     to_wanted(day);
   }
   while (list.Wanting()) {

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <ctime>
 #include <functional>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -223,6 +225,141 @@ TEST(OccurrencesTest, CrossMonthEndsLeapDaysAndChangesOfTheClock) {
     choices.recurrences = 2;
     c.choose(choices);
     EXPECT_EQ(ShowAll(choices, clock), c.times) << c.zone;
+  }
+}
+
+// The rules read literally, a day at a time, against the program for thousands of random choices.
+class LiteralSchedule {
+ public:
+  LiteralSchedule(const ScheduleChoices& choices, std::int64_t now)
+      : choices_(choices), now_(now) {}
+
+  std::vector<std::int64_t> Times() {
+    std::int64_t t = FirstTime();
+    const int n = choices_.recurrences + 1;
+    std::vector<std::int64_t> times;
+    const auto month_weekday = [&](std::int64_t u) {
+      for (int seen = 0;; u += kDay) {
+        if (At(u).tm_wday == (choices_.weekday + 1) % 7 && ++seen == choices_.ordinal + 1) return u;
+      }
+    };
+    switch (choices_.recurrence) {
+      case Recurrence::kOnce:
+        return {t};
+      case Recurrence::kDaily:
+        for (int i = 0; i < n; ++i) {
+          if (choices_.every_weekday) {
+            while (At(t).tm_wday % 6 == 0) t += kDay;
+            times.push_back(t);
+            t += kDay;
+          } else {
+            times.push_back(t + i * (choices_.days + 1) * kDay);
+          }
+        }
+        return times;
+      case Recurrence::kWeekly: {
+        if (!choices_.AnyWeekday()) return {};
+        const auto ticked = [&](std::int64_t u) {
+          return choices_.weekly_on[(At(u).tm_wday + 6) % 7];
+        };
+        while (!ticked(t)) t += kDay;
+        const std::int64_t monday = t - (At(t).tm_wday + 6) % 7 * kDay;
+        for (; static_cast<int>(times.size()) < n; t += kDay) {
+          if (ticked(t) && (t - monday) / (7 * kDay) % (choices_.weeks + 1) == 0)
+            times.push_back(t);
+        }
+        return times;
+      }
+      case Recurrence::kMonthly:
+        break;
+    }
+    if (!choices_.monthly_weekday) {
+      const auto wanted = [&](std::int64_t u) { return At(u).tm_mday == choices_.month_day + 1; };
+      while (!wanted(t)) t += kDay;
+      while (static_cast<int>(times.size()) < n) {
+        times.push_back(t);
+        for (int m = 0; m <= choices_.day_months;) {
+          t += kDay;
+          if (wanted(t)) ++m;
+        }
+      }
+      return times;
+    }
+    std::int64_t u = month_weekday(t - At(t).tm_mday * kDay + kDay);
+    if (u < t) {
+      const int month = At(u).tm_mon;
+      while (At(u).tm_mon == month) u += kDay;
+      u = month_weekday(u);
+    }
+    for (int i = 0; i < n; ++i) {
+      times.push_back(u);
+      std::tm next = At(u);
+      const std::int64_t time_of_day = (next.tm_hour * 60 + next.tm_min) * 60 + next.tm_sec;
+      next.tm_mon += choices_.weekday_months + 1;
+      next.tm_mday = 1;
+      next.tm_hour = next.tm_min = next.tm_sec = 0;
+      u = month_weekday(timegm(&next) + time_of_day);
+    }
+    return times;
+  }
+
+ private:
+  static constexpr std::int64_t kDay = 86'400;
+  static std::tm At(std::int64_t time) {
+    std::tm parts{};
+    gmtime_r(&time, &parts);
+    return parts;
+  }
+  std::int64_t FirstTime() const {
+    std::tm parts = At(now_);
+    if (choices_.month > 0) parts.tm_mon = choices_.month - 1;
+    if (choices_.day > 0) parts.tm_mday = choices_.day;
+    if (choices_.hour > 0) parts.tm_hour = choices_.hour - 1;
+    if (choices_.minute > 0) parts.tm_min = choices_.minute - 1;
+    parts.tm_sec = 0;
+    const std::int64_t time = timegm(&parts);
+    if (time >= now_ - 3600) return time;
+    ++parts.tm_year;
+    return timegm(&parts);
+  }
+
+  const ScheduleChoices& choices_;
+  const std::int64_t now_;
+};
+
+TEST(OccurrencesTest, AgreeWithALiteralReading) {
+  std::mt19937 random(20'261'123);
+  const auto below = [&](std::int32_t limit) {
+    return static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(limit));
+  };
+  int differences = 0;
+  for (int round = 0; round < 5'000; ++round) {
+    const test::FakeClock clock(1'700'000'000 + std::int64_t{below(250'000)} * 1'000);
+    ScheduleChoices c;
+    if (below(2) == 0) c.month = below(13);
+    if (below(2) == 0) c.day = below(DaysOffered(c.month, 2025) + 1);
+    c.hour = below(25);
+    c.minute = below(61);
+    c.recurrence = static_cast<Recurrence>(1 + below(4));
+    c.every_weekday = below(3) == 0;
+    c.daily_every = !c.every_weekday;
+    c.days = below(14);
+    c.weeks = below(4);
+    for (bool& on : c.weekly_on) on = below(3) == 0;
+    c.monthly_weekday = below(2) == 0;
+    c.monthly_day = !c.monthly_weekday;
+    c.month_day = below(30);
+    c.day_months = below(12);
+    c.ordinal = below(4);
+    c.weekday = below(7);
+    c.weekday_months = below(12);
+    c.recurrences = below(4);
+    std::vector<std::int64_t> times;
+    for (const Occurrence& occurrence : OccurrencesOf(c, clock)) times.push_back(occurrence.time);
+    if (times == LiteralSchedule(c, clock.Now()).Times()) continue;
+    if (++differences > 5) break;
+    ADD_FAILURE() << FormatSchedule(c) << " on " << Show(clock, clock.Now()) << " gives "
+                  << ShowAll(c, clock);
   }
 }
 
