@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+
+#include "store/sms_status.h"
+
 namespace orvalo::bench {
 
 // Fills the message table of an empty store with a million messages, by the SQLite interface.
@@ -14,5 +18,10 @@ INSERT INTO SMS SELECT n, 1700000000 + a * 37, a % 18, 0, n, ',2782' || (1000000
   ',ID: 0123456789abcdef0123456789abcdef', 0, 'Orvalo', 0, 0, 0, '1.' || b % 10, '', '' FROM Mixed;
 CREATE INDEX BY_TIME ON SMS(Time);
 )";
+
+// The status that one of them has.
+inline SmsStatus StatusOfMessage(std::int32_t id) {
+  return static_cast<SmsStatus>(std::int64_t{id} * 7919 % 1'000'003 % 18);
+}
 
 }  // namespace orvalo::bench

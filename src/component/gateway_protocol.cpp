@@ -109,6 +109,7 @@ platform::HttpRequest GatewayProtocol::BuildRequest(const std::string& base,
   request.url = base + call.path;
   request.connect_timeout_ms = kLongestConnect;
   request.max_reply = kLargestReply;
+  request.once = call.repeat == Call::Repeat::kNever;
   // First of the headers, where Renew finds it.
   if (call.needs_session) request.headers.emplace_back("Authorization", Authorisation(token));
   if (call.repeat == Call::Repeat::kSubmission) {

@@ -66,14 +66,18 @@ bool Account::LoginToGateway(std::string_view user, std::string_view password) {
   }
   if (failure.code == kGatewayUnreachable) ShowNoConnection(boxes_, texts_, settings_, failure);
   if (failure.code != kGatewayOk) return false;
-  QueryBalanceTenths();
+  AskBalance();
   if (logged_in_) logged_in_();
   return true;
 }
 
 std::int32_t Account::QueryBalanceTenths() {
   const std::int32_t last = settings_.Number(NumberSetting::kLastBalance);
-  if (!settings_.Flag(FlagSetting::kWorkingOnLine)) return last;
+  return settings_.Flag(FlagSetting::kWorkingOnLine) ? AskBalance() : last;
+}
+
+std::int32_t Account::AskBalance() {
+  const std::int32_t last = settings_.Number(NumberSetting::kLastBalance);
   std::u16string reply;
   gateway_.QueryBalance(&reply);
   const GatewayFailure failure = gateway_.LastFailure(reply);

@@ -30,7 +30,8 @@ class Account {
           std::function<void(bool)> wait_cursor = {}, std::function<void()> logged_in = {});
 
   // True when logged in; the balance has then been asked for. Shows the no-connection message when
-  // the server is unreachable.
+  // the server is unreachable. Whether the program works online from now on is the caller's to set,
+  // after the login and never before: the engine sends as soon as it does.
   bool LoginToGateway(std::string_view user, std::string_view password);
 
   // Why the last login failed, in words for the operator; empty when it did not.
@@ -70,6 +71,7 @@ class Account {
  private:
   // The failure in words for the operator; the log gets the gateway's own.
   std::string Explain(const char* what, const GatewayFailure& failure);
+  std::int32_t AskBalance();
 
   AppSettings& settings_;
   GatewayClient& gateway_;

@@ -18,6 +18,7 @@ enum GatewayError : std::int32_t {
   kNotUnderstood = 98,
   kGatewayUnreachable = 99,
   kWrongPassword = 110,
+  kNoSession = 111,  // nobody is logged in: nothing went out
   kTooManyRequests = 113,
   kServiceFailed = 500,
   kNetworkUnavailable = 503,

@@ -19,7 +19,10 @@ constexpr std::size_t kChunkLength = 512;  // characters of joined numbers at wh
 }  // namespace
 
 std::int32_t SendBatch::Send(const OutgoingMessage& message, SendOutcome* outcome) {
-  if (!Start(message, outcome)) return 0;
+  if (!Start(message, outcome)) {
+    if (outcome->no_session) outcome->retries = outcome->all;
+    return 0;
+  }
 
   const std::span<const RecipientRecord> all(outcome->all);
   std::int32_t sent = 0;
@@ -31,7 +34,7 @@ std::int32_t SendBatch::Send(const OutgoingMessage& message, SendOutcome* outcom
     if (numbers.size() < kChunkLength && !last) continue;
 
     const auto chunk = all.subspan(first, i + 1 - first);
-    if (parts_.notices.Stopping()) {
+    if (parts_.notices.Stopping() || outcome->no_session) {
       outcome->retries.insert(outcome->retries.end(), chunk.begin(), chunk.end());
     } else {
       parts_.notices.ToMainWindow(kWmProgress, message.progress_index,
@@ -63,6 +66,7 @@ bool SendBatch::Start(const OutgoingMessage& message, SendOutcome* outcome) {
     }
     return true;
   }
+  outcome->no_session = error == kNoSession;
   if (parts_.log.Enabled()) {
     parts_.log.Write("SMS Batch start failed: Error:%s Msg:%s", reply.c_str(),
                      message.text.c_str());
@@ -87,6 +91,11 @@ std::int32_t SendBatch::SendChunk(std::string_view numbers, std::span<const Reci
       parts_.log.Write("QuickBatchSend SMS sent ok: Mobile:,%.*s", static_cast<int>(numbers.size()),
                        numbers.data());
     }
+  }
+  if (error == kNoSession) {
+    outcome->no_session = true;
+    outcome->retries.insert(outcome->retries.end(), chunk.begin(), chunk.end());
+    return 0;
   }
   outcome->unnamed_reason = Reason(error != kGatewayOk ? failure : GatewayFailure{kNotUnderstood});
   const std::size_t before = outcome->failures.size();

@@ -15,9 +15,9 @@ namespace orvalo {
 
 namespace {
 
-constexpr std::int64_t kWakeSeconds = 60;
+constexpr std::int64_t kWake = 60'000;  // milliseconds
 constexpr int kWakesToKeepAlive = 4;
-constexpr std::int64_t kStartWait = 100;  // milliseconds
+constexpr std::int64_t kStartWait = 100;
 constexpr std::int64_t kHandOverWait = 1;
 constexpr std::int64_t kEndWait = 10'000;
 constexpr std::int32_t kDay = 86'400;  // seconds
@@ -90,18 +90,17 @@ void SendEngine::Hand(EngineRequest request) {
 }
 
 void SendEngine::WorkerLoop() {
-  std::int64_t deadline = parts_.clock.Now() + kWakeSeconds;
-  std::int64_t wait_seconds = kWakeSeconds;
+  // The wall clock may be set back or forth meanwhile; the minute is not.
+  std::int64_t deadline = parts_.clock.Tick() + kWake;
   for (;;) {
-    const platform::WaitResult woken = worker_.WaitAlertable(wait_seconds * 1000);
+    const std::int64_t wait = std::max<std::int64_t>(deadline - parts_.clock.Tick(), 0);
+    const platform::WaitResult woken = worker_.WaitAlertable(wait);
     if (woken == platform::WaitResult::kEvent) break;
     if (woken == platform::WaitResult::kTimedOut) {
       RunTimedWork();
-      deadline = parts_.clock.Now() + kWakeSeconds;
-      wait_seconds = kWakeSeconds;
+      deadline = parts_.clock.Tick() + kWake;
     } else {
       RunRequests();
-      wait_seconds = std::max<std::int64_t>(deadline - parts_.clock.Now(), 0);
     }
     if (parts_.notices.Stopping()) break;
   }
@@ -168,8 +167,8 @@ void SendEngine::Promote(SmsStatus status, std::int32_t delay, std::int64_t unti
   const auto due = parts_.database.DueSms(status, delay, until);
   if (due.empty()) return;
   SmsDatabase::Transaction transaction(parts_.database);
-  for (auto id = due.rbegin(); id != due.rend(); ++id)
-    parts_.database.SetSmsStatus(*id, SmsStatus::kPending);
+  for (auto id = due.rbegin(); id != due.rend(); ++id)  // one may be open for editing by now
+    parts_.database.ChangeStatus(*id, status, SmsStatus::kPending);
   transaction.Commit();
 }
 

@@ -114,26 +114,28 @@ bool SendPass::WalkPending(std::int32_t id) {
     MessageRow row;
     if (!TakeRow(pending[position - 1], &row)) continue;
     parts_.notices.TellOutbox(row.id);
-    SendRow(std::move(row), static_cast<std::int32_t>(position));
+    const bool online = SendRow(std::move(row), static_cast<std::int32_t>(position));
     any = true;
     parts_.notices.ToMainWindow(kWmBalance);
+    if (!online) break;  // the rest waits for a login, untried
   }
   return any;
 }
 
-// The row may have been deleted or opened for editing since the selection was made.
+// The row may have been deleted or opened for editing since the selection was made. One flush of
+// the disk a message: marks of several at once would be cheaper, but a killed run would then leave
+// messages as failed that it had not begun to send.
 bool SendPass::TakeRow(std::int32_t id, MessageRow* row) {
-  SmsDatabase::Transaction transaction(parts_.database);
+  SmsDatabase::Transaction transaction(parts_.database, SmsDatabase::Transaction::Reach::kDisk);
+  if (!parts_.database.ChangeStatus(id, SmsStatus::kPending, SmsStatus::kProcessing)) return false;
   auto found = parts_.database.GetSms(id);
-  if (!found || found->stat != static_cast<std::int32_t>(SmsStatus::kPending)) return false;
-  parts_.database.SetSmsStatus(id, SmsStatus::kProcessing);
   transaction.Commit();
   *row = std::move(*found);
   return true;
 }
 
 // A failure on the way leaves in hand what the gateway has taken so far.
-void SendPass::SendRow(MessageRow row, std::int32_t progress_index) {
+bool SendPass::SendRow(MessageRow row, std::int32_t progress_index) {
   OutgoingMessage message;
   message.type = row.type;
   message.text = row.msg;
@@ -146,7 +148,9 @@ void SendPass::SendRow(MessageRow row, std::int32_t progress_index) {
   message.progress_index = progress_index;
   auto& in_hand = in_hand_.emplace(InHand{std::move(row), message.delay, {}});
   SendMessageRow(message, in_hand.row.to, &in_hand.outcome);
+  const bool online = !in_hand.outcome.no_session;
   RecordInHand();
+  return online;
 }
 
 void SendPass::SendMessageRow(const OutgoingMessage& message, std::string_view to,
@@ -183,7 +187,9 @@ void SendPass::SendPersonalised(const OutgoingMessage& message, SendOutcome* out
 
 void SendPass::RecordOutcome(const InHand& message) {
   const auto& [row, delay, outcome] = message;
-  if (outcome.recipients >= 2) {
+  if (outcome.no_session && outcome.successes.empty() && outcome.failures.empty()) {
+    parts_.database.ChangeStatus(row.id, SmsStatus::kProcessing, SmsStatus::kPending);
+  } else if (outcome.recipients >= 2) {
     RecordChildren(row, outcome);
   } else if (outcome.recipients == 1) {
     RecordSingle(row, delay, outcome);

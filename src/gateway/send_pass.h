@@ -17,7 +17,7 @@ namespace orvalo {
 // what became of them. Runs on the engine's worker thread only, under the pass lock from start to
 // end.
 //
-// A message is marked Processing in the journal before its first recipient goes out; its outcome is
+// A message is marked Processing, on the disk, before its first recipient goes out; its outcome is
 // recorded as one transaction. An outcome that the store refuses (another program holds the file,
 // the disk is full) is kept, the pass ends, and the next one begins with it; nothing else is sent
 // before it is recorded. A run killed in between leaves the message Processing, which the next
@@ -49,7 +49,7 @@ class SendPass {
   bool WalkPending(std::int32_t id);  // false when there was nothing to do
   bool TakeRow(std::int32_t id,
                MessageRow* row);  // Pending → Processing, or false when it is not Pending
-  void SendRow(MessageRow row, std::int32_t progress_index);
+  bool SendRow(MessageRow row, std::int32_t progress_index);  // false: nobody is logged in
   void SendMessageRow(const OutgoingMessage& message, std::string_view to, SendOutcome* outcome);
   void SendOneByOne(const OutgoingMessage& message, SendOutcome* outcome);
   void SendPersonalised(const OutgoingMessage& message, SendOutcome* outcome);

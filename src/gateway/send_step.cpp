@@ -48,6 +48,10 @@ void SendStep::SetProperties(const OutgoingMessage& message) {
 void SendStep::Send(Kind kind, const OutgoingMessage& message, std::string_view text,
                     const std::u16string& wire, const RecipientRecord& record, std::int32_t to_go,
                     SendOutcome* outcome) {
+  if (outcome->no_session) {
+    outcome->retries.push_back(record);
+    return;
+  }
   parts_.notices.ToMainWindow(kWmProgress, message.progress_index, to_go);
   SetProperties(message);
 
@@ -70,7 +74,12 @@ void SendStep::Send(Kind kind, const OutgoingMessage& message, std::string_view 
                        personalised ? "ComplexSMS" : "SMS", reply.c_str(), number.c_str(),
                        static_cast<int>(text.size()), text.data());
     }
-    outcome->failures.push_back({record, ReasonText(failure, parts_.texts, address)});
+    if (error == kNoSession) {
+      outcome->no_session = true;
+      outcome->retries.push_back(record);
+    } else {
+      outcome->failures.push_back({record, ReasonText(failure, parts_.texts, address)});
+    }
     return;
   }
   RecipientRecord sent = record;

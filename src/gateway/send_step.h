@@ -29,7 +29,8 @@ struct SendOutcome {
   std::vector<RecipientRecord> all;
   std::vector<RecipientRecord> successes;
   std::vector<RefusedRecipient> failures;
-  std::vector<RecipientRecord> retries;  // not tried because the engine stops
+  std::vector<RecipientRecord> retries;  // not tried: the engine stops, or nobody is logged in
+  bool no_session = false;               // the gateway takes nothing until the next login
   std::int32_t highest_error = 0;
   std::string unnamed_reason;  // why recipients failed that no list names
 };

@@ -3,11 +3,11 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "gateway/engine_parts.h"
 #include "gateway/gateway_failure.h"
 #include "gateway/gateway_ids.h"
+#include "gateway/status_reply.h"
 #include "store/sms_database.h"
 
 namespace orvalo {
@@ -16,8 +16,9 @@ namespace orvalo {
 // enters the answers. Runs on the engine's worker thread, or, where no engine runs, on the thread
 // of whoever wants a single pass; under the pass lock from start to end.
 //
-// Answers are written in groups, one transaction for each, at the latest after a second: what a
-// killed run had not yet written, the next pass asks for again.
+// Each answer is stored before the next question goes out, and only while the row still has the
+// status under which it was chosen: one that has been opened for editing meanwhile keeps what it
+// has, and is asked about again when the edit is given up.
 class StatusPass {
  public:
   StatusPass(const EngineParts& parts, std::mutex& pass_lock)
@@ -36,31 +37,25 @@ class StatusPass {
   const Unanswered& unanswered() const { return unanswered_; }
 
  private:
-  // What a row is to be given at the next write.
-  struct Answer {
+  // The row in hand, as the store has it.
+  struct Followed {
     std::int32_t id = 0;
-    bool answered = false;            // status and charge are to be stored
-    std::optional<SmsStatus> status;  // when it changes
-    std::string charge;
-    std::optional<std::int32_t> next_interval;
-    std::int32_t asked_at = 0;
+    SmsStatus status = SmsStatus::kUnknown;
+    std::string api_msg_id;
+    std::optional<std::int32_t> next_interval;  // none: the schedule is not moved
   };
 
   std::int32_t WalkFollowed(std::int32_t id);  // how many replies carried a status
+  // Asks about every gateway id of the row in order. Further ids of one row move to a copy of it.
   std::int32_t QueryRow(const SmsDatabase::FollowedSms& row, SmsStatus status, bool move_schedule,
                         std::int64_t now);
-  // Asks about every gateway id of the row in order. Further ids of one row move to a copy of it.
-  std::int32_t QueryOneMessage(const SmsDatabase::FollowedSms& row, Answer* answer);
+  std::optional<StatusReply> Ask(const GatewayIdEntry& entry);  // nothing: the gateway refused
+  bool Store(Followed* row, SmsDatabase::QueryAnswer answer, std::int32_t asked_at);
+  void SplitOff(Followed* row, const GatewayIdEntry& entry, const SmsDatabase::QueryAnswer& answer);
   void NoteUnanswered(const GatewayFailure& failure, const GatewayIdEntry& entry);
-  void SplitOff(std::int32_t id, const GatewayIdEntry& entry, std::string* api_msg_id,
-                const Answer& answer);
-  void Write(const Answer& answer);
-  void WriteAnswers();
 
   EngineParts parts_;
   std::mutex& pass_lock_;
-  std::vector<Answer> answers_;  // not yet written
-  std::int64_t oldest_answer_tick_ = 0;
   std::int32_t highest_error_ = 0;
   Unanswered unanswered_;
 };

@@ -192,14 +192,13 @@ void ComposePage::Send() {
 // A message that was deleted while it was edited cannot be changed. What the page holds is then a
 // new message, and the operator is told and decides whether to send it.
 bool ComposePage::UpdateEdited(const RecipientString& to) {
-  if (!parts_.database.GetSms(edited_)) {
+  if (!parts_.database.UpdateEditedSms(edited_, type_, to.text(), text_)) {
     EndEditing();
     const std::string send = parts_.texts.Load(kSendButtonId);
     parts_.boxes.Show(parts_.texts.Format(kDeletedTextId, {send}).value_or(std::string()),
                       parts_.texts.Load(kDeletedCaptionId), platform::BoxIcon::kInformation);
     return false;
   }
-  parts_.database.UpdateEditedSms(edited_, type_, to.text(), text_);
   return true;
 }
 
@@ -243,7 +242,10 @@ void ComposePage::LoadMessage(std::int32_t id, bool edit) {
     return;
   }
   if (edit) {
-    parts_.database.BeginEditSms(id);
+    if (!parts_.database.BeginEditSms(id)) {  // it is just being sent
+      parts_.recipients.RefreshCounter();
+      return;
+    }
     edited_ = id;
   }
   SetType(row->type);

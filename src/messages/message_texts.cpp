@@ -49,4 +49,8 @@ std::string MessageTexts::Numbers(std::string_view to) const {
   return numbers;
 }
 
+std::string MessageTexts::NumbersOf(const MessageRow& row) const {
+  return row.number.empty() ? Numbers(row.to) : row.number;
+}
+
 }  // namespace orvalo

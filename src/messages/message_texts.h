@@ -35,6 +35,9 @@ class MessageTexts {
   // The numbers of a recipient string, joined by commas: contacts by their mobile numbers, the
   // country prefix applied. A contact that no longer exists leaves its place empty.
   std::string Numbers(std::string_view to) const;
+  // Of a message: those it went to, whatever has become of its contacts; before it is sent, those
+  // of its recipient string.
+  std::string NumbersOf(const MessageRow& row) const;
 
  private:
   SmsDatabase& database_;

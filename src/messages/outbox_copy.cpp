@@ -44,7 +44,7 @@ std::string MessageDetails(const MessageRow& row, const MessageTexts& fields, co
   const std::string time = fields.Time(row.time);
   std::string details = texts.Format(kHeadTextId, {time, fields.Status(row.stat), row.charge})
                             .value_or(std::string());
-  details += fields.Numbers(row.to);
+  details += fields.NumbersOf(row);
   details += texts.LoadOrEmpty(kMessageLabelId);
   details += GatewayTypeCode(row.type) == 0 ? row.msg : texts.LoadOrEmpty(kBinaryTextId);
   details += texts.LoadOrEmpty(kGatewayIdLabelId);

@@ -40,7 +40,7 @@ std::string ExportLine(const MessageRow& row, const MessageTexts& fields) {
   line.append("\t").append(fields.Status(row.stat));
   line.append("\t").append(fields.Type(row.type));
   line.append("\t").append(row.charge);
-  line.append("\t").append(fields.Numbers(row.to));
+  line.append("\t").append(fields.NumbersOf(row));
   line.append("\t").append(row.msg);
   return line.append("\r\n");
 }

@@ -94,13 +94,13 @@ void LoginPage::EnterInPassword() {
 void LoginPage::Ok() {
   AppSettings& settings = parts_.settings;
   settings.SetFlag(FlagSetting::kRememberPassword, values_.remember);
-  settings.SetFlag(FlagSetting::kWorkingOnLine, !values_.offline);
+  settings.SetFlag(FlagSetting::kWorkingOnLine, false);
   if (!IsAccepted()) {
-    settings.SetFlag(FlagSetting::kWorkingOnLine, false);
     parts_.view.ShowMessage(values_.offline ? parts_.texts.Load(kUnknownLoginTextId)
                                             : parts_.account.LoginFailure());
     return;
   }
+  settings.SetFlag(FlagSetting::kWorkingOnLine, !values_.offline);
   parts_.view.ShowMessage(std::string());
   settings.SetText(TextSetting::kLogin, values_.user);
   settings.SetText(TextSetting::kPassword, values_.password);

@@ -84,7 +84,8 @@ void OptionsPage::StoreSwitches(const OptionsValues& values) {
   settings.SetFlag(FlagSetting::kDeliveryAcks, values.delivery_acks);
   settings.SetFlag(FlagSetting::kIndividualSmsTracking, values.track_failed);
   settings.SetFlag(FlagSetting::kSpanSms, values.span_sms);
-  settings.SetFlag(FlagSetting::kWorkingOnLine, values.online);
+  // On comes by a login only.
+  if (!values.online) settings.SetFlag(FlagSetting::kWorkingOnLine, false);
   settings.SetFlag(FlagSetting::kStartMinimized, values.start_minimised);
 }
 
@@ -109,7 +110,9 @@ void OptionsPage::StoreUpload(const OptionsValues& values) {
 
 void OptionsPage::OnlineChosen() {
   Apply();
-  if (parts_.settings.Flag(FlagSetting::kWorkingOnLine)) parts_.mode.GoOnline();
+  if (!parts_.view.Values().online) return;
+  parts_.mode.GoOnline();
+  parts_.settings.Save(parts_.data_file);
 }
 
 void OptionsPage::OfflineChosen() { parts_.mode.GoOffline(); }

@@ -114,10 +114,17 @@ void Connection::Execute(const std::string& statements) {
   if (result != SQLITE_OK) Fail(result);
 }
 
-void Connection::Begin() {
+void Connection::SetFlushing(bool to_disk) {
+  if (to_disk == to_disk_) return;
+  Execute(to_disk ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+  to_disk_ = to_disk;
+}
+
+void Connection::Begin(bool to_disk) {
   if (depth_ == 0) {
     LockWriting();
     try {
+      SetFlushing(to_disk);
       Query(*this, kBegin).Execute();
     } catch (...) {
       UnlockWriting();

@@ -57,7 +57,9 @@ class Connection {
 
   // Transactions nest by counting. End(false) on any level dooms the outermost one: its End(true)
   // then undoes everything and throws.
-  void Begin();
+  // `to_disk`: its End flushes the journal, so that a power cut does not undo what it keeps (nor
+  // anything before it). Of the outermost only.
+  void Begin(bool to_disk = false);
   void End(bool keep);
   bool InTransaction() const { return depth_ > 0; }
 
@@ -89,6 +91,7 @@ class Connection {
   Statement Take(const Sql& sql);
   void GiveBack(const Sql& sql, Statement statement);
   void RollBack();
+  void SetFlushing(bool to_disk);
 
   std::string path_;
   WriteTurn& write_turn_;
@@ -98,6 +101,7 @@ class Connection {
   int depth_ = 0;
   int write_holds_ = 0;
   bool doomed_ = false;
+  bool to_disk_ = false;
 };
 
 // One use of a prepared statement: parameters are given in order, rows come from Step. Bound texts

@@ -32,12 +32,14 @@ constexpr Sql kSetOutcome(
 constexpr Sql kSetExpanded("UPDATE SMS SET Stat = 12, Number = ?3 WHERE ID = ?1 AND +Stat = ?2");
 constexpr Sql kSetQuerySchedule("UPDATE SMS SET QueryTime = ?2, StatQryTm = ?3 WHERE ID = ?1");
 constexpr Sql kSetApiMsgId("UPDATE SMS SET ApiMsgID = ?2 WHERE ID = ?1");
-constexpr Sql kSetCharge("UPDATE SMS SET Charge = ?2 WHERE ID = ?1");
-constexpr Sql kSetStatusAndCharge("UPDATE SMS SET Charge = ?2, Stat = ?3 WHERE ID = ?1");
-constexpr Sql kSetQueryAnswer(
-    "UPDATE SMS SET Charge = ?2, QueryTime = ?3, StatQryTm = ?4 WHERE ID = ?1");
-constexpr Sql kSetQueryAnswerAndStatus(
-    "UPDATE SMS SET Charge = ?2, QueryTime = ?3, StatQryTm = ?4, Stat = ?5 WHERE ID = ?1");
+constexpr Sql kSetCharge("UPDATE SMS SET Charge = ?3 WHERE ID = ?1 AND +Stat = ?2");
+constexpr Sql kSetStatusAndCharge(
+    "UPDATE SMS SET Charge = ?3, Stat = ?4 WHERE ID = ?1 AND +Stat = ?2");
+constexpr Sql kSetDueAnswer(
+    "UPDATE SMS SET Charge = ?3, QueryTime = ?4, StatQryTm = ?5 WHERE ID = ?1 AND +Stat = ?2");
+constexpr Sql kSetDueAnswerAndStatus(
+    "UPDATE SMS SET Charge = ?3, QueryTime = ?4, StatQryTm = ?5, Stat = ?6 WHERE ID = ?1 AND "
+    "+Stat = ?2");
 
 std::vector<std::int32_t> ReadIds(Query&& query) {
   std::vector<std::int32_t> ids;
@@ -135,22 +137,23 @@ bool SmsDatabase::SetApiMsgId(std::int32_t id, std::string_view api_msg_id) {
   return connection != nullptr && Run(*connection, kSetApiMsgId, id, api_msg_id) > 0;
 }
 
-bool SmsDatabase::SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> status,
-                                     std::string_view charge) {
+bool SmsDatabase::SetQueryAnswer(std::int32_t id, SmsStatus expected, const QueryAnswer& answer) {
   Connection* connection = Here();
   if (connection == nullptr) return false;
-  if (!status) return Run(*connection, kSetCharge, id, charge) > 0;
-  return Run(*connection, kSetStatusAndCharge, id, charge, *status) > 0;
+  if (!answer.status) return Run(*connection, kSetCharge, id, expected, answer.charge) > 0;
+  return Run(*connection, kSetStatusAndCharge, id, expected, answer.charge, *answer.status) > 0;
 }
 
-bool SmsDatabase::SetQueryAnswer(std::int32_t id, std::optional<SmsStatus> status,
-                                 std::string_view charge, std::int32_t query_time,
-                                 std::int32_t stat_qry_tm) {
+bool SmsDatabase::SetQueryAnswer(std::int32_t id, SmsStatus expected, const QueryAnswer& answer,
+                                 std::int32_t query_time, std::int32_t stat_qry_tm) {
   Connection* connection = Here();
   if (connection == nullptr) return false;
-  if (!status) return Run(*connection, kSetQueryAnswer, id, charge, query_time, stat_qry_tm) > 0;
-  return Run(*connection, kSetQueryAnswerAndStatus, id, charge, query_time, stat_qry_tm, *status) >
-         0;
+  if (!answer.status) {
+    return Run(*connection, kSetDueAnswer, id, expected, answer.charge, query_time, stat_qry_tm) >
+           0;
+  }
+  return Run(*connection, kSetDueAnswerAndStatus, id, expected, answer.charge, query_time,
+             stat_qry_tm, *answer.status) > 0;
 }
 
 bool SmsDatabase::AddChildren(std::int32_t id, std::span<const ChildSms> children) {

@@ -9,10 +9,12 @@ namespace {
 
 constexpr Sql kSetStatus("UPDATE SMS SET Stat = ?2 WHERE ID = ?1");
 constexpr Sql kChangeStatus("UPDATE SMS SET Stat = ?3 WHERE ID = ?1 AND +Stat = ?2");
-constexpr Sql kBeginEdit("UPDATE SMS SET SavedStat = Stat, Stat = 5 WHERE ID = ? AND Stat <> 5");
+constexpr Sql kBeginEdit(
+    "UPDATE SMS SET SavedStat = iif(Stat = 5, SavedStat, Stat), Stat = 5 WHERE ID = ? AND "
+    "+Stat <> 10");
 constexpr Sql kUpdateEdited(
     "UPDATE SMS SET Stat = iif(SavedStat IN (6, 7), 6, 0), Type = ?2, \"To\" = ?3, ToInfo = ?4, "
-    "Msg = ?5, Number = '', Reason = '' WHERE ID = ?1");
+    "Msg = ?5, Number = '', Reason = '' WHERE ID = ?1 AND +Stat = 5");
 constexpr Sql kRestoreEdited(
     "UPDATE SMS SET Stat = SavedStat WHERE Stat = 5 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat "
     "= 10)");
@@ -101,20 +103,22 @@ bool SmsDatabase::SetSmsStatus(std::int32_t id, SmsStatus status) {
   return false;
 }
 
-void SmsDatabase::BeginEditSms(std::int32_t id) {
-  if (Connection* connection = Here()) Run(*connection, kBeginEdit, id);
+bool SmsDatabase::BeginEditSms(std::int32_t id) {
+  Connection* connection = Here();
+  return connection != nullptr && Run(*connection, kBeginEdit, id) > 0;
 }
 
-void SmsDatabase::UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
+bool SmsDatabase::UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
                                   std::string_view msg) {
   Connection* connection = Here();
-  if (connection == nullptr) return;
+  if (connection == nullptr) return false;
   const std::string to_info = DisplayTextOf(*connection, to);
-  if (Run(*connection, kUpdateEdited, id, type, to, to_info, msg) == 0) return;
+  if (Run(*connection, kUpdateEdited, id, type, to, to_info, msg) == 0) return false;
   if (Log* log = EnabledLog()) {
     log->Write("Updated SMS: SMS_ID (%d) Mobile:%s Msg:%s", id, std::string(to).c_str(),
                std::string(msg).c_str());
   }
+  return true;
 }
 
 void SmsDatabase::RestoreEditedSms() {

@@ -122,8 +122,9 @@ std::int32_t SmsDatabase::NextGroupId() { return Here() ? TakeId(*Here(), kGroup
 std::int32_t SmsDatabase::NextContactId() { return Here() ? TakeId(*Here(), kContactIds) : -1; }
 std::int32_t SmsDatabase::PeekNextContactId() { return Here() ? NextId(*Here(), kContactIds) : -1; }
 
-SmsDatabase::Transaction::Transaction(SmsDatabase& database) : connection_(database.Here()) {
-  if (connection_ != nullptr) connection_->Begin();
+SmsDatabase::Transaction::Transaction(SmsDatabase& database, Reach reach)
+    : connection_(database.Here()) {
+  if (connection_ != nullptr) connection_->Begin(reach == Reach::kDisk);
 }
 
 SmsDatabase::Transaction::~Transaction() {

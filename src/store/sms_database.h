@@ -72,7 +72,10 @@ class SmsDatabase {
   // minute at most, and then throws.
   class Transaction {
    public:
-    explicit Transaction(SmsDatabase& database);
+    // kDisk: what it changes, and all before it, outlasts a power cut as well. Of the outermost
+    // only; costs a flush of the disk.
+    enum class Reach { kJournal, kDisk };
+    explicit Transaction(SmsDatabase& database, Reach reach = Reach::kJournal);
     ~Transaction();
     void Commit();
     Transaction(const Transaction&) = delete;
@@ -92,8 +95,11 @@ class SmsDatabase {
   // For a row that others may have changed since it was read: false, changing nothing, when its
   // status is not the expected one any more or it is gone.
   bool ChangeStatus(std::int32_t id, SmsStatus expected, SmsStatus status);
-  void BeginEditSms(std::int32_t id);  // a row already in Editing keeps its saved status
-  void UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
+  // A row already in Editing keeps its saved status. False, changing nothing, for one that is just
+  // being sent: an edit would send it again.
+  bool BeginEditSms(std::int32_t id);
+  // False, changing nothing, when the row is not in Editing (any more).
+  bool UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
                        std::string_view msg);
   void RestoreEditedSms();
   // A copy with the same reference id, now; its status replaced when `status` is given. -1 when
@@ -169,12 +175,15 @@ class SmsDatabase {
   // Each is false when there is no such row.
   bool SetQuerySchedule(std::int32_t id, std::int32_t query_time, std::int32_t stat_qry_tm);
   bool SetApiMsgId(std::int32_t id, std::string_view api_msg_id);
-  // Stores the charge, and the status when there is one.
-  bool SetStatusAndCharge(std::int32_t id, std::optional<SmsStatus> status,
-                          std::string_view charge);
 
-  // Charge and schedule in one, and the status when it changes: what a query that was due yielded.
-  bool SetQueryAnswer(std::int32_t id, std::optional<SmsStatus> status, std::string_view charge,
+  // What the gateway says of a sent message.
+  struct QueryAnswer {
+    std::optional<SmsStatus> status;  // when it changes
+    std::string charge;
+  };
+  // Stores it, and the next query's interval and time when it was due. False as ChangeStatus is.
+  bool SetQueryAnswer(std::int32_t id, SmsStatus expected, const QueryAnswer& answer);
+  bool SetQueryAnswer(std::int32_t id, SmsStatus expected, const QueryAnswer& answer,
                       std::int32_t query_time, std::int32_t stat_qry_tm);
 
   // One new row for a recipient of an expanded message, as CopySmsTo makes it plus what became of

@@ -112,6 +112,18 @@ TEST_F(SendEngineTest, EveryMinutePromotesSendsAndQueries) {
   Stop();
 }
 
+TEST_F(SendEngineTest, AClockSetBackStallsNothing) {
+  Start();
+  bench_.window.Clear();
+  bench_.clock.SetWallClock(bench_.clock.Now() - 3600);
+  const std::int32_t id = bench_.Add(",1", "x", MessageType::kText, SmsStatus::kScheduled);
+  engine_.RequestSend({false, {kEveryMessage}});  // the wait begins anew
+  Settle();
+  Minute();
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kUnknown);
+  Stop();
+}
+
 TEST_F(SendEngineTest, PromotionRunsOffline) {
   bench_.settings.SetFlag(FlagSetting::kWorkingOnLine, false);
   ASSERT_TRUE(engine_.StartEngine());

@@ -3,9 +3,27 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
 
 #include "engine_bench.h"
 #include "gateway/engine_requests.h"
+
+namespace {
+std::atomic<int> flushes = 0;
+}
+
+// In the place of the C library's: SQLite's flushes of the disk are counted.
+extern "C" int fdatasync(int descriptor) {
+  ++flushes;
+  return static_cast<int>(syscall(SYS_fdatasync, descriptor));
+}
+extern "C" int fsync(int descriptor) {
+  ++flushes;
+  return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
 
 namespace orvalo {
 namespace {
@@ -112,6 +130,75 @@ TEST_F(SendPassTest, OfflineNothingMoves) {
   Send();
   EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kPending);
   EXPECT_TRUE(bench_.fake.Calls().empty());
+}
+
+TEST_F(SendPassTest, WithoutASessionNothingFails) {
+  const struct {
+    const char* member;
+    const char* to;
+    MessageType type;
+  } cases[] = {
+      {"SendMsg", ",111", MessageType::kText},
+      {"SendMsg", ",111,222", MessageType::kFlash},
+      {"StartBatch", ",111,222", MessageType::kText},
+      {"QuickBatchSend", ",111,222", MessageType::kText},
+  };
+  for (const auto& c : cases) {
+    test::EngineBench bench;
+    SendPass pass(bench.parts(), pass_lock_);
+    const std::int32_t other = bench.Add(",333");
+    const std::int32_t id = bench.Add(c.to, "Hello", c.type);
+    bench.fake.On(c.member, "Not logged in", 111);
+    pass.SendQueuedSMSs(kEveryMessage);
+    EXPECT_EQ(bench.StatusOf(id), SmsStatus::kPending) << c.member;
+    EXPECT_EQ(bench.StatusOf(other), SmsStatus::kPending);
+    EXPECT_TRUE(bench.ChildrenOf(id).empty());
+    EXPECT_EQ(bench.fake.Calls(c.member).size(), 1u) << "no other is tried";
+  }
+  // It ends in the middle of a message: what has gone out has gone out.
+  bench_.fake.On("SendMsg", [](const FakeGateway::Call& call) {
+    return call.Argument(2) == "111" ? FakeGateway::Answer{"ID: x"} : FakeGateway::Answer{"", 111};
+  });
+  const std::int32_t id = bench_.Add(",111,222,333", "x", MessageType::kFlash);
+  Send();
+  EXPECT_THAT(Outcome(id), ElementsAre("111:11:id", "222:0", "333:0"));
+}
+
+// A power cut takes what is not flushed: the message would go out again.
+TEST_F(SendPassTest, AMessageIsMarkedOnTheDiskBeforeItsFirstRequestAndOnce) {
+  std::string many;
+  for (int i = 0; i < 200; ++i) many += "," + std::to_string(27821110000 + i);
+  AnswerBatches();
+  int before = 0, marked = -1;
+  bench_.fake.On("StartBatch", [&](const FakeGateway::Call&) {
+    marked = flushes - before;
+    return FakeGateway::Answer{};
+  });
+  bench_.Add(many);
+  before = flushes;
+  Send();
+  EXPECT_GE(marked, 1);
+  EXPECT_EQ(flushes - before, marked) << "and never for a recipient";
+}
+
+TEST_F(SendPassTest, ARowKeepsTheNumbersItWentTo) {
+  bench_.settings.SetText(TextSetting::kPrefix, "27");
+  const std::int32_t ann = bench_.AddContact("Ann", "0821110001");
+  const std::string to = ",A" + std::to_string(ann);
+  AnswerBatches("2782");
+  const std::int32_t one = bench_.Add(to), several = bench_.Add(to + ",082"),
+                     refused = bench_.Add(",A99"), editing = bench_.Add(to);
+  Send();
+  bench_.database.DeleteContact(ann, true, 0);
+  EXPECT_EQ(bench_.database.GetSms(one)->number, "27821110001");
+  EXPECT_EQ(bench_.database.GetSms(several)->number, "27821110001,2782");
+  const auto children = bench_.ChildrenOf(several);
+  ASSERT_EQ(children.size(), 2u);
+  EXPECT_EQ(children[0].number + " " + children[1].number, "27821110001 2782");
+  EXPECT_EQ(bench_.database.GetSms(refused)->number, "");
+  bench_.database.BeginEditSms(editing);
+  bench_.database.UpdateEditedSms(editing, 0, ",5", "new");
+  EXPECT_EQ(bench_.database.GetSms(editing)->number, "") << "until it goes out again";
 }
 
 TEST_F(SendPassTest, NoRecipientIsFailed) {

@@ -103,6 +103,46 @@ TEST_F(StatusPassTest, AnErrorOrSilenceLeavesTheRowButNotItsSchedule) {
   EXPECT_EQ(Row(failed).charge, "");
 }
 
+// What the operator does while the gateway takes its time.
+TEST_F(StatusPassTest, AnEditKeepsItsRowAndAnswersAreStoredBeforeTheNextQuestion) {
+  const std::int32_t edited = Sent(",ID: " + kIdA + ",ID: " + kIdB);
+  const std::int32_t updated = Sent(",ID: " + kIdA);
+  const std::int32_t last = Sent(",ID: " + kIdA);
+  int questions = 0;
+  bench_.fake.On("GetMsgCharge", [&](const FakeGateway::Call&) {
+    switch (++questions) {
+      case 2:
+        EXPECT_EQ(Row(last).stat, 9);
+        bench_.database.BeginEditSms(updated);
+        bench_.database.UpdateEditedSms(updated, 0, ",222", "new");
+        break;
+      case 4:  // between the two ids of one row
+        EXPECT_EQ(Row(edited).stat, 9);
+        bench_.database.BeginEditSms(edited);
+        break;
+    }
+    return FakeGateway::Answer{"status: 004 charge: 0.8"};
+  });
+  Query();
+  EXPECT_EQ(questions, 4);
+  EXPECT_EQ(Row(updated).stat, 0);
+  EXPECT_EQ(Row(updated).charge, "?");
+  EXPECT_EQ(Row(edited).stat, 5);
+  EXPECT_TRUE(bench_.ChildrenOf(edited).empty()) << "a copy in Editing would be sent";
+}
+
+TEST_F(StatusPassTest, ACopyForAFurtherIdHasTheRowsNewStatus) {
+  int questions = 0;
+  const std::int32_t id = Sent(",ID: " + kIdA + ",ID: " + kIdB);
+  bench_.fake.On("GetMsgCharge", [&](const FakeGateway::Call&) {
+    return FakeGateway::Answer{++questions == 1 ? "status: 004 charge: 0.8" : "charge: 0.9"};
+  });
+  Query();
+  ASSERT_EQ(bench_.ChildrenOf(id).size(), 1u);
+  EXPECT_EQ(bench_.ChildrenOf(id)[0].stat, 9);
+  EXPECT_EQ(bench_.ChildrenOf(id)[0].charge, "0.9");
+}
+
 TEST_F(StatusPassTest, FurtherIdsOfARowMoveToACopy) {
   bench_.fake.On("GetMsgCharge", [](const FakeGateway::Call& call) {
     return FakeGateway::Answer{call.Argument(1) == kIdA ? "status: 004 charge: 0.8"

@@ -26,8 +26,8 @@ TEST(OutboxRowsTest, SortByEveryColumn) {
   bench.Add(100, ",\u00c4", "", SmsStatus::kMessageExpired);
   bench.Add(-5, ",a", "Apple", SmsStatus::kPending);
   bench.Add(200, ",B", "apple", SmsStatus::kFailed);
-  bench.database.SetStatusAndCharge(1, std::nullopt, "1.5");
-  bench.database.SetStatusAndCharge(4, std::nullopt, "1.25");
+  bench.database.SetQueryAnswer(1, SmsStatus::kSent, {std::nullopt, "1.5"});
+  bench.database.SetQueryAnswer(4, SmsStatus::kFailed, {std::nullopt, "1.25"});
   OutboxRows rows(bench.database);
   rows.Reload();
   EXPECT_EQ(Ids(rows), "3 2 4 1 ");
@@ -90,6 +90,7 @@ TEST(OutboxRowsTest, KeepTheOrderOfTextsThroughChanges) {
       if (i % 3 == 0) {
         bench.database.DeleteSms(id);
       } else {
+        bench.database.BeginEditSms(id);
         bench.database.UpdateEditedSms(id, 0, ",1", text());
       }
     }

@@ -43,7 +43,8 @@ TEST(MessageTextsTest, ExpandRecipientStrings) {
 
 TEST(OutboxExportTest, WritesTheChosenRowsOrAll) {
   test::OutboxBench bench;
-  bench.Add(kTime, ",1,2", "One\ttab", SmsStatus::kDelivered);
+  bench.Add(kTime, ",A99,2", "One\ttab", SmsStatus::kPending);
+  bench.database.SetOutcome(1, SmsStatus::kPending, {SmsStatus::kDelivered, "", 0, 0, "1,2"});
   bench.Add(kTime + 60, ",3", "Two", SmsStatus::kMessageExpired, MessageType::kFlash);
   const std::string first = "1\t01/01/2005 12:05\tDelivered\tText\t?\t1,2\tOne\ttab\r\n";
   const std::string second = "2\t01/01/2005 12:06\tMessage expired\tFlash\t?\t3\tTwo\r\n";

@@ -123,7 +123,10 @@ TEST(LoginPageTest, OkLogsInOnlineOrComparesOffline) {
   };
   for (const auto& c : cases) {
     LoginBench bench;
-    bench.fake.On("AuthenticateClient", "ERR: 113, Too many requests", c.error);
+    bench.fake.On("AuthenticateClient", [&](const test::FakeGateway::Call&) {
+      EXPECT_FALSE(bench.settings.Flag(FlagSetting::kWorkingOnLine)) << "not yet";
+      return test::FakeGateway::Answer{"ERR: 113, Too many requests", c.error};
+    });
     bench.page.SetUp();
     bench.page.UserTyped("demo");
     bench.page.PasswordTyped(c.password);

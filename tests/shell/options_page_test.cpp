@@ -138,13 +138,20 @@ TEST(OptionsPageTest, TheChoiceGoesOnlineAndOffline) {
   bench.page.OnlineChosen();
   EXPECT_TRUE(bench.fake.Calls("AuthenticateClient").empty()) << "the choice is not set";
 
+  bool online_too_early = false;  // the engine would send, and the gateway refuse it all
+  bench.fake.On("AuthenticateClient", [&](const test::FakeGateway::Call&) {
+    online_too_early = bench.settings.Flag(FlagSetting::kWorkingOnLine);
+    return test::FakeGateway::Answer{};
+  });
   bench.view.values.online = true;
   bench.view.values.prefix = "027";
   bench.proxy_view.values.entry = 1;
   bench.page.OnlineChosen();
   EXPECT_EQ(bench.Saved("prefix") + bench.Saved("ProxyType"), "272") << "applied first";
-  EXPECT_NE(bench.fake.Calls("ConfigureProxyEx").at(0).Argument(0), "0") << "on-line by then";
+  EXPECT_EQ(bench.fake.Calls("ConfigureProxyEx").at(0).Argument(0), "0") << "the login tests it";
   EXPECT_EQ(bench.fake.Calls("AuthenticateClient").at(0).Argument(1), "demo");
+  EXPECT_FALSE(online_too_early);
+  EXPECT_EQ(bench.Saved("WorkingOnLine"), "1");
   EXPECT_EQ(bench.Posted().back(), kWmOnline);
   EXPECT_EQ(bench.view.balance, "Balance: 20.0");
 

@@ -63,6 +63,26 @@ TEST_F(MessageTest, EditingLeavesForTheStatusThatTheSavedOneAsksFor) {
   EXPECT_EQ(StatusOf(untouched), SmsStatus::kScheduledOnServer);
 }
 
+TEST_F(MessageTest, AStatusChangesOnlyFromTheOneExpected) {
+  const auto id = Add("+1", SmsStatus::kProcessing);
+  EXPECT_FALSE(db().BeginEditSms(id)) << "it would be sent again";
+  EXPECT_FALSE(db().UpdateEditedSms(id, 0, "+2", "new"));
+  db().SetSmsStatus(id, SmsStatus::kUnknown);
+  ASSERT_TRUE(db().BeginEditSms(id));
+  const std::string editing = LineOf(id);
+  const auto unknown = SmsStatus::kUnknown;
+  EXPECT_FALSE(db().ChangeStatus(id, unknown, SmsStatus::kPending));
+  EXPECT_FALSE(db().SetOutcome(id, unknown, {SmsStatus::kSent, ",ID: x", 1, 1, "+1", "x"}));
+  EXPECT_FALSE(db().SetExpanded(id, unknown, "+1"));
+  EXPECT_FALSE(db().SetQueryAnswer(id, unknown, {std::nullopt, "7"}));
+  EXPECT_FALSE(db().SetQueryAnswer(id, unknown, {SmsStatus::kDelivered, "7"}));
+  EXPECT_FALSE(db().SetQueryAnswer(id, unknown, {std::nullopt, "7"}, 1, 1));
+  EXPECT_FALSE(db().SetQueryAnswer(id, unknown, {SmsStatus::kDelivered, "7"}, 1, 1));
+  EXPECT_EQ(LineOf(id), editing);
+  EXPECT_TRUE(db().UpdateEditedSms(id, 0, "+2", "new"));
+  EXPECT_TRUE(db().ChangeStatus(id, SmsStatus::kPending, SmsStatus::kProcessing));
+}
+
 TEST_F(MessageTest, MissingRowsAreToldAndChangeNothing) {
   const auto id = Add("+1");
   db().DeleteSms(id);
@@ -75,8 +95,8 @@ TEST_F(MessageTest, MissingRowsAreToldAndChangeNothing) {
   EXPECT_FALSE(db().SetExpanded(id, SmsStatus::kPending, "+1"));
   EXPECT_FALSE(db().SetQuerySchedule(id, 1, 1));
   EXPECT_FALSE(db().SetApiMsgId(id, "x"));
-  EXPECT_FALSE(db().SetStatusAndCharge(id, SmsStatus::kSent, "1"));
-  EXPECT_FALSE(db().SetStatusAndCharge(id, std::nullopt, "1"));
+  EXPECT_FALSE(db().SetQueryAnswer(id, SmsStatus::kPending, {SmsStatus::kSent, "1"}));
+  EXPECT_FALSE(db().SetQueryAnswer(id, SmsStatus::kPending, {std::nullopt, "1"}, 60, 60));
   EXPECT_EQ(db().DuplicateSms(id, std::nullopt), -1);
   EXPECT_EQ(db().CopySmsTo(id, SmsStatus::kPending, "+1"), -1);
   const SmsDatabase::ChildSms child{"+1", {SmsStatus::kPending}};
@@ -92,6 +112,7 @@ TEST_F(MessageTest, LogLines) {
   const auto id = Add("+1");
   db().SetSmsStatus(99, SmsStatus::kSent);
   db().SetSmsStatus(id, SmsStatus::kSent);
+  db().BeginEditSms(id);
   db().UpdateEditedSms(id, 0, "+2", "new");
   db().UpdateEditedSms(99, 0, "+2", "new");
   const SmsDatabase::ChildSms child{"+3", {SmsStatus::kPending}};
@@ -176,13 +197,13 @@ TEST_F(MessageTest, SelectionsOfTheSendEngine) {
   EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kQueued, pending1, 99)), "");
   db().SetQuerySchedule(pending1, 0, 0);
   EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kUnknown, pending1, 99)), "");
-  db().SetStatusAndCharge(pending2, std::nullopt, "0.5");
+  db().SetQueryAnswer(pending2, SmsStatus::kUnknown, {std::nullopt, "0.5"});
   EXPECT_EQ(db().GetSms(pending2)->charge, "0.5");
   EXPECT_EQ(StatusOf(pending2), SmsStatus::kUnknown);
-  db().SetStatusAndCharge(pending2, SmsStatus::kDelivered, "1");
+  db().SetQueryAnswer(pending2, SmsStatus::kUnknown, {SmsStatus::kDelivered, "1"});
   db().SetApiMsgId(pending2, "");
   EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kDelivered, -1, 99)), "");  // at its end
-  db().SetStatusAndCharge(pending2, SmsStatus::kScheduledOnServer, "1");
+  db().SetQueryAnswer(pending2, SmsStatus::kDelivered, {SmsStatus::kScheduledOnServer, "1"});
   EXPECT_EQ(ids(db().FollowedRows(SmsStatus::kScheduledOnServer, -1, 99)), "7/60 ");
 }
 

@@ -7,7 +7,7 @@ namespace orvalo::test {
 
 std::int64_t FakeClock::Now() const {
   std::lock_guard guard(mutex_);
-  return now_ms_ / 1000;
+  return (now_ms_ + wall_ms_) / 1000;
 }
 
 std::int64_t FakeClock::Tick() const {
@@ -44,6 +44,11 @@ void FakeClock::Advance(std::int64_t milliseconds) {
   std::lock_guard guard(mutex_);
   now_ms_ += milliseconds;
   for (auto* condition : waiting_) condition->notify_all();
+}
+
+void FakeClock::SetWallClock(std::int64_t now) {
+  std::lock_guard guard(mutex_);
+  wall_ms_ = now * 1000 - now_ms_;
 }
 
 bool FakeClock::AwaitWaiters(int count) {

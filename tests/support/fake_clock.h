@@ -20,6 +20,7 @@ class FakeClock : public platform::Clock {
                  std::int64_t tick, const std::function<bool()>& ready) override;
 
   void Advance(std::int64_t milliseconds);
+  void SetWallClock(std::int64_t now);  // as an operator does: Tick knows nothing of it
   // Blocks (in real time, at most 10 s) until `count` threads wait on this clock; false when they
   // do not.
   bool AwaitWaiters(int count);
@@ -29,6 +30,7 @@ class FakeClock : public platform::Clock {
   std::condition_variable waiters_changed_;
   std::multiset<std::condition_variable*> waiting_;
   std::int64_t now_ms_;
+  std::int64_t wall_ms_ = 0;  // how far the wall clock is set forth
 };
 
 }  // namespace orvalo::test
