@@ -75,7 +75,7 @@ struct OutboxParts {
   OutboxCopy& copy;
   // Logs in with a user and a password; true when logged in.
   std::function<bool(std::string_view, std::string_view)> log_in;
-  std::function<std::string()> login_failure;  // why it did not, in words for the operator
+  std::function<std::string()> login_failure = {};  // why it did not, in words for the operator
 };
 
 // The outbox: every message on a line, sorted by a column, and the commands on them. One object,
