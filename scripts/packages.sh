@@ -5,9 +5,9 @@ set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config ccache qt6-base-dev
        qt6-tools-dev libqt6opengl6-dev qt6-svg-dev fonts-dejavu-core libsqlitecpp-dev libsqlite3-dev libcurl4-openssl-dev libicu-dev
-       nlohmann-json3-dev libfmt-dev libcli11-dev libsodium-dev libgif-dev libcivetweb-dev civetweb libssl-dev
+       nlohmann-json3-dev libfmt-dev libcli11-dev libsodium-dev libgif-dev libboost-dev libssl-dev
        libldap-dev)
-test=(libgtest-dev libgmock-dev libbenchmark-dev sqlite3 openssl kannel xvfb xauth openbox dbus dbus-x11 at-spi2-core
+test=(libcivetweb-dev civetweb libgtest-dev libgmock-dev libbenchmark-dev sqlite3 openssl kannel xvfb xauth openbox dbus dbus-x11 at-spi2-core
       libatspi2.0-dev tinyproxy-bin libpacparser1 libglib2.0-bin gsettings-desktop-schemas chromium chromium-driver
       slapd ldap-utils)
 package=(dpkg-dev file)

@@ -26,14 +26,14 @@ AccountCalls::AccountCalls(const Parts& parts)
 
 void AccountCalls::Register(Router& router) {
   router.Add({"POST", "/v1/session", Access::kOpen,
-              [this](const Call& call) { return OpenSession(call); }});
+              [this](const Call& call) { return OpenSession(call); }, true});
   router.Add({"GET", "/v1/ping", Access::kSession, [](const Call&) { return TrueReply(); }});
   router.Add({"GET", "/v1/balance", Access::kSession,
               [this](const Call& call) { return GetBalance(call); }});
   router.Add({"POST", "/v1/vouchers", Access::kKeyed,
               [this](const Call& call) { return RedeemVoucher(call); }});
   router.Add({"POST", "/v1/password-recovery", Access::kOpen,
-              [this](const Call& call) { return RecoverPassword(call); }});
+              [this](const Call& call) { return RecoverPassword(call); }, true});
   router.Add({"GET", "/v1/version", Access::kOpen, [](const Call&) {
                 return ServedReply{200,
                                    fmt::format(R"({{"service":"orvalo-gateway","version":"{}",)"

@@ -86,11 +86,11 @@ void AccountPage::Register(Router& router) {
   router.Add({"POST", "/v1/page-token", Access::kSession,
               [this](const Call& call) { return GiveToken(call); }});
   router.Add({"GET", kAccountPath, Access::kPage,
-              [this](const Call& call) { return ShowPage(call.request); }});
+              [this](const Call& call) { return KeptToTls(call, ShowPage(call.request)); }});
   router.Add({"POST", kVoucherPath, Access::kPage,
-              [this](const Call& call) { return PostVoucher(call.request); }});
+              [this](const Call& call) { return KeptToTls(call, PostVoucher(call.request)); }});
   router.Add({"POST", kSignOutPath, Access::kPage,
-              [this](const Call& call) { return PostSignOut(call.request); }});
+              [this](const Call& call) { return KeptToTls(call, PostSignOut(call.request)); }});
   router.Add({"GET", kStylePath, Access::kPage, [](const Call&) {
                 return ServedReply{
                     200,
@@ -199,11 +199,22 @@ PageNotice AccountPage::Redeem(std::int64_t account, const ServedRequest& reques
       }));
 }
 
+bool AccountPage::IsOverTls(const ServedRequest& request) const {
+  return parts_.over_tls || request.header("X-Forwarded-Proto") == "https";
+}
+
+// A browser that has come over TLS once never comes without it again.
+ServedReply AccountPage::KeptToTls(const Call& call, ServedReply reply) const {
+  if (IsOverTls(call.request)) {
+    reply.headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
+  }
+  return reply;
+}
+
 std::string AccountPage::CookieHeader(const ServedRequest& request,
                                       const std::string& value) const {
-  const bool tls = parts_.over_tls || request.header("X-Forwarded-Proto") == "https";
   return fmt::format("{}={}; Path={}; HttpOnly; SameSite=Strict{}", kCookie, value, kAccountPath,
-                     tls ? "; Secure" : "");
+                     IsOverTls(request) ? "; Secure" : "");
 }
 
 }  // namespace orvalo::service

@@ -51,6 +51,8 @@ class AccountPage {
   std::optional<PageSessions::Visit> SenderOf(const ServedRequest& request);
   ServedReply RefuseForm(const ServedRequest& request);
   PageNotice Redeem(std::int64_t account, const ServedRequest& request);
+  bool IsOverTls(const ServedRequest& request) const;
+  ServedReply KeptToTls(const Call& call, ServedReply reply) const;
   std::string CookieHeader(const ServedRequest& request, const std::string& value) const;
 
   Parts parts_;

@@ -61,6 +61,11 @@ ServedReply Api::Malformed(int status) {
   return Counted(std::move(reply));
 }
 
+bool Api::TakesLong(std::string_view method, std::string_view path) const {
+  const auto match = router_.Find(method, path);
+  return match.route && match.route->takes_long;
+}
+
 ServedReply Api::Answer(const ServedRequest& request) {
   const auto match = router_.Find(request.method, request.path);
   if (!match.route) {

@@ -22,6 +22,7 @@ class Api : public HttpHandler {
 
   ServedReply Handle(const ServedRequest& request) override;
   ServedReply Malformed(int status) override;
+  bool TakesLong(std::string_view method, std::string_view path) const override;
 
  private:
   ServedReply Counted(ServedReply reply);

@@ -91,10 +91,12 @@ void CarrierChoice::Apply(ServiceOptions& options) const {
       throw UsageError(fmt::format("--operations-listen: \"{}\" is no address and port", listen));
     }
     // An engine keeps as many connections as it has reports to tell at a time.
-    operations.threads = 256;
+    operations.connections = operations.connections_of_an_address = 1'024;
+    operations.slow_threads = 1;
     if (IsLoopback(operations.address) && !operations_tls_) {
-      operations.certificate.clear();
-    } else if (operations.certificate.empty()) {
+      operations.tls_key.clear();
+      operations.tls_certificate.clear();
+    } else if (!operations.has_tls()) {
       throw UsageError(operations_tls_
                            ? "--operations-tls needs --tls-key and --tls-cert"
                            : "--operations-listen: other machines reach it, so it needs --tls-key");

@@ -56,7 +56,7 @@ GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& c
       account_calls_({accounts_, sessions_, submissions_, vouchers_, *carrier_, mail_, clock}),
       message_calls_({database_, submissions_, ledger_, *carrier_, metrics_, clock}),
       account_page_({database_, sessions_, submissions_, vouchers_, *carrier_, clock,
-                     !options.http.certificate.empty()}),
+                     options.http.has_tls()}),
       router_(MakeRouter(account_calls_, message_calls_, account_page_)),
       requests_(clock, options.rate_limit, 1000),
       api_(router_, sessions_, requests_, metrics_,
@@ -77,7 +77,7 @@ void GatewayService::ListenForOperations(const HttpServerOptions& options) {
   operations_ = std::make_unique<HttpServer>(options, operations_handler_);
   if (kannel_ == nullptr) return;
   const bool v6 = options.address.find(':') != std::string::npos;
-  kannel_->Start(fmt::format("{}://{}{}{}:{}", options.certificate.empty() ? "http" : "https",
+  kannel_->Start(fmt::format("{}://{}{}{}:{}", options.has_tls() ? "https" : "http",
                              v6 ? "[" : "", options.address, v6 ? "]" : "", operations_->port()));
 }
 

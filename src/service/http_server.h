@@ -1,26 +1,48 @@
 #pragma once
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "service/http_message.h"
 
 namespace orvalo::service {
 
+// How long a client may take, whatever it sends meanwhile.
+struct HttpPatience {
+  std::chrono::milliseconds first_byte{10'000};  // of a new connection; a TLS handshake, too
+  std::chrono::milliseconds next_request{60'000};
+  std::chrono::milliseconds head{10'000};   // from its first byte on
+  std::chrono::milliseconds body{30'000};   // from the end of the head on
+  std::chrono::milliseconds reply{30'000};  // to take it
+};
+
 struct HttpServerOptions {
-  std::string address = "127.0.0.1";  // numeric
-  int port = 0;                       // 0: any free one
-  std::string certificate;            // a PEM file with key and certificates; empty: no TLS
-  // As many connections are served at a time. From half of them on, each ends with its reply, so
-  // that clients that keep theirs cannot keep others out.
-  int threads = 64;
+  std::string address = "127.0.0.1";     // numeric
+  int port = 0;                          // 0: any free one
+  std::string tls_key, tls_certificate;  // as PEM, the certificate with its chain; empty: no TLS
+  int threads = 64;                      // requests worked on at a time
+  int slow_threads = 40;                 // and of those that wait for something scarce
+  int connections = 2000;
+  int connections_of_an_address = 256;
+  // Numeric addresses whose "X-Forwarded-For" tells who asks; they may have any number of
+  // connections.
+  std::vector<std::string> proxies;
   std::size_t largest_body = 1u << 20;
-  int longest_body_seconds = 30;  // until it has come whole, else the request is given up
+  HttpPatience patience;
+
+  bool has_tls() const { return !tls_certificate.empty(); }
 };
 
 // HTTP/1.1 with keep-alive; knows nothing of what is served. Serves from construction (which throws
-// std::runtime_error when the address cannot be had) to destruction (which waits for the requests
-// in hand).
+// std::runtime_error when the address cannot be had, or key and certificate are of no use) to
+// destruction (which waits for the requests in hand).
+//
+// One thread of its own reads and writes all connections and keeps their deadlines; a request goes
+// to a worker when it is there as a whole. So a connection that is silent, or slow, holds no
+// worker. Where there is no room for a new connection, the one that has kept the server waiting for
+// longest ends: of the same address when that has its number, else of the address that has most.
 class HttpServer {
  public:
   HttpServer(const HttpServerOptions& options, HttpHandler& handler);

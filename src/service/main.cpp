@@ -1,7 +1,9 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <stdexcept>
@@ -19,6 +21,8 @@
 
 namespace orvalo::service {
 namespace {
+
+constexpr std::uint64_t kLargestPem = 1u << 20;
 
 struct ServeOptions {
   ServiceOptions service;
@@ -39,9 +43,18 @@ void AddServeOptions(CLI::App& app, ServeOptions& options) {
   app.add_option("--rate-limit", service.rate_limit, "Requests of one account in a second")
       ->check(CLI::Range(1, 100'000'000))
       ->capture_default_str();
-  app.add_option("--threads", service.http.threads, "Connections served at a time")
+  app.add_option("--threads", service.http.threads, "Requests worked on at a time")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
+  app.add_option("--connections", service.http.connections, "Connections at a time")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+  app.add_option("--connections-per-address", service.http.connections_of_an_address,
+                 "Connections of one address at a time")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+  app.add_option("--proxy", service.http.proxies,
+                 "Numeric address of a proxy whose X-Forwarded-For tells who asks; several times");
   options.carrier.AddOptions(app);
   auto& simulation = service.simulation;
   app.add_option("--sim-delivery-seconds", simulation.delivery_seconds,
@@ -62,8 +75,19 @@ void AddServeOptions(CLI::App& app, ServeOptions& options) {
       ->check(CLI::Range(0, 1'000'000'000));
 }
 
-// The listening address as the HTTP server wants it. TLS key and certificate go into one file in
-// the data folder, which is the form the server takes them in.
+// The service goes on with such a key: to end would be worse for whoever relies on it.
+void WarnOfAnOpenKey(const std::string& file) {
+  std::error_code error;
+  const auto mode = std::filesystem::status(file, error).permissions();
+  if (!error && (mode & std::filesystem::perms::others_read) != std::filesystem::perms::none) {
+    fmt::print(stderr,
+               "orvalo-gateway: warning: every user of this machine can read the private key; "
+               "chmod o-rwx {}\n",
+               file);
+  }
+}
+
+// The listening address as the HTTP server wants it, with key and certificate.
 HttpServerOptions ListeningOptions(const ServeOptions& options) {
   auto http = options.service.http;
   if (!SplitAddress(options.listen, http.address, http.port)) {
@@ -82,14 +106,17 @@ HttpServerOptions ListeningOptions(const ServeOptions& options) {
     }
     return http;
   }
-  const auto key = platform::ReadFile(options.tls_key);
-  const auto certificate = platform::ReadFile(options.tls_cert);
-  if (!key || !certificate) throw UsageError("the TLS key or certificate cannot be read");
-  http.certificate = options.service.folder + "/tls.pem";
-  if (!platform::MakeFolder(options.service.folder) ||
-      !platform::ReplaceFile(http.certificate, *certificate + "\n" + *key)) {
-    throw std::runtime_error("the file " + http.certificate + " cannot be written");
+  const auto key = platform::ReadFile(options.tls_key, kLargestPem);
+  const auto certificate = platform::ReadFile(options.tls_cert, kLargestPem);
+  if (!key || key->empty()) {
+    throw UsageError(fmt::format("--tls-key: {} cannot be read", options.tls_key));
   }
+  if (!certificate || certificate->empty()) {
+    throw UsageError(fmt::format("--tls-cert: {} cannot be read", options.tls_cert));
+  }
+  WarnOfAnOpenKey(options.tls_key);
+  http.tls_key = *key;
+  http.tls_certificate = *certificate;
   return http;
 }
 
@@ -113,7 +140,7 @@ int Serve(ServeOptions options, platform::Clock& clock) {
   }
   const bool v6 = service_options.http.address.find(':') != std::string::npos;
   fmt::print("orvalo-gateway listening on {}://{}{}{}:{}\n",
-             service_options.http.certificate.empty() ? "http" : "https", v6 ? "[" : "",
+             service_options.http.has_tls() ? "https" : "http", v6 ? "[" : "",
              service_options.http.address, v6 ? "]" : "", port);
   if (service.operations_port() != 0) {
     fmt::print("operations on port {}\n", operations_port);

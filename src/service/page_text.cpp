@@ -1,17 +1,23 @@
 #include "service/page_text.h"
 
-#include <civetweb.h>
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 
 #include "platform/code_page.h"
+#include "service/http_message.h"
 
 namespace orvalo::service {
 namespace {
 
-constexpr std::size_t kCookieBytes = 256;  // with the zero behind it
+constexpr std::size_t kLongestCookie = 255;
+
+// Takes the part up to the separator off the front, and the separator with it.
+std::string_view NextPart(std::string_view& text, char separator) {
+  const auto part = text.substr(0, text.find(separator));
+  text.remove_prefix(std::min(part.size() + 1, text.size()));
+  return part;
+}
 
 }  // namespace
 
@@ -48,17 +54,27 @@ std::string Shortened(std::string_view text, std::size_t count) {
 }
 
 std::optional<std::string> FormField(std::string_view form, const char* name, std::size_t most) {
-  std::string value(std::min(form.size(), most) + 1, '\0');  // with the zero behind it
-  const int length = mg_get_var(form.data(), form.size(), name, value.data(), value.size());
-  if (length < 0) return std::nullopt;
-  value.resize(static_cast<std::size_t>(length));
-  return value;
+  while (!form.empty()) {
+    const auto field = NextPart(form, '&');
+    const auto equals = field.find('=');
+    if (equals == std::string_view::npos || field.substr(0, equals) != name) continue;
+    auto value = PercentDecoded(field.substr(equals + 1), true);
+    if (!value || value->size() > most) return std::nullopt;
+    return value;
+  }
+  return std::nullopt;
 }
 
 std::string CookieValue(std::string_view header, const char* name) {
-  std::array<char, kCookieBytes> value{};
-  const int length = mg_get_cookie(std::string(header).c_str(), name, value.data(), value.size());
-  return length < 0 ? std::string() : std::string(value.data(), static_cast<std::size_t>(length));
+  while (!header.empty()) {
+    auto cookie = NextPart(header, ';');
+    cookie.remove_prefix(std::min(cookie.find_first_not_of(' '), cookie.size()));
+    const auto equals = cookie.find('=');
+    if (equals == std::string_view::npos || cookie.substr(0, equals) != name) continue;
+    cookie.remove_prefix(equals + 1);
+    return std::string(cookie.size() > kLongestCookie ? "" : cookie);
+  }
+  return {};
 }
 
 std::string DayText(const platform::LocalTime& local) {

@@ -31,6 +31,7 @@ struct Route {
   std::string path;  // one "*" stands for an id: anything without a slash
   Access access;
   std::function<ServedReply(const Call&)> handler;
+  bool takes_long = false;  // it waits for something scarce
 };
 
 // Finds the handler for a method and a path. Filled before it serves; then any thread.

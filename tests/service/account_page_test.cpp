@@ -104,7 +104,9 @@ TEST_F(AccountPageTest, IsHandedOverOnceAndKnownByACookieFromThenOn) {
   Visitor proxied(port());
   EXPECT_THAT(proxied.Send("GET", "/account?session_id=" + PageToken(), "",
                            "X-Forwarded-Proto: https\r\nSec-Fetch-Site: none\r\n"),
-              HasSubstr("; SameSite=Strict; Secure\r\n"));
+              AllOf(HasSubstr("; SameSite=Strict; Secure\r\n"),
+                    HasSubstr("Strict-Transport-Security: max-age=")));
+  EXPECT_THAT(proxied.Get(), Not(HasSubstr("Strict-Transport-Security")));
 }
 
 TEST_F(AccountPageTest, IsClosedToWhoeverHasNoPlaceThere) {

@@ -128,7 +128,7 @@ TEST(Api, SurvivesWhatIsNoHttp) {
 TEST(Api, ServesOthersBesideClientsThatHoldOn) {
   RunningService running;
   running.options.http.threads = 4;
-  running.options.http.longest_body_seconds = 1;
+  running.options.http.patience.body = std::chrono::seconds(1);
   running.Restart();
   const int port = running.service().port();
   std::vector<std::unique_ptr<GatewayCaller>> polling;

@@ -17,6 +17,7 @@
 namespace orvalo::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 
 // The objects that a command prints, one a line.
@@ -209,7 +210,25 @@ TEST(Program, SpeaksTls) {
   client.SetCertificateAuthorities(certificate);
   EXPECT_EQ(client.Perform(request).body, "{\"ok\":true}");
   EXPECT_EQ(client.Perform(request).status, 200);
+  const auto handshakes = [&](const std::string& how) {
+    return std::system(("openssl s_client -connect 127.0.0.1:" + std::to_string(program.port()) +
+                        " " + how + " </dev/null >/dev/null 2>&1")
+                           .c_str()) == 0;
+  };
+  EXPECT_TRUE(handshakes("-tls1_2 -cipher ECDHE-ECDSA-AES128-GCM-SHA256"));
+  EXPECT_TRUE(handshakes("-tls1_3"));
+  EXPECT_FALSE(handshakes("-tls1_2 -cipher ECDHE-ECDSA-AES128-SHA256")) << "no CBC";
+  EXPECT_FALSE(handshakes("-tls1_1 -cipher ALL:@SECLEVEL=0"));
+  EXPECT_EQ(Slurp(folder.File("err")), "");
   EXPECT_EQ(program.Stop(SIGTERM), 0);
+
+  std::filesystem::permissions(key, std::filesystem::perms::others_read,
+                               std::filesystem::perm_options::add);
+  const auto again = RunGateway({"--tls-key", key, "--tls-cert", key, "--listen", "127.0.0.1:0",
+                                 "--data", folder.File("data")});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_THAT(again.err,
+              AllOf(HasSubstr("can read the private key"), HasSubstr("certificate is of no use")));
 }
 
 }  // namespace

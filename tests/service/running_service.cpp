@@ -10,7 +10,6 @@
 #include <thread>
 
 #include "service/secrets.h"
-#include "support/stop_server.h"
 
 namespace orvalo::test {
 
@@ -74,9 +73,7 @@ RunningService::RunningService(const service::SimulationOptions& simulation, dou
 
 RunningService::~RunningService() { Stop(); }
 
-void RunningService::Stop() {
-  StopServer([this] { service_.reset(); }, service_->port());
-}
+void RunningService::Stop() { service_.reset(); }
 
 void RunningService::Restart(std::int64_t seconds_away) {
   Stop();
