@@ -77,8 +77,8 @@ void GatewayService::ListenForOperations(const HttpServerOptions& options) {
   operations_ = std::make_unique<HttpServer>(options, operations_handler_);
   if (kannel_ == nullptr) return;
   const bool v6 = options.address.find(':') != std::string::npos;
-  kannel_->Start(fmt::format("{}://{}{}{}:{}", options.has_tls() ? "https" : "http",
-                             v6 ? "[" : "", options.address, v6 ? "]" : "", operations_->port()));
+  kannel_->Start(fmt::format("{}://{}{}{}:{}", options.has_tls() ? "https" : "http", v6 ? "[" : "",
+                             options.address, v6 ? "]" : "", operations_->port()));
 }
 
 }  // namespace orvalo::service

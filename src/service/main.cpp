@@ -133,11 +133,6 @@ int Serve(ServeOptions options, platform::Clock& clock) {
   service.Listen();
   const auto port = std::to_string(service.port());
   const auto operations_port = std::to_string(service.operations_port());
-  if (!options.port_file.empty() &&
-      !(platform::ReplaceFile(options.port_file + ".operations", operations_port + "\n") &&
-        platform::ReplaceFile(options.port_file, port + "\n"))) {
-    throw std::runtime_error("the file " + options.port_file + " cannot be written");
-  }
   const bool v6 = service_options.http.address.find(':') != std::string::npos;
   fmt::print("orvalo-gateway listening on {}://{}{}{}:{}\n",
              service_options.http.has_tls() ? "https" : "http", v6 ? "[" : "",
@@ -146,6 +141,11 @@ int Serve(ServeOptions options, platform::Clock& clock) {
     fmt::print("operations on port {}\n", operations_port);
   }
   std::fflush(stdout);
+  if (!options.port_file.empty() &&
+      !(platform::ReplaceFile(options.port_file + ".operations", operations_port + "\n") &&
+        platform::ReplaceFile(options.port_file, port + "\n"))) {
+    throw std::runtime_error("the file " + options.port_file + " cannot be written");
+  }
   stop.Wait();
   return 0;
 }
