@@ -13,8 +13,9 @@
 namespace orvalo {
 namespace {
 
-// Far above what all settings fill; a larger file is none of ours and must not cost a long start.
-constexpr std::uint64_t kLargestDataFile = 4u << 20;
+// What fits into memory at ease; a larger file is none of ours.
+constexpr std::uint64_t kLargestDataFile = 256u << 20;
+constexpr char kDamagedSuffix[] = ".damaged";
 
 std::string_view CutForFile(std::string_view text, std::size_t limit) {
   return platform::FirstBytes(text.substr(0, text.find('\0')), limit);
@@ -33,20 +34,39 @@ bool DataFile::KeyOrder::operator()(const std::string& a, const std::string& b) 
 
 DataFile::DataFile(std::string path, bool auto_save)
     : path_(std::move(path)), auto_save_(auto_save) {
-  const std::optional<std::string> bytes = platform::ReadFile(path_, kLargestDataFile);
-  if (!bytes) return;
-  for (DataRecord& record : DecodeDataRecords(*bytes)) {
+  const std::optional<std::string> bytes = platform::ReadFile(path_, kLargestDataFile, &error_);
+  if (!bytes) {
+    using Kind = platform::FileError::Kind;
+    const bool is_new = error_.kind == Kind::kMissing && !platform::IsNameTaken(path_);
+    const bool too_large = error_.kind == Kind::kTooLarge;
+    state_ = is_new ? State::kSound : too_large ? State::kDamaged : State::kUnreadable;
+    return;
+  }
+  bool sound = true;
+  for (DataRecord& record : DecodeDataRecords(*bytes, &sound)) {
     values_.emplace(StoredKey(record.first), std::move(record.second));  // the first of a key wins
   }
+  if (!sound) state_ = State::kDamaged;
 }
 
 DataFile::~DataFile() {
   if (auto_save_) Save();
 }
 
+std::optional<std::string> DataFile::KeepDamaged() {
+  return state_ == State::kDamaged ? platform::KeepAside(path_, kDamagedSuffix) : std::nullopt;
+}
+
 bool DataFile::Save() {
+  if (state_ == State::kUnreadable) return false;
+  if (state_ == State::kDamaged && !KeepDamaged()) {
+    error_ = platform::FileError::Last();
+    return false;
+  }
   const std::vector<DataRecord> records(values_.begin(), values_.end());
-  return platform::ReplaceFile(path_, EncodeDataRecords(records));
+  if (!platform::ReplaceFile(path_, EncodeDataRecords(records), &error_)) return false;
+  state_ = State::kSound;
+  return true;
 }
 
 bool DataFile::GetString(std::string_view key, std::string* value,

@@ -40,21 +40,26 @@ unsigned char DataScrambler::Next(unsigned char byte) {
   return result;
 }
 
-std::vector<DataRecord> DecodeDataRecords(std::string_view bytes) {
+std::vector<DataRecord> DecodeDataRecords(std::string_view bytes, bool* sound) {
   std::vector<DataRecord> records;
-  if (!bytes.starts_with(kDataMagic)) return records;
+  bool ignored = false;
+  if (sound == nullptr) sound = &ignored;
+  *sound = bytes.starts_with(kDataMagic);
+  if (!*sound) return records;
   bytes.remove_prefix(kDataMagic.size());
   DataScrambler scrambler;
   while (bytes.size() >= kRecordHeader) {
     const std::string header = Scrambled(bytes.substr(0, kRecordHeader), &scrambler);
-    bytes.remove_prefix(kRecordHeader);
     const std::size_t length = ReadLength(std::string_view(header).substr(kKeyField));
-    if (length > bytes.size()) break;
+    if (length > bytes.size() - kRecordHeader) break;
+    bytes.remove_prefix(kRecordHeader);
+    if (length > kMaxDataValue) *sound = false;
     const std::string value = Scrambled(bytes.substr(0, length), &scrambler);
     bytes.remove_prefix(length);
     const std::string_view key = std::string_view(header).substr(0, kMaxDataKey);
     records.emplace_back(UpToNul(key), platform::FirstBytes(UpToNul(value), kMaxDataValue));
   }
+  if (!bytes.empty()) *sound = false;
   return records;
 }
 

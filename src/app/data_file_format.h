@@ -33,7 +33,8 @@ class DataScrambler {
 // Every whole record, in file order, key and value each up to its first NUL. A foreign file has
 // none; a last record that is cut short is dropped, whatever length it claims. A value above
 // kMaxDataValue is cut, never inside a character, and its record still counts as whole.
-std::vector<DataRecord> DecodeDataRecords(std::string_view bytes);
+// `sound` (may be null) says whether nothing but such records stood in the file, none of them cut.
+std::vector<DataRecord> DecodeDataRecords(std::string_view bytes, bool* sound = nullptr);
 
 // The file for these records. Keys and values must be within their limits and hold no NUL.
 std::string EncodeDataRecords(const std::vector<DataRecord>& records);

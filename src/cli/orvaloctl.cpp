@@ -6,6 +6,7 @@
 #include <ostream>
 #include <utility>
 
+#include "app/startup/data_folder.h"
 #include "app/startup/program.h"
 #include "cli/bash_completion.h"
 #include "cli/command.h"
@@ -27,6 +28,10 @@ constexpr char kFolderFooter[] =
     "configuration.\n\nExit status:\n";
 
 constexpr char kCompletionName[] = "Success";  // the parser's name for it
+
+constexpr char kDamagedSettings[] =
+    "Nothing was done: messages might go out in the wrong way. See `orvaloctl settings`, mend them "
+    "with `orvaloctl settings KEY VALUE`, then repeat the command";
 
 struct GlobalArguments {
   std::string data_folder;
@@ -68,6 +73,8 @@ std::string PreparedFolder(const GlobalArguments& arguments, Access access) {
                        "No data folder is known: name it with --data or ORVALO_DATA_PATH");
   }
   folder = std::filesystem::absolute(folder).lexically_normal().string();
+  std::string too_long;
+  if (IsTooLong(folder, Texts(), &too_long)) throw CommandError(ExitCode::kFailed, too_long);
   if (access == Access::kMake) {
     if (!platform::MakeFolder(folder))
       throw CommandError(ExitCode::kFailed, "The folder " + folder + " cannot be made");
@@ -86,6 +93,7 @@ Program::Options ProgramOptions(const std::string& folder, Access access) {
   options.with_gateway = access == Access::kGateway;
   options.test_connection = false;    // the login reports what the test would find
   options.enter_data_folder = false;  // paths on the command line are the operator's
+  options.sound_settings_only = access == Access::kGateway;  // nobody may be there to be warned
   return options;
 }
 
@@ -114,12 +122,18 @@ Ending ExecuteReported(Command& command, Context& context) {
 Ending EndingOf(const Program::Result& result, Ending of_command) {
   switch (result.end) {
     case Program::End::kRan:
+      if (of_command.code == ExitCode::kDone && !result.settings_saved)
+        of_command.code = ExitCode::kFailed;  // a box has told it
       return of_command;
     case Program::End::kInUse:
       return {ExitCode::kInUse, "Another program is using this data folder"};
     case Program::End::kNoGateway:
     case Program::End::kNoDataFolder:
       break;
+    case Program::End::kDamagedSettings:
+      return {ExitCode::kFailed, kDamagedSettings};
+    case Program::End::kNoLock:
+    case Program::End::kNoSettings:
     case Program::End::kNoDatabase:
       return {ExitCode::kFailed, {}};  // its box has told it
     case Program::End::kUnexpected:

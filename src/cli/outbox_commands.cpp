@@ -136,7 +136,8 @@ ExitCode OutboxExportCommand::Execute(Context& context) {
   for (const std::int32_t id : ids_) MessageById(database, id);
   const MessageTexts fields(database, program.GetSettings(), program.GetTexts(),
                             program.GetStatusNames(), program.GetTypeNames(), program.GetClock());
-  OutboxExport writer(database, fields, program.GetTexts(), program.GetMessageBoxes());
+  OutboxExport writer(database, fields, program.GetTexts(), program.GetMessageBoxes(),
+                      program.GetExportPlaces());
   const bool written = ids_.empty() ? writer.WriteAll(file_) : writer.WriteMessages(file_, ids_);
   if (!written) return ExitCode::kFailed;  // which was said
   if (context.json) PrintJson(context.out, {{"File", file_}});

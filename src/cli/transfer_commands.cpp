@@ -2,9 +2,13 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <ostream>
+#include <system_error>
 
+#include "app/export_places.h"
+#include "app/file_texts.h"
 #include "app/startup/program.h"
 #include "cli/address_book.h"
 #include "cli/console_boxes.h"
@@ -114,6 +118,13 @@ void ImportCommand::Define(CLI::App& app) {
       ->type_name("FILE");
 }
 
+void ImportCommand::Check() const {
+  std::error_code none_there;
+  if (!rejects_.empty() && std::filesystem::equivalent(file_, rejects_, none_there)) {
+    throw CommandError(ExitCode::kUsage, "--rejects names the file that is to be imported");
+  }
+}
+
 ExitCode ImportCommand::Execute(Context& context) {
   SmsDatabase& database = context.program.GetDatabase();
   const SeekableInput input(context, file_);
@@ -127,11 +138,17 @@ ExitCode ImportCommand::Execute(Context& context) {
   context.errors.Progress({});
   CheckImported(file_, result);
   PrintImported(context, result);
-  if (!rejects_.empty() && !result.rejected.Save(rejects_, context.program.GetTexts())) {
-    throw CommandError(ExitCode::kNotWritten,
-                       "The contacts are imported, but \"" + rejects_ + "\" cannot be written");
-  }
+  if (!rejects_.empty()) SaveRejects(context, result);
   return ExitCode::kDone;
+}
+
+void ImportCommand::SaveRejects(const Context& context, const CsvImportResult& result) const {
+  const Texts& texts = context.program.GetTexts();
+  const auto error = result.rejected.Save(rejects_, texts, context.program.GetExportPlaces());
+  if (!error) return;
+  throw CommandError(ExitCode::kFailed, WithReason("The contacts are imported, but \"" + rejects_ +
+                                                       "\" cannot be written.",
+                                                   error, texts));
 }
 
 ExportCommand::ExportCommand() : Command("export", "Export contacts to a text file") {}
@@ -158,7 +175,7 @@ void ExportCommand::Check() const {
 ExitCode ExportCommand::Execute(Context& context) {
   SmsDatabase& database = context.program.GetDatabase();
   ConsoleBoxes boxes(context.errors);
-  CsvExport writer(database, context.program.GetTexts(), boxes);
+  CsvExport writer(database, context.program.GetTexts(), boxes, context.program.GetExportPlaces());
   const auto gids = GidsOf(database, groups_);
   bool written = false;
   if (with_group_) {

@@ -5,6 +5,10 @@
 
 #include "cli/command.h"
 
+namespace orvalo {
+struct CsvImportResult;
+}
+
 namespace orvalo::cli {
 
 // Reads contacts from a delimited text file: all lines that can be taken, or, when it is ended or
@@ -13,10 +17,13 @@ class ImportCommand : public Command {
  public:
   ImportCommand();
   void Define(CLI::App& app) override;
+  void Check() const override;
   Access AccessNeeded() const override { return Access::kChange; }
   ExitCode Execute(Context& context) override;
 
  private:
+  void SaveRejects(const Context& context, const CsvImportResult& result) const;
+
   std::string file_;
   std::vector<std::string> groups_;
   std::string separator_ = "comma";

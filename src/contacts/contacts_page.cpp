@@ -382,7 +382,7 @@ void ContactsPage::Upload() {
 }
 
 void ContactsPage::Import() {
-  CsvImportDialog dialog(parts_.database, parts_.texts, parts_.boxes, shown_);
+  CsvImportDialog dialog(parts_.database, parts_.texts, parts_.boxes, parts_.places, shown_);
   if (view_.RunImportDialog(dialog)) Reload();
 }
 
@@ -392,7 +392,8 @@ void ContactsPage::Export() {
     return;
   }
   Guarded([this] {
-    CsvExportDialog dialog(parts_.database, parts_.texts, parts_.boxes, SelectedCids());
+    CsvExportDialog dialog(parts_.database, parts_.texts, parts_.boxes, parts_.places,
+                           SelectedCids());
     view_.RunExportDialog(dialog);
   });
 }

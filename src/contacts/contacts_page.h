@@ -22,6 +22,7 @@ class MessageBoxes;
 namespace orvalo {
 
 class ContactsView;
+class ExportPlaces;
 class RecipientTaker;
 class SmsDatabase;
 class Texts;
@@ -55,6 +56,7 @@ struct ContactsParts {
   platform::MessageBoxes& boxes;
   platform::Mailbox& main_window;  // gets kWmSwitchPage
   RecipientTaker& recipients;      // the compose logic
+  const ExportPlaces& places;      // for lists that are read and written
 };
 
 // The contacts page without its window: the groups, the members of the selected group, and what the

@@ -1,13 +1,15 @@
 #include "contacts/csv_export.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <memory>
+#include <string>
 #include <utility>
 
+#include "app/export_places.h"
+#include "app/file_texts.h"
 #include "app/texts.h"
 #include "platform/code_page.h"
 #include "platform/message_box.h"
+#include "platform/output_file.h"
 #include "store/sms_database.h"
 #include "store/store_error.h"
 
@@ -25,53 +27,41 @@ constexpr int kCsvFailedCaptionId = 1302;
 constexpr std::string_view kHeader = "FName,SName,Title,Custom,Mobile\r\n";
 constexpr std::string_view kHeaderWithGroup = "FName,SName,Title,Custom,Mobile,Group\r\n";
 
-// A file that is written from its beginning to its end.
-class CsvFile {
+// Writes the lines of contacts; one for the whole file, so that its line is made once.
+class ContactLines {
  public:
-  explicit CsvFile(const std::string& path) : file_(std::fopen(path.c_str(), "wb")) {
-    if (file_ != nullptr) std::setvbuf(file_.get(), nullptr, _IOFBF, std::size_t{64} << 10);
-  }
-  bool IsOpen() const { return file_ != nullptr; }
-  void Write(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), file_.get()); }
-  void WriteLine(const ContactView& contact, std::string_view ending) {
+  explicit ContactLines(platform::OutputFile& file) : file_(file) {}
+  void Write(const ContactView& contact, std::string_view ending) {
     line_.clear();
     for (const std::string_view text :
          {contact.name, contact.surname, contact.title, contact.custom}) {
       line_.append(text).append(1, ',');
     }
-    Write(line_.append(contact.mobile).append(ending));
-  }
-  // False when not everything has reached the file.
-  bool Close() {
-    const bool written = std::ferror(file_.get()) == 0;
-    return std::fclose(file_.release()) == 0 && written;
+    file_.Write(line_.append(contact.mobile).append(ending));
   }
 
  private:
-  struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-  std::unique_ptr<std::FILE, CloseFile> file_;
+  platform::OutputFile& file_;
   std::string line_;
 };
 
 }  // namespace
 
 bool CsvExport::WriteContacts(const std::string& path, std::span<const std::int32_t> cids) {
-  return Write(path, kHeader, [&](CsvFile& file) {
-    database_.ForEachContactOf(
-        cids, [&](const ContactView& contact) { file.WriteLine(contact, "\r\n"); });
+  return Write(path, kHeader, [&](ContactLines& lines) {
+    database_.ForEachContactOf(cids,
+                               [&](const ContactView& contact) { lines.Write(contact, "\r\n"); });
   });
 }
 
 bool CsvExport::WriteGroups(const std::string& path, std::span<const std::int32_t> gids) {
-  return Write(path, kHeaderWithGroup, [&](CsvFile& file) {
+  return Write(path, kHeaderWithGroup, [&](ContactLines& lines) {
     for (const std::int32_t gid : gids) {
       const auto name = database_.GetGroupName(gid);
       if (!name) continue;
       const std::string ending = "," + *name + "\r\n";
       database_.ForEachMember(gid,
-                              [&](const ContactView& contact) { file.WriteLine(contact, ending); });
+                              [&](const ContactView& contact) { lines.Write(contact, ending); });
     }
   });
 }
@@ -90,16 +80,19 @@ std::vector<std::int32_t> CsvExport::MembersOf(std::span<const std::int32_t> gid
 template <typename WriteRows>
 bool CsvExport::Write(const std::string& path, std::string_view header,
                       const WriteRows& write_rows) {
-  CsvFile file(path);
-  const std::string not_written = texts_.Format(kCsvNotOpenedTextId, {path}).value_or(path);
-  if (!file.IsOpen()) return Fail(not_written);
-  file.Write(header);
-  try {
-    write_rows(file);
-  } catch (const StoreError& error) {
-    return Fail(error.InWords(texts_));
+  const std::string target = places_.PathOf(path);
+  platform::OutputFile file(target, places_.Own());
+  if (file.Write(header)) {
+    ContactLines lines(file);
+    try {
+      write_rows(lines);
+    } catch (const StoreError& error) {
+      return Fail(error.InWords(texts_));
+    }
   }
-  return file.Close() || Fail(not_written);
+  return file.Commit() ||
+         Fail(WithReason(texts_.Format(kCsvNotOpenedTextId, {target}).value_or(target),
+                         file.Error(), texts_));
 }
 
 bool CsvExport::Fail(const std::string& text) {
@@ -108,10 +101,11 @@ bool CsvExport::Fail(const std::string& text) {
 }
 
 CsvExportDialog::CsvExportDialog(SmsDatabase& database, const Texts& texts,
-                                 platform::MessageBoxes& boxes, std::vector<std::int32_t> selected)
+                                 platform::MessageBoxes& boxes, const ExportPlaces& places,
+                                 std::vector<std::int32_t> selected)
     : texts_(texts),
       boxes_(boxes),
-      writer_(database, texts, boxes),
+      writer_(database, texts, boxes, places),
       selected_(std::move(selected)),
       groups_(database),
       selection_chosen_(!selected_.empty()) {}

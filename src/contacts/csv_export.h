@@ -15,16 +15,19 @@ class MessageBoxes;
 
 namespace orvalo {
 
+class ExportPlaces;
 class SmsDatabase;
 class Texts;
 
-// Writes contacts to a comma-separated text file that the import reads back. Replaces what is
-// there; values stand as they are stored. False when the file cannot be opened or written, or the
-// contacts cannot be read: the operator has then been told. Main thread.
+// Writes contacts to a comma-separated text file that the import reads back. Replaces what is there
+// when all is written; values stand as they are stored. False when the file cannot be opened or
+// written, is the program's own, or the contacts cannot be read: the operator has then been told,
+// and what was there is there still. Main thread.
 class CsvExport {
  public:
-  CsvExport(SmsDatabase& database, const Texts& texts, platform::MessageBoxes& boxes)
-      : database_(database), texts_(texts), boxes_(boxes) {}
+  CsvExport(SmsDatabase& database, const Texts& texts, platform::MessageBoxes& boxes,
+            const ExportPlaces& places)
+      : database_(database), texts_(texts), boxes_(boxes), places_(places) {}
 
   // These contacts, in this order; ids without a contact are left out.
   bool WriteContacts(const std::string& path, std::span<const std::int32_t> cids);
@@ -41,6 +44,7 @@ class CsvExport {
   SmsDatabase& database_;
   const Texts& texts_;
   platform::MessageBoxes& boxes_;
+  const ExportPlaces& places_;
 };
 
 // The window of the export dialog, as far as its logic needs it; see CsvImportWindow. Main thread.
@@ -62,7 +66,7 @@ class CsvExportDialog {
   // `selected` are the contacts selected in the member list, in its order. Throws StoreError when
   // the groups cannot be read.
   CsvExportDialog(SmsDatabase& database, const Texts& texts, platform::MessageBoxes& boxes,
-                  std::vector<std::int32_t> selected);
+                  const ExportPlaces& places, std::vector<std::int32_t> selected);
 
   const std::string& Path() const { return path_; }
   void EditPath(std::string_view path);  // on every change of the file field

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "app/export_places.h"
+#include "app/file_texts.h"
 #include "app/texts.h"
 #include "platform/code_page.h"
 #include "platform/collation.h"
@@ -33,10 +35,12 @@ constexpr int kRejectedNotSavedId = 2015;
 }  // namespace
 
 CsvImportDialog::CsvImportDialog(SmsDatabase& database, const Texts& texts,
-                                 platform::MessageBoxes& boxes, std::int32_t gid)
+                                 platform::MessageBoxes& boxes, const ExportPlaces& places,
+                                 std::int32_t gid)
     : database_(database),
       texts_(texts),
       boxes_(boxes),
+      places_(places),
       groups_(database),
       separators_{{texts.Load(kCommaId), ','},
                   {texts.Load(kSemicolonId), ';'},
@@ -98,8 +102,8 @@ bool CsvImportDialog::Ok(CsvImportWindow& window) {
 }
 
 CsvImportResult CsvImportDialog::Import(CsvImportWindow& window, CsvQuotes quotes) {
-  CsvImportOrder order{path_,        separators_[separator_].value, groups_.CheckedGids(),
-                       auto_create_, prevent_duplicates_,           quotes};
+  CsvImportOrder order{places_.PathOf(path_), separators_[separator_].value, groups_.CheckedGids(),
+                       auto_create_,          prevent_duplicates_,           quotes};
   std::reverse(order.gids.begin(), order.gids.end());
   const struct End {
     CsvImportWindow& window;
@@ -143,8 +147,9 @@ void CsvImportDialog::OfferRejected(const RejectedLines& rejected, CsvImportWind
   while (const auto path = window.PickFileToSave(texts_.Load(kRejectedNameId),
                                                  texts_.LoadOrEmpty(kRejectedFilterId),
                                                  texts_.LoadOrEmpty(kRejectedPatternId))) {
-    if (rejected.Save(*path, texts_)) return;
-    Complain(texts_.Format(kRejectedNotSavedId, {*path}).value_or(std::string()));
+    const auto error = rejected.Save(*path, texts_, places_);
+    if (!error) return;
+    Complain(WithReason(texts_.Format(kRejectedNotSavedId, {*path}).value_or(""), error, texts_));
   }
 }
 

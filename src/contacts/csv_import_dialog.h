@@ -15,6 +15,7 @@ class MessageBoxes;
 
 namespace orvalo {
 
+class ExportPlaces;
 class RejectedLines;
 class SmsDatabase;
 class Texts;
@@ -52,7 +53,7 @@ class CsvImportDialog {
 
   // The group `gid` starts checked. Throws StoreError when the groups cannot be read.
   CsvImportDialog(SmsDatabase& database, const Texts& texts, platform::MessageBoxes& boxes,
-                  std::int32_t gid);
+                  const ExportPlaces& places, std::int32_t gid);
 
   const std::string& Path() const { return path_; }
   void EditPath(std::string_view path);  // on every change of the file field
@@ -92,6 +93,7 @@ class CsvImportDialog {
   SmsDatabase& database_;
   const Texts& texts_;
   platform::MessageBoxes& boxes_;
+  const ExportPlaces& places_;
   GroupChoices groups_;
   std::vector<Separator> separators_;
   std::size_t separator_ = 0;

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "app/export_places.h"
 #include "app/texts.h"
-#include "platform/file.h"
+#include "platform/output_file.h"
 
 namespace orvalo {
 
@@ -39,7 +40,8 @@ std::size_t RejectedLines::Count(RejectReason reason) const {
       lines_.begin(), lines_.end(), [reason](const Line& line) { return line.reason == reason; }));
 }
 
-bool RejectedLines::Save(const std::string& path, const Texts& texts) const {
+platform::FileError RejectedLines::Save(const std::string& path, const Texts& texts,
+                                        const ExportPlaces& places) const {
   std::array<std::string, kRejectReasonCount> reasons;
   for (std::size_t i = 0; i < reasons.size(); ++i) reasons[i] = texts.Load(kReasonIds[i]);
   std::string bytes = texts.LoadOrEmpty(kRejectedHeaderId);
@@ -48,7 +50,10 @@ bool RejectedLines::Save(const std::string& path, const Texts& texts) const {
     bytes.append(reasons[static_cast<std::size_t>(lines_[i].reason)]).append("\t");
     bytes.append(TextAt(i)).append("\r\n");
   }
-  return platform::ReplaceFile(path, bytes);
+  platform::OutputFile file(places.PathOf(path), places.Own());
+  file.Write(bytes);
+  file.Commit();
+  return file.Error();
 }
 
 }  // namespace orvalo

@@ -6,8 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/file_error.h"
+
 namespace orvalo {
 
+class ExportPlaces;
 class Texts;
 
 // Why a line of an import file was not taken.
@@ -33,8 +36,9 @@ class RejectedLines {
   std::size_t Count(RejectReason reason) const;
 
   // A text file: a header, then "line number<TAB>reason<TAB>line" for each, CR LF. Replaces what is
-  // there; false when it cannot be written.
-  bool Save(const std::string& path, const Texts& texts) const;
+  // there when all is written; else says why it is not, and what was there is there still.
+  platform::FileError Save(const std::string& path, const Texts& texts,
+                           const ExportPlaces& places) const;
 
  private:
   struct Line {

@@ -1,14 +1,15 @@
 #include "messages/outbox_export.h"
 
-#include <cstdio>
-#include <memory>
 #include <string_view>
 #include <utility>
 
+#include "app/export_places.h"
+#include "app/file_texts.h"
 #include "app/texts.h"
 #include "messages/message_texts.h"
 #include "platform/code_page.h"
 #include "platform/message_box.h"
+#include "platform/output_file.h"
 #include "store/sms_database.h"
 #include "store/store_error.h"
 
@@ -24,14 +25,6 @@ constexpr int kFailedCaptionId = 1284;
 constexpr int kNoteTextId = 1285;
 constexpr std::string_view kHeaderLine = "ID\tTime\tStatus\tType\tCharge\tTo\tMsg\r\n";
 
-struct CloseExportFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-void WriteBytes(std::FILE* file, std::string_view bytes) {
-  std::fwrite(bytes.data(), 1, bytes.size(), file);  // what fails shows in ferror
-}
-
 }  // namespace
 
 std::string ExportLine(const MessageRow& row, const MessageTexts& fields) {
@@ -46,39 +39,35 @@ std::string ExportLine(const MessageRow& row, const MessageTexts& fields) {
 }
 
 bool OutboxExport::WriteMessages(const std::string& path, std::span<const std::int32_t> ids) {
-  return Write(path, [&](std::FILE* file) {
+  return Write(path, [&](platform::OutputFile& file) {
     for (const std::int32_t id : ids) {
       const auto row = database_.GetSms(id);
-      if (row) WriteBytes(file, ExportLine(*row, fields_));
-      if (std::ferror(file) != 0) return;
+      if (row && !file.Write(ExportLine(*row, fields_))) return;
     }
   });
 }
 
 bool OutboxExport::WriteAll(const std::string& path) {
-  return Write(path, [&](std::FILE* file) {
-    database_.ForEachSms([&](const MessageRow& row) {
-      WriteBytes(file, ExportLine(row, fields_));
-      return std::ferror(file) == 0;
-    });
+  return Write(path, [&](platform::OutputFile& file) {
+    database_.ForEachSms(
+        [&](const MessageRow& row) { return file.Write(ExportLine(row, fields_)); });
   });
 }
 
 template <typename WriteRows>
 bool OutboxExport::Write(const std::string& path, const WriteRows& write_rows) {
-  const std::string not_opened = texts_.Format(kNotOpenedTextId, {path}).value_or(std::string());
-  std::unique_ptr<std::FILE, CloseExportFile> file(std::fopen(path.c_str(), "wb"));
-  if (file == nullptr) return Fail(not_opened);
-  WriteBytes(file.get(), kHeaderLine);
-  try {
-    write_rows(file.get());
-  } catch (const StoreError& error) {
-    return Fail(error.InWords(texts_));
+  const std::string target = places_.PathOf(path);
+  platform::OutputFile file(target, places_.Own());
+  if (file.Write(kHeaderLine)) {
+    try {
+      write_rows(file);
+    } catch (const StoreError& error) {
+      return Fail(error.InWords(texts_));
+    }
+    file.Write(texts_.LoadOrEmpty(kNoteTextId));
   }
-  WriteBytes(file.get(), texts_.LoadOrEmpty(kNoteTextId));
-  const bool written = std::ferror(file.get()) == 0;
-  const bool closed = std::fclose(file.release()) == 0;
-  return (written && closed) || Fail(not_opened);
+  return file.Commit() || Fail(WithReason(texts_.Format(kNotOpenedTextId, {target}).value_or(""),
+                                          file.Error(), texts_));
 }
 
 bool OutboxExport::Fail(const std::string& text) {

@@ -7,10 +7,12 @@
 
 namespace orvalo::platform {
 class MessageBoxes;
-}
+class OutputFile;
+}  // namespace orvalo::platform
 
 namespace orvalo {
 
+class ExportPlaces;
 class MessageTexts;
 class SmsDatabase;
 class Texts;
@@ -19,16 +21,17 @@ struct MessageRow;
 // One line of the export, its end included: seven fields between tabs, written as they are.
 std::string ExportLine(const MessageRow& row, const MessageTexts& fields);
 
-// Writes messages to a tab-separated text file, replacing what is there. Main thread.
+// Writes messages to a tab-separated text file, replacing what is there when all is written. Main
+// thread.
 class OutboxExport {
  public:
   OutboxExport(SmsDatabase& database, const MessageTexts& fields, const Texts& texts,
-               platform::MessageBoxes& boxes)
-      : database_(database), fields_(fields), texts_(texts), boxes_(boxes) {}
+               platform::MessageBoxes& boxes, const ExportPlaces& places)
+      : database_(database), fields_(fields), texts_(texts), boxes_(boxes), places_(places) {}
 
   // These messages in this order (ids without a row are left out), or all in order of their ids.
-  // False when the file cannot be opened or written, or the messages cannot be read; the operator
-  // has then been told.
+  // False when the file cannot be opened or written, is the program's own, or the messages cannot
+  // be read: the operator has then been told, and what was there is there still.
   bool WriteMessages(const std::string& path, std::span<const std::int32_t> ids);
   bool WriteAll(const std::string& path);
 
@@ -41,6 +44,7 @@ class OutboxExport {
   const MessageTexts& fields_;
   const Texts& texts_;
   platform::MessageBoxes& boxes_;
+  const ExportPlaces& places_;
 };
 
 // The window of the export dialog, as far as its logic needs it. Main thread.

@@ -1,10 +1,10 @@
 #include "platform/machine_config.h"
 
+#include <QStandardPaths>
 #include <cstdlib>
 #include <optional>
 #include <utility>
 
-#include "platform/code_page.h"
 #include "platform/collation.h"
 #include "platform/config_lines.h"
 #include "platform/file.h"
@@ -12,7 +12,6 @@
 namespace orvalo::platform {
 namespace {
 
-constexpr std::size_t kLongestValue = 259;              // bytes
 constexpr std::uint64_t kLargestConfigFile = 1u << 20;  // bytes
 constexpr std::string_view kVendorFolder = "/Corvane/";
 
@@ -61,9 +60,7 @@ std::string MachineConfig::Read(std::string_view name) const {
   for (const auto& file : files_) {
     const auto text = ReadFile(file, kLargestConfigFile);
     if (!text) continue;
-    if (const auto value = ValueInText(*text, name)) {
-      return std::string(FirstBytes(*value, kLongestValue));
-    }
+    if (const auto value = ValueInText(*text, name)) return std::string(*value);
   }
   return {};
 }
@@ -71,7 +68,13 @@ std::string MachineConfig::Read(std::string_view name) const {
 std::string ReadDataPath(const MachineConfig& config) {
   const std::string given = EnvironmentValue("ORVALO_DATA_PATH");
   if (given.empty()) return config.Read("DataPath");
-  return std::string(FirstBytes(given, kLongestValue));
+  return given;
+}
+
+std::string DocumentsFolder() {
+  const std::string documents =
+      QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation).toStdString();
+  return IsFolder(documents) ? documents : EnvironmentValue("HOME");
 }
 
 }  // namespace orvalo::platform

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,9 +19,8 @@ std::string UserDataFolder();
 // value are dropped). Names compare without regard to ASCII case; the first line with the name
 // counts, even when its value is empty.
 //
-// Read from ConfigFiles("Orvalo3.conf"), first match wins. Values are cut at 259 bytes, never
-// inside a character. A file that cannot be read, or is larger than 1 MiB, counts as empty. Any
-// thread; reads the files anew at every call.
+// Read from ConfigFiles("Orvalo3.conf"), first match wins. A file that cannot be read, or is larger
+// than 1 MiB, counts as empty. Any thread; reads the files anew at every call.
 class MachineConfig {
  public:
   MachineConfig();                                         // the two standard files
@@ -33,8 +33,14 @@ class MachineConfig {
   std::vector<std::string> files_;
 };
 
+inline constexpr std::size_t kLongestDataPath = 259;  // bytes
+
 // The data folder: the environment variable ORVALO_DATA_PATH unless it is empty, else the value
-// "DataPath"; at most 259 bytes. Empty when none is given.
+// "DataPath". Empty when none is given. One longer than kLongestDataPath is given as it is, to be
+// refused: cut, it would be another folder.
 std::string ReadDataPath(const MachineConfig& config);
+
+// The user's folder for documents, or the home folder when there is none.
+std::string DocumentsFolder();
 
 }  // namespace orvalo::platform

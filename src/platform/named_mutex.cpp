@@ -4,6 +4,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
+
+#include "platform/file.h"
 
 namespace orvalo::platform {
 namespace {
@@ -17,51 +20,54 @@ struct flock WholeFileLock(short type) {
   return lock;
 }
 
-// Empty for a name that would lead out of the scope.
-std::string LockFilePath(const std::string& scope, std::string_view name) {
-  if (scope.empty() || name.empty() || name.find('/') != std::string_view::npos) return {};
-  return scope + "/." + std::string(name) + ".lock";
-}
+// Never through a link, and without waiting should the name belong to a pipe.
+constexpr int kOpenFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 
-int OpenLockFile(const std::string& path, int flags) {
-  // Never through a link, and without waiting should the name belong to a pipe.
-  return open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+// Whether programs could work on the scope, or do already, although its lock file is of no use.
+bool CouldBeWorkedOn(const std::string& scope, const std::string& lock_file) {
+  return IsNameTaken(lock_file) ||
+         (IsFolder(scope) && faccessat(AT_FDCWD, scope.c_str(), W_OK | X_OK, AT_EACCESS) == 0);
 }
 
 }  // namespace
 
+std::string NamedMutex::PathOf(const std::string& scope, std::string_view name) {
+  if (scope.empty() || name.empty() || name.find('/') != std::string_view::npos) return {};
+  return scope + "/." + std::string(name) + ".lock";
+}
+
 bool NamedMutex::Exists(const std::string& scope, std::string_view name) {
-  const int descriptor = OpenLockFile(LockFilePath(scope, name), O_RDONLY);
-  if (descriptor < 0) return false;
+  const OpenFile file(open(PathOf(scope, name).c_str(), O_RDONLY | kOpenFlags));
+  if (!file) return false;
   auto lock = WholeFileLock(F_WRLCK);
-  const bool asked = fcntl(descriptor, F_OFD_GETLK, &lock) == 0;
-  close(descriptor);
-  return asked && lock.l_type != F_UNLCK;
+  return fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
 std::unique_ptr<NamedMutex> NamedMutex::Create(const std::string& scope, std::string_view name,
-                                               Outcome* outcome) {
+                                               Outcome* outcome, FileError* error) {
   const auto say = [outcome](Outcome value) {
     if (outcome != nullptr) *outcome = value;
   };
-  say(Outcome::kFailed);
-  const int descriptor = OpenLockFile(LockFilePath(scope, name), O_RDWR | O_CREAT);
-  if (descriptor < 0) return nullptr;
+  const std::string path = PathOf(scope, name);
+  OpenFile file(OpenOrMake(path, O_RDWR | kOpenFlags, 0600));
   auto lock = WholeFileLock(F_WRLCK);
-  if (fcntl(descriptor, F_OFD_SETLK, &lock) != 0) {
-    if (errno == EAGAIN || errno == EACCES) say(Outcome::kElsewhere);
-    close(descriptor);
+  if (file && fcntl(file.get(), F_OFD_SETLK, &lock) == 0) {
+    say(Outcome::kHeld);
+    return std::unique_ptr<NamedMutex>(new NamedMutex(std::move(file)));
+  }
+  if (file && (errno == EAGAIN || errno == EACCES)) {
+    say(Outcome::kElsewhere);
     return nullptr;
   }
-  say(Outcome::kHeld);
-  return std::unique_ptr<NamedMutex>(new NamedMutex(descriptor));
+  if (error != nullptr) *error = FileError::Last();
+  say(!path.empty() && CouldBeWorkedOn(scope, path) ? Outcome::kUnusable : Outcome::kFailed);
+  return nullptr;
 }
 
 NamedMutex::~NamedMutex() {
   // Unlocked by hand, for a forked child may still have the same file open.
   auto lock = WholeFileLock(F_UNLCK);
-  fcntl(descriptor_, F_OFD_SETLK, &lock);
-  close(descriptor_);
+  fcntl(file_.get(), F_OFD_SETLK, &lock);
 }
 
 }  // namespace orvalo::platform

@@ -10,12 +10,16 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/open_file.h"
+
 namespace orvalo::platform {
 
 std::unique_ptr<NewFile> NewFile::Create(const std::string& path) {
   if (unlink(path.c_str()) != 0 && errno != ENOENT) return nullptr;
   const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  return descriptor < 0 ? nullptr : std::unique_ptr<NewFile>(new NewFile(descriptor));
+  if (descriptor < 0) return nullptr;
+  GiveToOwnerOf(FolderOf(path), descriptor);
+  return std::unique_ptr<NewFile>(new NewFile(descriptor));
 }
 
 NewFile::~NewFile() {

@@ -7,7 +7,8 @@ namespace orvalo::ui {
 ContactsArea::ContactsArea(Program& program, const Kit& kit, platform::Mailbox& main_window,
                            RecipientTaker& recipients)
     : window_(new ContactsWindow(kit)),
-      page_({program.GetDatabase(), kit.texts, program.GetMessageBoxes(), main_window, recipients},
+      page_({program.GetDatabase(), kit.texts, program.GetMessageBoxes(), main_window, recipients,
+             program.GetExportPlaces()},
             *window_) {
   window_->SetPage(&page_);
 }

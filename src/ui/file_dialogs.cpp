@@ -1,7 +1,11 @@
 #include "ui/file_dialogs.h"
 
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QStringList>
+
+#include "platform/machine_config.h"
 
 namespace orvalo::ui {
 
@@ -21,10 +25,8 @@ QStringList QtFilters(const std::string& filter) {
   return filters;
 }
 
-std::optional<std::string> Answer(const QString& path) {
-  if (path.isEmpty()) return std::nullopt;
-  return path.toStdString();
-}
+// The program's current directory is its data folder, where nobody's lists belong.
+QString Documents() { return QString::fromStdString(platform::DocumentsFolder()); }
 
 QString Wanted(const QStringList& filters, const std::string& pattern) {
   const QStringList fitting =
@@ -34,12 +36,23 @@ QString Wanted(const QStringList& filters, const std::string& pattern) {
 
 }  // namespace
 
+std::optional<std::string> SystemFileDialogs::Answer(const QString& path) {
+  if (path.isEmpty()) return std::nullopt;
+  last_folder_ = QFileInfo(path).absolutePath();
+  return path.toStdString();
+}
+
+QString SystemFileDialogs::Start(const std::string& name) const {
+  const QString folder = last_folder_.isEmpty() ? Documents() : last_folder_;
+  return QDir(folder).filePath(QString::fromStdString(name));
+}
+
 std::optional<std::string> SystemFileDialogs::PickFile(QWidget* owner, const std::string& pattern,
                                                        const std::string& filter) {
   const QStringList filters = QtFilters(filter);
   QString wanted = Wanted(filters, pattern);
-  return Answer(
-      QFileDialog::getOpenFileName(owner, {}, {}, filters.join(QStringLiteral(";;")), &wanted));
+  return Answer(QFileDialog::getOpenFileName(owner, {}, Start({}),
+                                             filters.join(QStringLiteral(";;")), &wanted));
 }
 
 std::optional<std::string> SystemFileDialogs::PickFileToSave(QWidget* owner,
@@ -48,7 +61,7 @@ std::optional<std::string> SystemFileDialogs::PickFileToSave(QWidget* owner,
                                                              const std::string& pattern) {
   const QStringList filters = QtFilters(filter);
   QString wanted = Wanted(filters, pattern);
-  return Answer(QFileDialog::getSaveFileName(owner, {}, QString::fromStdString(default_name),
+  return Answer(QFileDialog::getSaveFileName(owner, {}, Start(default_name),
                                              filters.join(QStringLiteral(";;")), &wanted));
 }
 

@@ -1,4 +1,5 @@
 #pragma once
+#include <QString>
 #include <QWidget>
 #include <optional>
 #include <string>
@@ -18,7 +19,7 @@ class FileDialogs {
                                                     const std::string& pattern) = 0;
 };
 
-// The real ones.
+// The real ones. They begin in the user's folder for documents, later where the last file was.
 class SystemFileDialogs : public FileDialogs {
  public:
   std::optional<std::string> PickFile(QWidget* owner, const std::string& pattern,
@@ -26,6 +27,12 @@ class SystemFileDialogs : public FileDialogs {
   std::optional<std::string> PickFileToSave(QWidget* owner, const std::string& default_name,
                                             const std::string& filter,
                                             const std::string& pattern) override;
+
+ private:
+  std::optional<std::string> Answer(const QString& path);
+  QString Start(const std::string& name) const;
+
+  QString last_folder_;
 };
 
 }  // namespace orvalo::ui

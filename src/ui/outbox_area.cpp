@@ -17,7 +17,8 @@ OutboxArea::OutboxArea(Program& program, const Kit& kit, platform::Clipboard& cl
       fields_(program.GetDatabase(), program.GetSettings(), kit.texts, program.GetStatusNames(),
               program.GetTypeNames(), program.GetClock()),
       copy_(program.GetDatabase(), fields_, kit.texts, clipboard),
-      export_(program.GetDatabase(), fields_, kit.texts, program.GetMessageBoxes()),
+      export_(program.GetDatabase(), fields_, kit.texts, program.GetMessageBoxes(),
+              program.GetExportPlaces()),
       window_(new OutboxWindowPage(
           kit, {std::move(set_tab_caption), std::move(is_on_show),
                 [this](std::vector<std::int32_t> selected) { OpenExport(std::move(selected)); },

@@ -149,13 +149,54 @@ TEST_F(DataFileTest, ReadsDamagedFilesAsFarAsTheyAreSound) {
   }
 }
 
-TEST_F(DataFileTest, AFailedSaveSaysSoAndLeavesWhatWasThere) {
-  std::filesystem::create_directories(path_ + "/kept");
-  DataFile file(path_, true);
-  file.SetString("a", "1");
-  EXPECT_FALSE(file.Save());
-  EXPECT_EQ(Value(file, "a"), "1");
-  EXPECT_TRUE(std::filesystem::is_directory(path_ + "/kept"));
+// A folder and a link that leads nowhere cannot be read by anybody, not even by root.
+TEST_F(DataFileTest, WhatCannotBeReadIsNeverReplaced) {
+  std::filesystem::create_directory(folder_.File("empty"));
+  std::filesystem::create_symlink(folder_.File("gone"), folder_.File("link"));
+  for (const char* name : {"empty", "link"}) {
+    {
+      DataFile file(folder_.File(name), true);
+      EXPECT_EQ(file.state(), DataFile::State::kUnreadable) << name;
+      file.SetString("a", "1");
+      EXPECT_FALSE(file.Save());
+      EXPECT_FALSE(file.Error().detail.empty());
+      EXPECT_EQ(Value(file, "a"), "1");
+    }
+    EXPECT_EQ(std::filesystem::is_symlink(folder_.File(name)), name == std::string("link"));
+    EXPECT_FALSE(std::filesystem::is_regular_file(folder_.File(name)));
+  }
+}
+
+TEST_F(DataFileTest, DamagedFilesAreKeptAsideBeforeTheyAreReplaced) {
+  const std::string large = HandMadeFile(
+      std::vector<std::pair<std::string, std::string>>(3000, {"Sig", std::string(2000, 's')}));
+  ASSERT_GT(large.size(), 5u << 20);
+  Spill(path_, large);
+  EXPECT_EQ(DataFile(path_, false).state(), DataFile::State::kSound) << "as large as it is";
+
+  const std::string whole = HandMadeFile({{"A", "1"}, {"B", "2"}});
+  const std::pair<std::string, std::string> cases[] = {
+      // the file, and what is read of A
+      {"foreign", "(none)"},
+      {whole.substr(0, whole.size() - 1), "1"},
+      {"", "(none)"},
+      {HandMadeFile({{"A", std::string(3000, 'x')}}), std::string(2047, 'x')},
+  };
+  std::string suffix = ".damaged";
+  int number = 1;
+  for (const auto& [bytes, value] : cases) {
+    Spill(path_ + ".new", bytes);
+    std::filesystem::rename(path_ + ".new", path_);
+    DataFile file(path_, false);
+    EXPECT_EQ(file.state(), DataFile::State::kDamaged);
+    EXPECT_EQ(Value(file, "A"), value);
+    EXPECT_EQ(file.KeepDamaged(), path_ + suffix);
+    EXPECT_EQ(file.KeepDamaged(), path_ + suffix) << "once is enough";
+    EXPECT_TRUE(file.Save());
+    EXPECT_EQ(Slurp(path_ + suffix), bytes);
+    EXPECT_EQ(DataFile(path_, false).state(), DataFile::State::kSound);
+    suffix = ".damaged." + std::to_string(++number);
+  }
 }
 
 }  // namespace

@@ -74,8 +74,8 @@ TEST_F(AddressBookTest, DeletesContactsEverywhereOrFromAGroup) {
 }
 
 TEST_F(AddressBookTest, ImportsAndExports) {
-  const std::string in = folder() + "/in.csv", out = folder() + "/out.csv";
-  const std::string rejects = folder() + "/rejects.txt";
+  const std::string in = folder() + "/in.csv", out = Outside("out.csv");
+  const std::string rejects = Outside("rejects.txt");
   Spill(in, "fname;mobile;group\nAnn;0821;\nBob;\nCy;+49;Club\nAnna;0821;\nDee\nEve;3;\n");
   EXPECT_THAT(Run({"import", in, "--group", "Friends"}), FailsWith(1, "no column \"mobile\""));
   EXPECT_THAT(Run({"import", in}), FailsWith(2, "--group"));

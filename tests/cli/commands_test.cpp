@@ -8,6 +8,7 @@
 namespace orvalo::test {
 namespace {
 
+using std::string_literals::operator""s;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -64,6 +65,27 @@ TEST_F(CommandsTest, OnlyInitMakesADataFolder) {
   EXPECT_THAT(Run({"init"}), EndsWith(0)) << "a second time changes nothing";
   EXPECT_EQ(StoredSetting(folder(), "client_id"), "Shop");
   EXPECT_THAT(Json({"outbox"}).All(), testing::IsEmpty());
+}
+
+TEST_F(CommandsTest, LosesNoSettingsThatCannotBeRead) {
+  Init();
+  const std::string settings = folder() + "/SMS.dat", sound = Slurp(settings);
+  std::filesystem::rename(settings, settings + ".away");
+  std::filesystem::create_directory(settings);
+  for (const char* command : {"group", "outbox"}) {
+    const std::vector<std::string> args =
+        *command == 'g' ? std::vector<std::string>{"group", "add", "x"} : std::vector{"outbox"s};
+    EXPECT_THAT(Run(args), FailsWith(1, "cannot be read")) << command;
+  }
+  std::filesystem::remove(settings);
+  Spill(settings, sound.substr(0, sound.size() - 1));
+  EXPECT_THAT(Run({"run"}), FailsWith(1, "Nothing was done"));
+  const auto listed = Run({"outbox"});
+  EXPECT_THAT(listed, EndsWith(0));
+  EXPECT_THAT(listed.err, HasSubstr("damaged"));
+  EXPECT_THAT(Run({"settings", "prefix", "27"}), EndsWith(0));
+  EXPECT_EQ(Slurp(settings + ".damaged"), sound.substr(0, sound.size() - 1));
+  EXPECT_EQ(StoredSetting(folder(), "COMBaseURL"), "http://127.0.0.1:1");
 }
 
 TEST_F(CommandsTest, RefusesWrongUsage) {

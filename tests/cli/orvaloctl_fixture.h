@@ -59,6 +59,7 @@ class OrvaloctlTest : public testing::Test {
   OrvaloctlTest() { component::RegisterComponent(registry_); }
 
   const std::string& folder() const { return folder_.path(); }
+  std::string Outside(const std::string& name) const { return outside_.File(name); }
 
   Outcome RunWith(const std::string& input, std::vector<std::string> args,
                   platform::Clock& clock) const {
@@ -92,6 +93,7 @@ class OrvaloctlTest : public testing::Test {
  private:
   ScopedVariable no_password_{"ORVALO_PASSWORD", nullptr};
   TemporaryFolder folder_;
+  TemporaryFolder outside_;
 };
 
 }  // namespace orvalo::test

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "app/data_file.h"
 #include "gateway/occurrences.h"
 #include "orvaloctl_fixture.h"
@@ -109,7 +111,7 @@ TEST_F(ScheduleTest, RefusesChoicesThatDoNotGoTogether) {
 TEST_F(ScheduleTest, ExportsTheOutbox) {
   ASSERT_THAT(Run({"settings", "prefix", "27"}), EndsWith(0));
   Schedule({"--daily", "1", "--times", "3"});
-  const auto file = folder() + "/outbox.txt";
+  const auto file = Outside("outbox.txt");
   const std::string header = "ID\tTime\tStatus\tType\tCharge\tTo\tMsg\r\n";
   const std::string row = "\t09/09/2001 01:46\tScheduled\tText\t?\t27820000001,27831\tlater\r\n";
   EXPECT_THAT(Run({"outbox", "export", file}), EndsWith(0));
@@ -123,8 +125,14 @@ TEST_F(ScheduleTest, ExportsTheOutbox) {
   const auto before = Slurp(file);
   EXPECT_THAT(Run({"outbox", "export", file, "1", "9"}), FailsWith(1, "no message 9"));
   EXPECT_EQ(Slurp(file), before);
-  EXPECT_THAT(Run({"outbox", "export", folder() + "/none/x"}),
-              FailsWith(1, "Unable to open '" + folder() + "/none/x' for writing!"));
+  EXPECT_THAT(Run({"outbox", "export", Outside("none/x")}),
+              FailsWith(1, "Unable to open '" + Outside("none/x") + "' for writing!"));
+  const std::string database = Slurp(folder() + "/SMS.db");
+  std::filesystem::create_symlink(folder() + "/SMS.db", Outside("link"));
+  for (const std::string& own : {folder() + "/SMS.db", Outside("link")}) {
+    EXPECT_THAT(Run({"outbox", "export", own}), FailsWith(1, "one of Orvalo's own files"));
+    EXPECT_EQ(Slurp(folder() + "/SMS.db"), database);
+  }
   EXPECT_THAT(Run({"outbox", "export"}), EndsWith(2));
 }
 

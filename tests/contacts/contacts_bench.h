@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/export_places.h"
 #include "app/texts.h"
 #include "contacts/contacts_page.h"
 #include "contacts/contacts_view.h"
@@ -26,6 +27,7 @@ struct AddressBook {
   FakeClock clock;
   Texts texts;
   ScriptedMessageBoxes boxes;
+  ExportPlaces places;  // none is protected
   SmsDatabase database{folder.path(), texts, clock};
 
   std::int32_t Group(const std::string& name) { return database.AddGroup(name).gid; }

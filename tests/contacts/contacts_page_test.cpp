@@ -57,7 +57,7 @@ class ContactsPageTest : public testing::Test, protected test::AddressBook {
   test::FakeContactsView view;
   test::FakeRecipients recipients;
   test::RecordingMailbox main_window;
-  ContactsPage page{{database, texts, boxes, main_window, recipients}, view};
+  ContactsPage page{{database, texts, boxes, main_window, recipients, places}, view};
 };
 
 TEST_F(ContactsPageTest, ShowsTheMembersOfTheSelectedGroupInTheOrderOfAColumn) {
@@ -357,7 +357,7 @@ TEST_F(ContactsPageTest, NeedsAGroupForContactsAndOpensTheDialogsWithTheSelectio
 
   for (const std::int32_t gid : {friends, staff, zoo}) database.DeleteGroup(gid);
   test::FakeContactsView other;
-  ContactsPage bare({database, texts, boxes, main_window, recipients}, other);
+  ContactsPage bare({database, texts, boxes, main_window, recipients, places}, other);
   bare.BroughtToFront();
   struct Case {
     void (ContactsPage::*press)();

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/export_places.h"
 #include "messages/outbox_bench.h"
 #include "messages/outbox_copy.h"
 #include "messages/outbox_export.h"
@@ -50,7 +51,8 @@ TEST(OutboxExportTest, WritesTheChosenRowsOrAll) {
   const std::string second = "2\t01/01/2005 12:06\tMessage expired\tFlash\t?\t3\tTwo\r\n";
   const std::string path = bench.folder.File("Outbox.txt");
   test::Spill(path, std::string(10'000, 'x'));
-  OutboxExport writer(bench.database, bench.fields, bench.texts, bench.boxes);
+  const ExportPlaces places;
+  OutboxExport writer(bench.database, bench.fields, bench.texts, bench.boxes, places);
   EXPECT_TRUE(writer.WriteAll(path));
   EXPECT_EQ(test::Slurp(path), kHeader + first + second + kNote);
   EXPECT_TRUE(writer.WriteMessages(path, std::vector<std::int32_t>{2, 7, 1}));
@@ -62,14 +64,16 @@ TEST(OutboxExportTest, WritesTheChosenRowsOrAll) {
 
 TEST(OutboxExportTest, TellsWhatCannotBeWritten) {
   test::OutboxBench bench;
-  OutboxExport writer(bench.database, bench.fields, bench.texts, bench.boxes);
+  const ExportPlaces places;
+  OutboxExport writer(bench.database, bench.fields, bench.texts, bench.boxes, places);
   std::size_t told = 0;
   for (const std::string& path :
        {bench.folder.path(), bench.folder.File("none/file"), std::string("/dev/full")}) {
     EXPECT_FALSE(writer.WriteAll(path));
     const auto shown = bench.boxes.shown();
     ASSERT_EQ(shown.size(), ++told);
-    EXPECT_EQ(shown.back().text, "Unable to open '" + path + "' for writing!");
+    EXPECT_TRUE(shown.back().text.starts_with("Unable to open '" + path + "' for writing!\n\n"))
+        << shown.back().text;
     EXPECT_EQ(shown.back().caption, "Unable to export!");
   }
 }
@@ -96,7 +100,8 @@ TEST(OutboxExportDialogTest, GoesByTheSelectionAndThePath) {
   test::OutboxBench bench;
   bench.Add(kTime, ",1", "One");
   bench.Add(kTime, ",2", "Two");
-  OutboxExport writer(bench.database, bench.fields, bench.texts, bench.boxes);
+  const ExportPlaces places;
+  OutboxExport writer(bench.database, bench.fields, bench.texts, bench.boxes, places);
   FakeExportWindow window;
   OutboxExportDialog none({}, writer, bench.texts, window);
   none.ChooseSelected(true);

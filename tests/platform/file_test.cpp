@@ -14,6 +14,9 @@
 #include <thread>
 #include <vector>
 
+#include "platform/file_replacement.h"
+#include "platform/named_mutex.h"
+#include "platform/output_file.h"
 #include "support/temporary_folder.h"
 
 namespace orvalo::platform {
@@ -139,6 +142,105 @@ TEST(FileTest, AFailedReplacementLeavesTheOldFileAlone) {
 
   EXPECT_EQ(Slurp(path), "old");
   EXPECT_EQ(NamesIn(folder.path()), names);
+}
+
+// Whatever root makes in somebody's folder; for other users both are the same anyway.
+TEST(FileTest, WhatRootMakesIsTheFoldersOwners) {
+  constexpr uid_t kNobody = 65534;
+  TemporaryFolder folder;
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(folder.path().c_str(), kNobody, kNobody), 0);
+  }
+  const std::string path = folder.File("SMS.dat");
+  EXPECT_TRUE(ReplaceFile(path, "new"));
+  EXPECT_TRUE(AppendToFile(folder.File("SMS.log"), "line"));
+  EXPECT_TRUE(MakeFolder(folder.File("temp/deeper")));
+  EXPECT_NE(NamedMutex::Create(folder.path(), "m"), nullptr);
+  struct stat about {
+  }, about_folder{};
+  ASSERT_EQ(stat(folder.path().c_str(), &about_folder), 0);
+  for (const char* name : {"SMS.dat", "SMS.log", "temp", "temp/deeper", ".m.lock"}) {
+    ASSERT_EQ(stat(folder.File(name).c_str(), &about), 0) << name;
+    EXPECT_EQ(about.st_uid, about_folder.st_uid) << name;
+  }
+  chmod(path.c_str(), 0640);
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(path.c_str(), 4711, 4712), 0);
+  }
+  ASSERT_EQ(stat(path.c_str(), &about_folder), 0);
+  EXPECT_TRUE(ReplaceFile(path, "newer"));
+  ASSERT_EQ(stat(path.c_str(), &about), 0);
+  EXPECT_EQ(about.st_uid, about_folder.st_uid) << "a replaced file keeps its owner";
+  EXPECT_EQ(about.st_gid, about_folder.st_gid);
+  EXPECT_EQ(ModeOf(path), 0640u);
+}
+
+TEST(FileTest, RemovesOnlyTheTemporariesOfTheDead) {
+  TemporaryFolder folder;
+  for (const char* name : {".orvalo-aB3xyz", ".orvalo-backup", ".orvalo-202611", ".orvalo-aB3xyz4",
+                           ".orvalo-gateway.lock", "orvalo-aB3xyz"}) {
+    Spill(folder.File(name), "x");
+  }
+  std::filesystem::create_directory(folder.File(".orvalo-fOlDeR"));
+  FileReplacement living(folder.File("file"), FileReplacement::Kind::kPrivate);
+  EXPECT_EQ(NamesIn(folder.path()).size(), 8u);
+  RemoveDeadTemporaries(folder.path());
+  EXPECT_EQ(NamesIn(folder.path()).size(), 7u);
+  EXPECT_FALSE(IsNameTaken(folder.File(".orvalo-aB3xyz")));
+  EXPECT_TRUE(living.Write("whole") && living.Commit());
+  EXPECT_EQ(Slurp(folder.File("file")), "whole");
+}
+
+TEST(FileTest, WritesWhatTheOperatorHasNamedButNothingOfItsOwn) {
+  TemporaryFolder folder, own, elsewhere;
+  std::filesystem::create_directory(own.File("temp"));
+  Spill(elsewhere.File("SMS.db"), "linked");
+  Spill(elsewhere.File("SMS.db-wal"), "journal");
+  std::filesystem::create_symlink(elsewhere.File("SMS.db"), own.File("SMS.db"));
+  Spill(own.File("SMS.dat"), "settings");
+  std::filesystem::create_hard_link(own.File("SMS.dat"), folder.File("second name"));
+  std::filesystem::create_symlink(own.File("SMS.log"), folder.File("link to nothing yet"));
+  std::filesystem::create_directory_symlink(own.path(), folder.File("folder"));
+  std::filesystem::create_symlink(folder.File("target"), folder.File("link"));
+  Spill(folder.File("kept"), "old");
+  ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
+  const OwnPlaces places{{own.path(), own.File("temp")}, {elsewhere.File("SMS.db-wal")}};
+  using Kind = FileError::Kind;
+  const std::pair<std::string, Kind> cases[] = {
+      {own.File("SMS.db"), Kind::kOwn},
+      {own.File("any new name"), Kind::kOwn},
+      {own.File("temp/x"), Kind::kOwn},
+      {own.path() + "/../" + own.path().substr(own.path().rfind('/') + 1) + "/x", Kind::kOwn},
+      {folder.File("second name"), Kind::kOwn},
+      {folder.File("link to nothing yet"), Kind::kOwn},
+      {folder.File("folder/x"), Kind::kOwn},
+      {elsewhere.File("SMS.db"), Kind::kOwn},
+      {elsewhere.File("SMS.db-wal"), Kind::kOwn},
+      {folder.path(), Kind::kFolder},
+      {folder.File("none/x"), Kind::kMissing},
+      {"", Kind::kMissing},
+      {folder.File("pipe"), Kind::kNoReader},
+      {"/dev/full", Kind::kFull},
+      {"/dev/null", Kind::kNone},
+      {folder.File("link"), Kind::kNone},
+      {folder.File("new"), Kind::kNone},
+  };
+  for (const auto& [path, expected] : cases) {
+    OutputFile file(path, places);
+    const bool written = file.Write("bytes") && file.Commit();
+    EXPECT_EQ(file.Error().kind, expected) << path << ": " << file.Error().detail;
+    EXPECT_EQ(written, expected == Kind::kNone) << path;
+  }
+  EXPECT_EQ(Slurp(own.File("SMS.dat")), "settings");
+  EXPECT_EQ(Slurp(elsewhere.File("SMS.db")) + Slurp(elsewhere.File("SMS.db-wal")), "linkedjournal");
+  EXPECT_EQ(Slurp(folder.File("target")), "bytes") << "what a link leads to is written";
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.File("link")));
+  {
+    OutputFile cancelled(folder.File("kept"), places);
+    EXPECT_TRUE(cancelled.Write(std::string(200'000, 'x')));
+  }
+  EXPECT_EQ(Slurp(folder.File("kept")), "old");
+  for (const std::string& name : NamesIn(folder.path())) EXPECT_FALSE(name.starts_with(".orvalo"));
 }
 
 TEST(FileTest, MakesFoldersForTheirOwnerOnly) {

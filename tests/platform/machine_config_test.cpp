@@ -33,8 +33,7 @@ TEST(MachineConfigTest, ReadsTheValueOfAName) {
       {"DataPath=\nDataPath=/never", ""},
       {"MyDataPath=/no\nDataPathToo=/no\n=/no\n\n", ""},
       {"DataPath=" + longest, longest},
-      {"DataPath=" + longest + "w", longest},
-      {"DataPath=" + std::string(258, 'v') + "\xC3\xA9", std::string(258, 'v')},
+      {"DataPath=" + longest + "w", longest + "w"},
       {"", ""},
   };
   for (const auto& [text, value] : cases) {
@@ -81,7 +80,7 @@ TEST(MachineConfigTest, TheEnvironmentNamesTheDataFolderFirst) {
   const std::pair<const char*, std::string> cases[] = {{nullptr, "/from the file"},
                                                        {"", "/from the file"},
                                                        {"/given", "/given"},
-                                                       {too_long.c_str(), too_long.substr(0, 259)}};
+                                                       {too_long.c_str(), too_long}};
   for (const auto& [value, path] : cases) {
     const ScopedVariable given("ORVALO_DATA_PATH", value);
     EXPECT_EQ(ReadDataPath(config), path);

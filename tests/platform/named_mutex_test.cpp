@@ -114,15 +114,24 @@ TEST(NamedMutexTest, AScopeThatCannotHoldItFails) {
   Spill(folder.File("target"), "x");
   std::filesystem::create_symlink(folder.File("target"), folder.File(".linked.lock"));
   std::filesystem::create_directory(folder.File(".folder.lock"));
-  const std::pair<std::string, std::string> cases[] = {
-      {folder.File("missing"), "m"}, {folder.File("file"), "m"}, {"", "m"},
-      {folder.path(), ""},           {folder.path(), "../up"},   {folder.path(), "linked"},
-      {folder.path(), "folder"},     {"/proc/self", "m"},  // not even for root
+  const struct {
+    std::string scope, name;
+    Outcome expected;
+  } cases[] = {
+      {folder.File("missing"), "m", Outcome::kFailed},
+      {folder.File("file"), "m", Outcome::kFailed},
+      {"", "m", Outcome::kFailed},
+      {folder.path(), "", Outcome::kFailed},
+      {folder.path(), "../up", Outcome::kFailed},
+      {folder.path(), "linked", Outcome::kUnusable},
+      {folder.path(), "folder", Outcome::kUnusable},
   };
-  for (const auto& [scope, name] : cases) {
+  for (const auto& [scope, name, expected] : cases) {
     Outcome outcome = Outcome::kHeld;
-    EXPECT_EQ(NamedMutex::Create(scope, name, &outcome), nullptr) << scope << " " << name;
-    EXPECT_EQ(outcome, Outcome::kFailed) << scope << " " << name;
+    FileError error;
+    EXPECT_EQ(NamedMutex::Create(scope, name, &outcome, &error), nullptr) << scope << " " << name;
+    EXPECT_EQ(outcome, expected) << scope << " " << name;
+    EXPECT_FALSE(error.detail.empty()) << scope << " " << name;
     EXPECT_FALSE(NamedMutex::Exists(scope, name)) << scope << " " << name;
   }
 }

@@ -157,6 +157,54 @@ TEST_F(ProgramTest, ADatabaseThatCannotBeOpenedIsToldInWords) {
   EXPECT_EQ(test::Slurp(folder_.File("SMS.db")), "this is no database, and stays as it is");
 }
 
+TEST_F(ProgramTest, WhatWouldLoseSomethingEndsTheRunInWords) {
+  Run([](Program& program) {
+    program.GetSettings().SetText(TextSetting::kPrefix, "27");
+    return 0;
+  });
+  const std::string settings = folder_.File("SMS.dat"), lock = folder_.File(".Orvalo3Mutex.lock");
+  const std::string sound = test::Slurp(settings);
+  const auto ends = [&](const Program::Options& options, End end, const std::string& words) {
+    bool launched = false;
+    EXPECT_EQ(Run(options, [&](Program&) { return launched = true, 0; }).end, end) << words;
+    EXPECT_FALSE(launched) << words;
+    ASSERT_FALSE(boxes_.shown().empty()) << words;
+    EXPECT_THAT(boxes_.shown().back().text, HasSubstr(words));
+  };
+  auto options = Folder(folder_.path());
+  std::filesystem::remove(settings);
+  std::filesystem::create_directory(settings);  // nobody can read it as a file
+  ends(options, End::kNoSettings, "\"" + settings + "\" cannot be read");
+  EXPECT_TRUE(std::filesystem::is_directory(settings));
+  std::filesystem::remove(settings);
+
+  test::Spill(settings, sound.substr(0, sound.size() - 1));
+  options.sound_settings_only = true;
+  for (int i = 0; i < 2; ++i) ends(options, End::kDamagedSettings, "SMS.dat.damaged");
+  EXPECT_EQ(Run(Nothing).end, End::kRan) << "with a window, the operator is warned";
+  EXPECT_THAT(boxes_.shown().back().text, HasSubstr("SMS.dat.damaged"));
+  EXPECT_EQ(Run(options, Nothing).end, End::kRan) << "they are sound again";
+  EXPECT_EQ(test::Slurp(settings + ".damaged"), sound.substr(0, sound.size() - 1));
+
+  std::filesystem::remove(lock);
+  std::filesystem::create_directory(lock);
+  ends(options, End::kNoLock, "\"" + lock + "\" cannot be used");
+  ends(Folder("/" + std::string(259, 'd')), End::kNoDataFolder, "longer than 259 bytes");
+}
+
+TEST_F(ProgramTest, ARunThatCannotSaveItsSettingsSaysSo) {
+  test::Spill(folder_.File(".orvalo-aB3xyz"), "what a killed run has left");
+  const auto result = Run([this](Program&) {
+    EXPECT_FALSE(std::filesystem::exists(folder_.File(".orvalo-aB3xyz")));
+    std::filesystem::remove(folder_.File("SMS.dat"));
+    std::filesystem::create_directories(folder_.File("SMS.dat/in the way"));
+    return 0;
+  });
+  EXPECT_EQ(result.end, End::kRan);
+  EXPECT_FALSE(result.settings_saved);
+  EXPECT_THAT(OnlyBox().text, HasSubstr("could not be saved"));
+}
+
 TEST_F(ProgramTest, WithoutAComponentTheLauncherDoesNotRun) {
   const platform::ClassRegistry empty;
   bool launched = false;

@@ -91,7 +91,7 @@ class ContactsWindowTest : public testing::Test, protected test::AddressBook {
   test::FakeRecipients recipients;
   test::RecordingMailbox main_window;
   ui::ContactsWindow window{kit};
-  ContactsPage page{{database, texts, boxes, main_window, recipients}, window};
+  ContactsPage page{{database, texts, boxes, main_window, recipients, places}, window};
   QListView& groups = Get<QListView>("groupList");
   QTableView& members = Get<QTableView>("memberList");
 };

@@ -355,8 +355,9 @@ TEST_F(OutboxWindowTest, TheEnginesWordComesFromItsThreadAndNoMoreWhenTheAreaIsG
 }
 
 TEST_F(OutboxWindowTest, ExportsThroughItsDialog) {
+  test::TemporaryFolder outside;
   With({kPending, kPending}, [&] {
-    files_.answers = {folder_.File("some.txt")};
+    files_.answers = {outside.File("some.txt")};
     Click(1);
     WhenDialogOpens([&](QWidget& dialog) {
       EXPECT_EQ(dialog.objectName(), QStringLiteral("exportDialog"));
@@ -369,7 +370,7 @@ TEST_F(OutboxWindowTest, ExportsThroughItsDialog) {
     });
     Press("outboxExport");
     EXPECT_THAT(files_.names, ElementsAre("Outbox.txt"));
-    const std::string some = test::Slurp(folder_.File("some.txt"));
+    const std::string some = test::Slurp(outside.File("some.txt"));
     EXPECT_THAT(some, HasSubstr("\r\n2\t01/01/2005"));
     EXPECT_EQ(some.find("\r\n1\t"), std::string::npos);
 
@@ -377,11 +378,11 @@ TEST_F(OutboxWindowTest, ExportsThroughItsDialog) {
     WhenDialogOpens([&](QWidget& dialog) {
       EXPECT_FALSE(Child<QRadioButton>(dialog, "exportSelected").isEnabled());
       EXPECT_TRUE(Child<QRadioButton>(dialog, "exportAll").isChecked());
-      QTest::keyClicks(&Child<QLineEdit>(dialog, "exportFile"), Qt8(folder_.File("all.txt")));
+      QTest::keyClicks(&Child<QLineEdit>(dialog, "exportFile"), Qt8(outside.File("all.txt")));
       QTest::keyClick(&dialog, Qt::Key_Return);
     });
     Press("outboxExport");
-    EXPECT_THAT(test::Slurp(folder_.File("all.txt")), HasSubstr("\r\n1\t01/01/2005"));
+    EXPECT_THAT(test::Slurp(outside.File("all.txt")), HasSubstr("\r\n1\t01/01/2005"));
   });
 }
 

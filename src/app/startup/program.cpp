@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "app/file_texts.h"
+#include "app/startup/data_folder.h"
 #include "net/link_message.h"
 #include "net/proxy_settings.h"
 #include "platform/code_page.h"
@@ -14,8 +16,10 @@ namespace orvalo {
 
 namespace {
 
-constexpr char kMutexName[] = "Orvalo3Mutex";
 constexpr std::size_t kShortestFolder = 2;
+constexpr int kFailedToStartId = 1360;
+constexpr int kNotSavedTextId = 2171;
+constexpr int kSettingsCaptionId = 2172;
 
 // Before any text could be loaded from a container, and for the message that must work when nothing
 // else does.
@@ -44,32 +48,66 @@ Program::Result Program::Run(const Options& options, const Launcher& launcher) {
     result.end = End::kNoDataFolder;
     return result;
   }
-  if (!TakeLock(&result.end)) return result;
-  OpenObjects(options);
-  Guarded(options, launcher, &result);
+  std::error_code ignored;
+  data_folder_ = std::filesystem::absolute(data_folder_, ignored).string();
+  std::string problem;
+  if (IsTooLong(data_folder_, texts_, &problem)) {
+    Refuse(problem);
+    result.end = End::kNoDataFolder;
+    return result;
+  }
+  if (!TakeLock(&result)) return result;
+  if (OpenSettings(options, &result)) {
+    OpenObjects();
+    Guarded(options, launcher, &result);
+  }
   Close();
   return result;
 }
 
 // A folder that is missing or cannot be written yields no lock; it is left to the database to say
 // what is wrong with it.
-bool Program::TakeLock(End* end) {
+bool Program::TakeLock(Result* result) {
   if (look_only_) return true;
-  platform::NamedMutex::Outcome outcome{};
-  lock_ = platform::NamedMutex::Create(data_folder_, kMutexName, &outcome);
-  if (outcome != platform::NamedMutex::Outcome::kElsewhere) return true;
-  *end = End::kInUse;
-  return false;
+  FolderLock lock = TakeFolder(data_folder_, texts_);
+  lock_ = std::move(lock.held);
+  if (lock.in_use) result->end = End::kInUse;
+  if (!lock.problem.empty()) {
+    Refuse(lock.problem);
+    result->end = End::kNoLock;
+  }
+  return result->end == End::kRan;
 }
 
-void Program::OpenObjects(const Options& options) {
+// Without its settings, the program would send to another gateway, under another name.
+bool Program::OpenSettings(const Options& options, Result* result) {
   std::error_code ignored;
-  data_folder_ = std::filesystem::absolute(data_folder_, ignored).string();
   if (options.enter_data_folder) std::filesystem::current_path(data_folder_, ignored);
+  export_places_ = ExportPlaces(
+      data_folder_, options.enter_data_folder ? platform::DocumentsFolder() : std::string());
   data_file_ = std::make_unique<DataFile>(data_folder_ + "/SMS.dat", !look_only_);
   settings_.SetRecent({});
   settings_.Load(*data_file_, true);
   ChooseTexts();  // before the database, which names the first group of a new folder
+  const std::string problem = ProblemOf(*data_file_, look_only_, texts_);
+  if (problem.empty()) return true;
+  if (data_file_->state() == DataFile::State::kUnreadable) {
+    Refuse(problem);
+    result->end = End::kNoSettings;
+    return false;
+  }
+  boxes_.Show(problem, texts_.Load(kSettingsCaptionId), platform::BoxIcon::kStop);
+  if (!options.sound_settings_only) return true;
+  data_file_->ForgetAutoSave();
+  result->end = End::kDamagedSettings;
+  return false;
+}
+
+void Program::Refuse(const std::string& text) {
+  boxes_.Show(text, texts_.Load(kFailedToStartId), platform::BoxIcon::kStop);
+}
+
+void Program::OpenObjects() {
   database_ = std::make_unique<SmsDatabase>(data_folder_, texts_, clock_, look_only_);
   if (!look_only_) {
     log_ = std::make_unique<LogFile>(data_folder_ + "/SMS.log", settings_, clock_);
@@ -117,7 +155,15 @@ void Program::Launch(const Options& options, const Launcher& launcher, Result* r
   if (DatabaseIsReady(result)) result->exit_code = launcher(*this);
   StopEngine();
   outside_address_books_->CloseAddressBookSession();
-  if (!look_only_) settings_.Save(*data_file_);
+  if (!look_only_) SaveSettings(result);
+}
+
+void Program::SaveSettings(Result* result) {
+  result->settings_saved = settings_.Save(*data_file_);
+  if (result->settings_saved || result->end != End::kRan) return;  // it has been told worse
+  const std::string text = texts_.Format(kNotSavedTextId, {data_file_->path()}).value_or("");
+  boxes_.Show(WithReason(text, data_file_->Error(), texts_), texts_.Load(kSettingsCaptionId),
+              platform::BoxIcon::kStop);
 }
 
 bool Program::DatabaseIsReady(Result* result) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "app/data_file.h"
+#include "app/export_places.h"
 #include "app/log_file.h"
 #include "app/settings.h"
 #include "app/texts.h"
@@ -38,22 +39,27 @@ class Program {
     bool with_gateway = true;  // create the gateway client and hand it the proxy settings
     bool test_connection = true;            // with the proxy settings, when working online
     bool enter_data_folder = true;          // make it the process's current directory
+    bool sound_settings_only = false;       // ends where a window would only warn of damaged ones
     std::function<void(bool)> wait_cursor;  // see Account: around calls the operator waits for
   };
 
   // How a run ended.
   enum class End {
-    kRan,           // the launcher ran; the exit code is its own
-    kInUse,         // another program holds the data folder
-    kNoDataFolder,  // none is configured
-    kNoGateway,     // the gateway component could not be created
-    kNoDatabase,    // the database could not be opened
-    kUnexpected,    // an exception ended the launcher
+    kRan,              // the launcher ran; the exit code is its own
+    kInUse,            // another program holds the data folder
+    kNoDataFolder,     // none is configured, or its path is too long
+    kNoLock,           // the folder's lock cannot be used, so that nobody must work on it
+    kNoSettings,       // the settings cannot be read
+    kDamagedSettings,  // they can be read in part, where that is not enough
+    kNoGateway,        // the gateway component could not be created
+    kNoDatabase,       // the database could not be opened
+    kUnexpected,       // an exception ended the launcher
   };
   struct Result {
     End end = End::kRan;
     int exit_code = 0;
     std::string reason;  // in words, as far as it is known; the box of kNoDatabase has told it
+    bool settings_saved = true;  // else the operator has been told
   };
 
   // The main window, or a command: runs with everything in place, returns the exit code.
@@ -73,6 +79,7 @@ class Program {
 
   // --- The process-wide objects; valid while the launcher runs. ---
   const std::string& DataFolder() const { return data_folder_; }
+  const ExportPlaces& GetExportPlaces() const { return export_places_; }
   DataFile& GetDataFile() { return *data_file_; }
   AppSettings& GetSettings() { return settings_; }
   SmsDatabase& GetDatabase() { return *database_; }
@@ -96,13 +103,16 @@ class Program {
   SendEngine& GetEngine() { return *engine_; }
 
  private:
-  bool TakeLock(End* end);
-  void OpenObjects(const Options& options);
+  bool TakeLock(Result* result);
+  bool OpenSettings(const Options& options, Result* result);
+  void OpenObjects();
   void ChooseTexts();
+  void Refuse(const std::string& text);
   void Guarded(const Options& options, const Launcher& launcher, Result* result);
   void Launch(const Options& options, const Launcher& launcher, Result* result);
   // False, the operator having been told why, when nothing can be done with the database.
   bool DatabaseIsReady(Result* result);
+  void SaveSettings(Result* result);
   bool ConnectGateway(const Options& options, Result* result);
   void LogInterrupted();
   void StopEngine();
@@ -116,6 +126,7 @@ class Program {
   // In the order of creation.
   std::unique_ptr<platform::NamedMutex> lock_;
   std::string data_folder_;
+  ExportPlaces export_places_;
   Texts texts_;
   std::unique_ptr<DataFile> data_file_;
   AppSettings settings_;
