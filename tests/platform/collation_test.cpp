@@ -59,7 +59,7 @@ TEST(Collation, OrdersAsADictionaryDoes) {
   ASSERT_TRUE(kPlainLocale);
   const std::vector<std::string> sorted = {"",      "1",     "10",    "2",     "ab",    "Ab",
                                            "AB",    "abc",   "café",  "Café",  "cafes", "coop",
-                                           "co-op", "coop-", "co'op", "CO-OP", "coops", "éa",
+                                           "co'op", "co-op", "coop-", "CO-OP", "coops", "éa",
                                            "eb",    "Zebra", "ω",     "ж",     "日本"};
   for (std::size_t i = 0; i < sorted.size(); ++i) {
     for (std::size_t j = 0; j < sorted.size(); ++j) {
