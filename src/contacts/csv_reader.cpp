@@ -82,8 +82,8 @@ void CsvContactReader::ReadHeader() {
 
 bool CsvContactReader::ReadRow() {
   if (!valid_ || !ReadRecord(column_count_)) return false;
-  if (open_quote_) return true;
   fields_.fill({});
+  if (open_quote_) return true;
   bool reached_mobile = false;
   for (std::size_t column = 0; column < cut_.Count(); ++column) {
     const auto code = static_cast<std::size_t>(columns_[column]);

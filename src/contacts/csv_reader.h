@@ -48,7 +48,7 @@ class CsvContactReader {
   // that nobody has said what is to be done with them.
   bool RefusedQuotes() const { return refused_quotes_; }
   // The line read last has a quotation mark that nothing closes before the end of the file, or
-  // within TextLines::kLongestLine bytes: its fields are not to be used.
+  // within TextLines::kLongestLine bytes: its fields are empty.
   bool HasOpenQuote() const { return open_quote_; }
   // Reads the next line without looking into it; false at the end.
   bool SkipLine() { return ReadLine(); }
