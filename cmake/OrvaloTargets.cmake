@@ -14,6 +14,17 @@ if(ORVALO_SANITIZE)
   target_link_options(orvalo_flags INTERFACE -fsanitize=${ORVALO_SANITIZE})
 endif()
 
+# What is installed resists what a fault in it would let in: full RELRO, checked library calls, stack protection, control-flow
+# enforcement, an address of its own at each start.
+if(CMAKE_BUILD_TYPE STREQUAL Release AND NOT ORVALO_SANITIZE)
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(orvalo_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong
+                         -fstack-clash-protection $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>)
+  target_link_options(orvalo_flags INTERFACE -Wl,-z,relro,-z,now)
+  include(CheckPIESupported)
+  check_pie_supported(LANGUAGES CXX)
+endif()
+
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)

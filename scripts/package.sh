@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the Debian package and prints its path.
+# Builds the Debian packages and prints their paths.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/packages.sh build package >&2
@@ -7,4 +7,4 @@ scripts/build.sh package
 cd build/package
 rm -f ./*.deb
 cpack -G DEB >cpack.log || { cat cpack.log >&2; exit 1; }
-echo "$PWD"/*.deb
+printf '%s\n' "$PWD"/*.deb

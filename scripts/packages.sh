@@ -11,7 +11,7 @@ test=(libcivetweb-dev civetweb libgtest-dev libgmock-dev libbenchmark-dev sqlite
       libatspi2.0-dev tinyproxy-bin libpacparser1 libglib2.0-bin gsettings-desktop-schemas chromium chromium-driver
       slapd ldap-utils)
 package=(dpkg-dev file)
-lint=(clang-format clang-tidy clang libclang-rt-14-dev git python3)
+lint=(clang-format clang-tidy clang libclang-rt-14-dev git python3 lintian systemd binutils)
 
 wanted=()
 for set in "${@:-build}"; do
