@@ -1,5 +1,6 @@
 #include "shell/options_page.h"
 
+#include "app/setting_rules.h"
 #include "app/settings.h"
 #include "app/texts.h"
 #include "gateway/account.h"
@@ -16,6 +17,8 @@ namespace {
 
 constexpr int kBadSenderTextId = 2268;
 constexpr int kBadSenderCaptionId = 2269;
+constexpr int kBadPrefixTextId = 2316;
+constexpr int kBadPrefixCaptionId = 2317;
 constexpr std::size_t kVoucherFieldRead = 15;  // characters taken of each field
 
 std::string FirstOf(std::string_view text, std::size_t length) {
@@ -66,14 +69,18 @@ void OptionsPage::SetUp() {
 void OptionsPage::Apply() {
   AppSettings& settings = parts_.settings;
   const OptionsValues values = parts_.view.Values();
-  settings.SetText(TextSetting::kPrefix, WithoutLeadingZeros(FirstOf(values.prefix, kTextLength)));
+  const std::string prefix = WithoutLeadingZeros(FirstOf(values.prefix, kTextLength));
   settings.SetText(TextSetting::kSignature, FirstOf(values.signature, kTextLength));
   StoreSwitches(values);
   parts_.main_window.Post(values.online ? kWmOnline : kWmOffline, 0, 0);
   parts_.proxy.Apply();  // asks whether the program works on-line
   settings.SetText(TextSetting::kOutlookName, FirstOf(values.outlook_name, kTextLength));
   settings.SetText(TextSetting::kOutlookPassword, FirstOf(values.outlook_password, kTextLength));
-  StoreSender(FirstOf(values.sender_id, kTextLength));
+  const std::string sender = FirstOf(values.sender_id, kTextLength);
+  StoreChecked(TextSetting::kSenderId, sender, sender.empty() || platform::IsSenderId(sender),
+               kBadSenderTextId, kBadSenderCaptionId);
+  StoreChecked(TextSetting::kPrefix, prefix, IsPrefix(prefix), kBadPrefixTextId,
+               kBadPrefixCaptionId);
   StoreUpload(values);
   settings.Save(parts_.data_file);
 }
@@ -90,15 +97,15 @@ void OptionsPage::StoreSwitches(const OptionsValues& values) {
 }
 
 // One that was stored before it was checked stays until it is changed.
-void OptionsPage::StoreSender(const std::string& sender) {
-  AppSettings& settings = parts_.settings;
-  if (sender == settings.Text(TextSetting::kSenderId)) return;
-  if (sender.empty() || platform::IsSenderId(sender)) {
-    settings.SetText(TextSetting::kSenderId, sender);
+void OptionsPage::StoreChecked(TextSetting setting, const std::string& value, bool good,
+                               int problem_text_id, int problem_caption_id) {
+  if (value == parts_.settings.Text(setting)) return;
+  if (good) {
+    parts_.settings.SetText(setting, value);
     return;
   }
-  parts_.boxes.Show(parts_.texts.Format(kBadSenderTextId, {sender}).value_or(sender),
-                    parts_.texts.Load(kBadSenderCaptionId), platform::BoxIcon::kStop);
+  parts_.boxes.Show(parts_.texts.Format(problem_text_id, {value}).value_or(value),
+                    parts_.texts.Load(problem_caption_id), platform::BoxIcon::kStop);
 }
 
 void OptionsPage::StoreUpload(const OptionsValues& values) {

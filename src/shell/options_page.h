@@ -85,8 +85,9 @@ class OptionsPage : public WorkingModeView {
 
   void SetUp();  // once, when the window is there
 
-  // Writes the controls into the settings and saves those. A sender ID that phone networks would
-  // refuse is not written: the operator is told, and it stays in its control.
+  // Writes the controls into the settings and saves those. A country code that is none, and a
+  // sender ID that phone networks would refuse, are not written: the operator is told, and they
+  // stay in their controls.
   void Apply();
 
   // --- Choices that take effect at once ---
@@ -111,7 +112,9 @@ class OptionsPage : public WorkingModeView {
 
  private:
   void StoreSwitches(const OptionsValues& values);
-  void StoreSender(const std::string& sender);
+  // Unless it is good, the operator is told why and the stored value stays.
+  void StoreChecked(TextSetting setting, const std::string& value, bool good, int problem_text_id,
+                    int problem_caption_id);
   void StoreUpload(const OptionsValues& values);
 
   Parts parts_;

@@ -172,7 +172,7 @@ TEST(OptionsPageTest, TheChoiceGoesOnlineAndOffline) {
   EXPECT_EQ(bench.balances, 3);
 }
 
-TEST(OptionsPageTest, RefusesASenderThatNetworksWouldRefuse) {
+TEST(OptionsPageTest, RefusesASenderOrAPrefixOfNoUse) {
   OptionsBench bench;
   bench.settings.SetText(TextSetting::kSenderId, "Kept");
   bench.page.SetUp();
@@ -183,6 +183,15 @@ TEST(OptionsPageTest, RefusesASenderThatNetworksWouldRefuse) {
     EXPECT_EQ(bench.view.values.sender_id, bad) << "left to be mended";
     EXPECT_NE(bench.LastBox().find(bad), std::string::npos);
   }
+  bench.view.values.sender_id = "Kept";
+  bench.settings.SetText(TextSetting::kPrefix, "44");
+  for (const char* bad : {"27x", "+27", "2 7"}) {
+    bench.view.values.prefix = std::string("00") + bad;
+    bench.page.Apply();
+    EXPECT_EQ(bench.Saved("prefix"), "44") << bad;
+    EXPECT_NE(bench.LastBox().find(bad), std::string::npos);
+  }
+  bench.view.values.prefix = "";
   const auto boxes = bench.boxes.shown().size();
   for (const char* good : {"Bank & Co", "+27821110001", "123456789012345", ""}) {
     bench.view.values.sender_id = good;
