@@ -37,6 +37,7 @@ ExitCode ScheduleCommand::Execute(Context& context) {
   }
   QueuedMessage message;
   recipients_.ReadFile(context);
+  recipients_.TellDoubles(context.errors);
   message.to = recipients_.RecipientString(program.GetDatabase());
   message.type = content_.type();
   message.sender_id = content_.sender();

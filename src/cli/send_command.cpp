@@ -22,6 +22,7 @@ void SendCommand::Check() const {
 ExitCode SendCommand::Execute(Context& context) {
   QueuedMessage message;
   recipients_.ReadFile(context);
+  recipients_.TellDoubles(context.errors);
   message.to = recipients_.RecipientString(context.program.GetDatabase());
   message.type = content_.type();
   message.sender_id = content_.sender();

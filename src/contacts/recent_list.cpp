@@ -56,21 +56,24 @@ std::string LabelText(std::string_view name, std::string_view surname, std::stri
 
 }  // namespace
 
-void RecentList::AddRecent(std::string_view name, std::string_view surname,
-                           std::string_view number) {
+std::optional<std::string> RecentList::AddRecent(std::string_view name, std::string_view surname,
+                                                 std::string_view number) {
   const std::string_view kept = platform::FirstBytes(number, kNumberSize - 1);
-  if (kept.empty()) return;
+  if (kept.empty()) return std::nullopt;
   auto records = settings_.Recent();
   const bool known = std::any_of(records.begin(), records.end(), [&](const RecentRecord& record) {
     return IsEntry(record) && NumberOf(record) == kept;
   });
-  if (known) return;
+  if (known) return std::nullopt;
   RecentRecord record{};
   record[0] = kRecentKind;
   SetField(record, kLabelAt, kLabelSize, LabelText(name, surname, number));
   SetField(record, kNumberAt, kNumberSize, kept);
   records.insert(records.begin(), record);
+  std::optional<std::string> lost;
+  if (records.size() > kMaxRecent && IsChosen(records.back())) lost = NumberOf(records.back());
   settings_.SetRecent(std::move(records));
+  return lost;
 }
 
 void RecentList::ClearRecent() { settings_.SetRecent({}); }

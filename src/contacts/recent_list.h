@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,8 +20,10 @@ class RecentList {
 
   // Puts a number in front; the oldest of ten goes. `name` and `surname` may be empty. Nothing
   // changes when the number (its first 16 bytes, which is what a record holds) is in the list
-  // already, or is empty.
-  void AddRecent(std::string_view name, std::string_view surname, std::string_view number);
+  // already, or is empty. The number of the entry that went when that was chosen as a recipient:
+  // the choice must not be lost with it.
+  std::optional<std::string> AddRecent(std::string_view name, std::string_view surname,
+                                       std::string_view number);
   void ClearRecent();
 
   std::size_t size() const;

@@ -1,13 +1,16 @@
 #include "messages/recipient_selection.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 #include "app/texts.h"
 #include "contacts/external_address_book.h"
 #include "contacts/recent_list.h"
+#include "messages/pasted_numbers.h"
 #include "messages/recipient_view.h"
 #include "platform/code_page.h"
+#include "platform/message_box.h"
 #include "store/sms_database.h"
 
 namespace orvalo {
@@ -15,6 +18,13 @@ namespace orvalo {
 namespace {
 
 constexpr int kDirectNameId = 1338;
+constexpr int kNumbersCaptionId = 2200;
+constexpr int kTakenTextId = 2201;
+constexpr int kLeftOutTextId = 2202;
+constexpr int kDoubledTextId = 2203;
+constexpr int kNoNumberTextId = 2204;
+
+constexpr const char* kDigits = "0123456789";
 
 // From here on one reading of all contacts is cheaper than a look-up of each.
 constexpr std::size_t kManyContacts = 500;
@@ -40,12 +50,28 @@ void RecipientSelection::NumbersChanged() {
   RefreshCounter();
 }
 
-void RecipientSelection::EndNumberEdit(std::size_t row, const std::optional<std::string>& text) {
-  if (!text) return;
+bool RecipientSelection::EndNumberEdit(std::size_t row, const std::optional<std::string>& text) {
+  if (!text || (row <= numbers_.Last() && *text == numbers_.rows()[row])) return true;
+  const std::vector<std::string_view> items = PastedItems(*text);
+  if (items.size() > 1) {
+    TakeList(*text);
+    return false;
+  }
+  std::string number(items.empty() ? std::string_view() : items.front());
+  if (number.find_first_not_of(kDigits) != std::string::npos ||
+      number.size() > NumberList::kNumberLength) {
+    auto written = NumberOf(number);
+    if (!written) {
+      TellLeftOut(number);
+      return false;
+    }
+    number = std::move(*written);
+  }
   const std::size_t last = numbers_.Last();
-  numbers_.Set(row, *text);
+  numbers_.Set(row, number);
   NumbersChanged();
   if (numbers_.Last() > last) parts_.view.BringNumberIntoView(numbers_.Last());
+  return true;
 }
 
 std::size_t RecipientSelection::RowOf(std::optional<std::size_t> selected) const {
@@ -72,12 +98,51 @@ const std::string& RecipientSelection::NumberText(std::optional<std::size_t> sel
   return numbers_.rows()[RowOf(selected)];
 }
 
-// As the one-line editing field takes a pasted text: its first line.
 void RecipientSelection::PasteNumber(std::optional<std::size_t> selected, std::string_view text) {
-  const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
-  if (line.empty()) return;
-  parts_.view.EditNumber(RowOf(selected),
-                         std::string(platform::FirstCharacters(line, NumberList::kNumberLength)));
+  const auto item = TakePaste(text, NumberList::kNumberLength);
+  if (item) parts_.view.EditNumber(RowOf(selected), item);
+}
+
+std::optional<std::string> RecipientSelection::TakePaste(std::string_view text, std::size_t room) {
+  const std::vector<std::string_view> items = PastedItems(text);
+  if (items.empty()) return std::nullopt;
+  if (items.size() > 1) {
+    TakeList(text);
+    return std::nullopt;
+  }
+  const std::string_view item = items.front();
+  const bool has_digit = item.find_first_of(kDigits) != std::string_view::npos;
+  if (has_digit && platform::CountCharacters(item) <= room) return std::string(item);
+  auto number = NumberOf(item);
+  if (number && number->size() <= room) return number;
+  TellLeftOut(item);
+  return std::nullopt;
+}
+
+void RecipientSelection::TakeList(std::string_view text) {
+  const PastedNumbers pasted = ReadPastedNumbers(text, numbers_.rows());
+  for (const std::string& number : pasted.numbers) numbers_.Append(number);
+  NumbersChanged();
+  parts_.view.BringNumberIntoView(numbers_.Last());
+  const auto line = [this](int id, std::initializer_list<platform::FormatInsert> inserts) {
+    return parts_.texts.Format(id, inserts).value_or(std::string());
+  };
+  std::string told = line(kTakenTextId, {std::to_string(pasted.numbers.size())});
+  if (pasted.left_out > 0) {
+    told += "\n" + line(kLeftOutTextId, {std::to_string(pasted.left_out), pasted.first_left_out});
+  }
+  if (pasted.doubled > 0) {
+    told += "\n" + line(kDoubledTextId, {std::to_string(pasted.doubled), pasted.first_doubled});
+  }
+  Tell(told);
+}
+
+void RecipientSelection::TellLeftOut(std::string_view item) {
+  Tell(parts_.texts.Format(kNoNumberTextId, {ItemToShow(item)}).value_or(std::string()));
+}
+
+void RecipientSelection::Tell(const std::string& text) {
+  parts_.boxes.Show(text, parts_.texts.Load(kNumbersCaptionId), platform::BoxIcon::kInformation);
 }
 
 // --- The tree
@@ -143,6 +208,7 @@ void RecipientSelection::RefreshCounter() { parts_.view.ShowRecipientCount(Count
 // The ticked recent numbers are taken before the list receives the others: what has just been
 // chosen must not push out an entry that is chosen too.
 RecipientString RecipientSelection::BuildRecipientString() {
+  tree_.FollowAddressBook();
   RecipientString to;
   std::vector<Named> used;
   for (const std::string& number : numbers_.rows()) {
@@ -155,8 +221,12 @@ RecipientString RecipientSelection::BuildRecipientString() {
   }
   AppendExternal(to, used);
 
-  for (const Named& one : used) parts_.recent.AddRecent(one.name, one.surname, one.number);
+  for (const Named& one : used) {
+    const auto lost = parts_.recent.AddRecent(one.name, one.surname, one.number);
+    if (lost) numbers_.Append(*lost);
+  }
   if (!used.empty()) tree_.RebuildRecent();
+  NumbersChanged();
   return to;
 }
 

@@ -173,8 +173,8 @@ void ComposeWindow::WireCommands() {
 
 void ComposeWindow::Command(void (ComposePage::*command)()) {
   Try([this, command] {
-    recipients_.Numbers().FinishEditing();
-    std::invoke(command, *page_);
+    const bool taken = recipients_.Numbers().FinishEditing();
+    if (taken || command == &ComposePage::ClearForm) std::invoke(command, *page_);
   });
 }
 
@@ -280,6 +280,9 @@ void ComposeWindow::RunEditCommand(Focus input, EditCommand command) {
     case Focus::kSearch:
       return RunIn(form_.search, command);
     case Focus::kNumberEditor:
+      if (command == EditCommand::kPaste) {
+        return recipients_.Numbers().PasteIntoField(QApplication::clipboard()->text());
+      }
       return RunIn(*recipients_.Numbers().Editor(), command);
     default:
       return;

@@ -89,7 +89,8 @@ class ComposeWindow : public QWidget, public ComposeView {
   bool Try(const std::function<void()>& work);
   void WireMessage();
   void WireCommands();
-  // Runs a page command with what the operator has typed taken over.
+  // Runs a page command with what the operator has typed taken over. A message goes out only when
+  // all of it could be.
   void Command(void (ComposePage::*command)());
 
   const Kit& kit_;

@@ -1,9 +1,16 @@
 #include "ui/number_input.h"
 
 #include <QAbstractListModel>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
@@ -13,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "messages/pasted_numbers.h"
 #include "messages/recipient_selection.h"
 #include "ui/character_limit.h"
 #include "ui/form_loader.h"
@@ -91,9 +99,13 @@ class NumberInput::Field : public QStyledItemDelegate {
  public:
   using Ended = std::function<void(std::size_t row, std::string text)>;
   using Accepts = std::function<bool(char32_t character)>;
+  using Pasted = std::function<void(const QString& text)>;
 
-  Field(const Rows& rows, Ended ended, Accepts accepts)
-      : rows_(rows), ended_(std::move(ended)), accepts_(std::move(accepts)) {}
+  Field(const Rows& rows, Ended ended, Accepts accepts, Pasted pasted)
+      : rows_(rows),
+        ended_(std::move(ended)),
+        accepts_(std::move(accepts)),
+        pasted_(std::move(pasted)) {}
 
   QLineEdit* Open() const { return open_; }
   void Finish() {
@@ -150,25 +162,67 @@ class NumberInput::Field : public QStyledItemDelegate {
         Finish();  // and the list has the focus, not the next row's field
         return true;
       }
-      if (IsTyped(key) && !Accepted(key.text())) return true;
+      if (key.matches(QKeySequence::Paste)) {
+        pasted_(QGuiApplication::clipboard()->text());
+        return true;
+      }
+      if (IsTyped(key) && Accepted(key.text()) != key.text()) return true;
     }
-    if (event->type() == QEvent::InputMethod &&
-        !Accepted(static_cast<const QInputMethodEvent*>(event)->commitString())) {
-      return true;
+    if (event->type() == QEvent::InputMethod) {
+      auto& composed = static_cast<QInputMethodEvent&>(*event);
+      composed.setCommitString(Accepted(composed.commitString()), composed.replacementStart(),
+                               composed.replacementLength());
     }
+    if (editor == open_ && TakePaste(*event)) return true;
     return QStyledItemDelegate::eventFilter(editor, event);
   }
 
  private:
-  bool Accepted(const QString& typed) const {
-    const auto characters = typed.toUcs4();
-    return std::all_of(characters.begin(), characters.end(),
-                       [this](char32_t character) { return accepts_(character); });
+  QString Accepted(const QString& typed) const {
+    QString accepted;
+    for (const char32_t character : typed.toUcs4()) {
+      if (accepts_(character)) accepted += QString::fromUcs4(&character, 1);
+    }
+    return accepted;
+  }
+  // The other ways of pasting: by the field's menu, the middle button, or dropping a text.
+  bool TakePaste(QEvent& event) {
+    switch (event.type()) {
+      case QEvent::ContextMenu:
+        OpenMenu(static_cast<const QContextMenuEvent&>(event).globalPos());
+        return true;
+      case QEvent::Drop:
+        pasted_(static_cast<const QDropEvent&>(event).mimeData()->text());
+        return true;
+      case QEvent::MouseButtonRelease: {
+        if (static_cast<const QMouseEvent&>(event).button() != Qt::MiddleButton ||
+            !QGuiApplication::clipboard()->supportsSelection()) {
+          return false;
+        }
+        pasted_(QGuiApplication::clipboard()->text(QClipboard::Selection));
+        return true;
+      }
+      default:
+        return false;
+    }
+  }
+  // The field's own menu, its "Paste" replaced.
+  void OpenMenu(QPoint place) {
+    QMenu* menu = open_->createStandardContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (QAction* action : menu->actions()) {
+      if (!action->text().startsWith(QLineEdit::tr("&Paste"))) continue;
+      action->disconnect(open_);
+      connect(action, &QAction::triggered, this,
+              [this] { pasted_(QGuiApplication::clipboard()->text()); });
+    }
+    menu->popup(place);
   }
 
   const Rows& rows_;
   const Ended ended_;
   const Accepts accepts_;
+  const Pasted pasted_;
   mutable QPointer<QLineEdit> open_;
 };
 
@@ -178,11 +232,12 @@ NumberInput::NumberInput(QListView& list)
       field_(std::make_unique<Field>(
           *rows_,
           [this](std::size_t row, std::string text) {
-            if (selection_ != nullptr) selection_->EndNumberEdit(row, std::move(text));
+            taken_ = selection_ == nullptr || selection_->EndNumberEdit(row, std::move(text));
           },
           [this](char32_t character) {
             return selection_ == nullptr || selection_->AcceptTyped(character);
-          })) {
+          },
+          [this](const QString& text) { PasteIntoField(text); })) {
   list_.setModel(rows_.get());
   list_.setItemDelegate(field_.get());
   list_.setEditTriggers(QListView::NoEditTriggers);
@@ -216,7 +271,26 @@ void NumberInput::Edit(std::size_t row, const std::optional<std::string>& text) 
   if (field != nullptr && text) field->setText(Qt8(*text));
 }
 
-void NumberInput::FinishEditing() { field_->Finish(); }
+bool NumberInput::FinishEditing() {
+  taken_ = true;
+  field_->Finish();
+  return taken_;
+}
+
+void NumberInput::PasteIntoField(const QString& text) {
+  if (selection_ == nullptr || Editor() == nullptr) return;
+  const std::string bytes = text.toStdString();
+  std::size_t room = NumberList::kNumberLength;
+  if (PastedItems(bytes).size() > 1) {
+    FinishEditing();
+  } else {
+    const std::size_t kept =
+        CountCharacters(Editor()->text()) - CountCharacters(Editor()->selectedText());
+    room -= std::min(room, kept);
+  }
+  const auto item = selection_->TakePaste(bytes, room);
+  if (item && Editor() != nullptr) Editor()->insert(Qt8(*item));
+}
 
 QLineEdit* NumberInput::Editor() const { return field_->Open(); }
 
@@ -228,25 +302,56 @@ std::optional<std::size_t> NumberInput::Selected() const {
   return static_cast<std::size_t>(selected.front().row());
 }
 
+// An open editing field passes on what it has no use for: Shift and the locks, function and media
+// keys. Only those that the list acts on end the edit, and Enter, which else would do so a moment
+// later.
 bool NumberInput::TakeKey(const QKeyEvent& key) {
   if ((key.modifiers() & kCommandKeys) != 0) return false;
-  FinishEditing();  // Enter ends an edit a moment later only
   switch (key.key()) {
     case Qt::Key_Backspace:
     case Qt::Key_Space:
+      FinishEditing();
       selection_->DeleteKey(Selected());
       return true;
     case Qt::Key_F2:
+      FinishEditing();
       selection_->DoubleClick(Selected());
       return true;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      FinishEditing();
+      return false;  // the rest is the list's own
     default:
-      return key.text().size() == 1 && selection_->DigitKey(key.text()[0].unicode(), Selected());
+      break;
   }
+  if (key.text().size() != 1 || !NumberList::IsAllowed(key.text()[0].unicode())) return false;
+  FinishEditing();
+  return selection_->DigitKey(key.text()[0].unicode(), Selected());
+}
+
+// What an input method enters into the list: as the keys, its first digit opens the row's field.
+bool NumberInput::TakeComposed(const QInputMethodEvent& composed) {
+  for (const char32_t character : composed.commitString().toUcs4()) {
+    if (!selection_->AcceptTyped(character)) continue;
+    if (Editor() == nullptr) {
+      selection_->DigitKey(character, Selected());
+    } else {
+      Editor()->insert(QString::fromUcs4(&character, 1));
+    }
+  }
+  return true;
 }
 
 bool NumberInput::eventFilter(QObject* watched, QEvent* event) {
   if (selection_ == nullptr) return false;
   if (watched == &list_) {
+    if (event->type() == QEvent::InputMethod) {
+      return TakeComposed(static_cast<const QInputMethodEvent&>(*event));
+    }
     return event->type() == QEvent::KeyPress && TakeKey(static_cast<const QKeyEvent&>(*event));
   }
   const bool pressed = event->type() == QEvent::MouseButtonPress;

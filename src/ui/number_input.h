@@ -8,6 +8,7 @@
 #include "ui/kit.h"
 
 QT_BEGIN_NAMESPACE
+class QInputMethodEvent;
 class QKeyEvent;
 class QLineEdit;
 class QListView;
@@ -34,8 +35,11 @@ class NumberInput : public QObject {
   void BringIntoView(std::size_t row);
   // Opens the editing field with the row's own text selected, or with `text`, the caret behind it.
   void Edit(std::size_t row, const std::optional<std::string>& text);
-  // An open editing field hands over what stands in it.
-  void FinishEditing();
+  // An open editing field hands over what stands in it. False when that was not simply a number or
+  // nothing; the operator has then been told.
+  bool FinishEditing();
+  // Pastes into the open editing field; a list of several numbers comes into rows of their own.
+  void PasteIntoField(const QString& text);
 
   std::optional<std::size_t> Selected() const;
   bool HasFocus() const;      // the list itself
@@ -49,9 +53,11 @@ class NumberInput : public QObject {
   class Field;
 
   bool TakeKey(const QKeyEvent& key);
+  bool TakeComposed(const QInputMethodEvent& composed);
 
   QListView& list_;
   RecipientSelection* selection_ = nullptr;
+  bool taken_ = true;  // the field that was closed last held a number or nothing
   std::unique_ptr<Rows> rows_;
   std::unique_ptr<Field> field_;
 };

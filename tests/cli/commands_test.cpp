@@ -110,6 +110,7 @@ TEST_F(CommandsTest, RefusesWrongUsage) {
       {"send", "--to", " , ,", "--text", "x"},
       {"send", "--to", "A5", "--text", "x"},
       {"send", "--to", "27820000001,12345678901234567", "--text", "x"},
+      {"send", "--to", "27820000001\nMobile;0821110001", "--text", "x"},
       {"send", "--to", "27820000001"},
       {"send", "--to", "27820000001", "--text", "x", "--text-file", "y"},
       {"send", "--to", "27820000001", "--text", "x", "--type", "vcard"},
@@ -217,6 +218,10 @@ TEST_F(CommandsTest, QueuesAMessageForItsRecipients) {
   };
   const std::vector<Case> cases{
       {{"--to", "222,+111 ,,", "--to", "083", "--text", "x"}, ",222,+111,083", "x", 0},
+      {{"--to", "(082) 111-0001;083\n+083\t082.1110001", "--to", "083", "--text", "x"},
+       ",0821110001,083",
+       "x",
+       0},
       {{"--contact", "3", "--group", "FRIENDS", "--contact", "1", "--to", "999", "--text", "x"},
        ",999,A1,A2,A3",
        "x",
@@ -243,6 +248,8 @@ TEST_F(CommandsTest, QueuesAMessageForItsRecipients) {
     EXPECT_EQ(row.type, queued.type);
     EXPECT_EQ(row.stat, static_cast<int>(SmsStatus::kPending));
     EXPECT_EQ(row.charge, "?");
+    EXPECT_EQ(outcome.err.find("written to once: +083 and others (3 doubles)") != std::string::npos,
+              row.to == ",0821110001,083");
   }
 }
 

@@ -1,3 +1,4 @@
+#include "messages/pasted_numbers.h"
 #include "messages/recipient_fixture.h"
 
 namespace orvalo::test {
@@ -29,7 +30,82 @@ TEST(RecipientStringTest, IsWrittenAndRead) {
   }
 }
 
+TEST(PastedNumbersTest, ANumberIsReadInAllTheWaysItIsWritten) {
+  for (const auto& [item, number] : std::vector<std::pair<const char*, const char*>>{
+           {"(082) 111-0001", "0821110001"},
+           {"+27 82.111.0001", "+27821110001"},
+           {"[+49] (0) 171\u00A0123\u20114567", "+491711234567"},
+           {"\u202A+27821110001\u202C", "+27821110001"},
+           {"- 112.", "112"},
+           {"1234567890123456", "1234567890123456"},
+           {"12345678901234567", ""},
+           {"+1234567890123456", ""},
+           {"12", ""},
+           {"+12", ""},
+           {"27+82111", ""},
+           {"1. 0821110001", ""},
+           {"1) 0821110001", ""},
+           {"(082 1110001", ""},
+           {"082 111 0001 x", ""},
+           {"A12", ""},
+           {"0821110001/2", ""},
+           {"\xE2\x80", ""},
+           {"", ""}}) {
+    EXPECT_EQ(NumberOf(item).value_or(""), number) << item;
+  }
+  const std::vector<std::string> present{"(083) 1"};
+  const auto read = ReadPastedNumbers(
+      "Mobile\r\n082-1110001; ,\t0831\n+0821110001,call me at home please, and do so at once,\n "
+      "999 ",
+      present);
+  EXPECT_THAT(read.numbers, testing::ElementsAre("0821110001", "999"));
+  EXPECT_EQ(std::to_string(read.left_out) + read.first_left_out, "3Mobile");
+  EXPECT_EQ(std::to_string(read.doubled) + read.first_doubled, "20831");
+  EXPECT_EQ(ReadPastedNumbers(std::string(50, 'x')).first_left_out, std::string(40, 'x') + "...");
+}
+
 using NumberListTest = RecipientTest;
+
+TEST_F(NumberListTest, APastedListGivesARowEach) {
+  const auto told = [this] { return boxes_.shown().empty() ? "" : boxes_.shown().back().text; };
+  Type("111");
+  selection_.PasteNumber(0, "27840000000,27840000011\n(111);call me");
+  EXPECT_EQ(Numbers(), "111;27840000000;27840000011;;");
+  EXPECT_EQ(view_.count, 3u);
+  EXPECT_EQ(view_.brought, 3u);
+  EXPECT_EQ(boxes_.shown().size(), 1u);
+  EXPECT_EQ(told(),
+            "Numbers added to the list: 2\n"
+            "Left out, as they are no mobile numbers (3 to 16 digits): 1. The first of them: "
+            "\"call me\"\n"
+            "Doubles, added only once: 1. The first of them: 111");
+  selection_.PasteNumber(std::nullopt, "\n222\n333\n");
+  EXPECT_EQ(told(), "Numbers added to the list: 2");
+
+  // One item opens the field; without a digit, or too long, it is told and left out.
+  view_.edit.clear();
+  for (const std::string& item : {std::string("call me at home please"), std::string(33, '5')}) {
+    selection_.PasteNumber(std::nullopt, item);
+    EXPECT_THAT(told(), testing::StartsWith("\"" + item + "\" is no mobile number"));
+  }
+  EXPECT_EQ(view_.edit, "");
+  selection_.PasteNumber(1, " (082) 111-0001\n");
+  EXPECT_EQ(view_.edit, "1:(082) 111-0001");
+  EXPECT_TRUE(selection_.EndNumberEdit(1, "(082) 111-0001"));
+  const std::string rows = "111;0821110001;27840000011;222;333;";
+  EXPECT_EQ(Numbers(), rows + ";");
+  EXPECT_FALSE(selection_.EndNumberEdit(1, "home"));
+  EXPECT_FALSE(selection_.EndNumberEdit(5, std::string(40, '1')));  // nothing is cut
+  EXPECT_EQ(Numbers(), rows + ";");
+  EXPECT_FALSE(selection_.EndNumberEdit(5, "444\t555"));
+  EXPECT_EQ(selection_.BuildRecipientString().text(),
+            ",111,0821110001,27840000011,222,333,444,555");
+
+  std::string many;
+  for (int i = 0; i < 10'000; ++i) many += "27 84 " + std::to_string(1'000'000 + i) + "\r\n";
+  selection_.PasteNumber(std::nullopt, many);
+  EXPECT_EQ(selection_.BuildRecipientString().count(), 10'007u);
+}
 
 TEST_F(NumberListTest, AlwaysEndsInOneEmptyRow) {
   Type("083");
@@ -49,7 +125,7 @@ TEST_F(NumberListTest, AlwaysEndsInOneEmptyRow) {
   selection_.DeleteKey(0);
   EXPECT_EQ(Numbers(), ";");
   EXPECT_EQ(view_.count, 0u);
-  Type(std::string(40, '1'));
+  Type(std::string(32, '1'));
   EXPECT_EQ(Numbers(), std::string(32, '1') + ";;");
 }
 
@@ -62,8 +138,6 @@ TEST_F(NumberListTest, KeysOpenTheEditingField) {
   EXPECT_FALSE(selection_.DigitKey(U'+', 0));
   selection_.DoubleClick(0);
   EXPECT_EQ(view_.edit, "0:-");
-  selection_.PasteNumber(0, std::string(40, '5') + "\n6");
-  EXPECT_EQ(view_.edit, "0:" + std::string(32, '5'));
   EXPECT_TRUE(selection_.AcceptTyped(U'0'));
   EXPECT_EQ(view_.beeps, 0);
   for (const char32_t refused : {U'+', U' ', U'a', U'\u0661'}) {
@@ -136,6 +210,17 @@ TEST_F(SelectionTest, ChosenRecentNumbersAreNotPushedOutByOthers) {
   selection_.SetTick(Child(tree().Recent(), 9), true);
   Type("77");
   EXPECT_EQ(selection_.BuildRecipientString().text(), ",77,10");
+  // And stay chosen when the message is not sent, though the list has lost them.
+  EXPECT_EQ(Numbers() + std::to_string(view_.count), "77;10;;2");
+  EXPECT_EQ(selection_.BuildRecipientString().text(), ",77,10");
+}
+
+TEST_F(SelectionTest, AContactThatIsGoneIsNoRecipient) {
+  selection_.PageShown();
+  selection_.LoadRecipients(",111,A" + std::to_string(ann_));
+  db_.DeleteContact(ann_, true, 0);
+  EXPECT_EQ(selection_.BuildRecipientString().text(), ",111");
+  EXPECT_EQ(view_.count, 1u);
 }
 
 TEST_F(SelectionTest, StoredRecipientsAreTakenBack) {

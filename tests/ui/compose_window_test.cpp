@@ -2,10 +2,13 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QDropEvent>
+#include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QMenu>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStackedWidget>
@@ -187,10 +190,11 @@ TEST_F(ComposeWindowPageTest, TheNumberListFollowsItsEditingRules) {
     QTest::mouseDClick(Numbers().viewport(), Qt::LeftButton, {}, place(0));
     ASSERT_NE(Editor(), nullptr);
     EXPECT_EQ(Editor()->text(), QStringLiteral("083"));
-    QApplication::clipboard()->setText(QStringLiteral("+351 (9)-123456789012345678901234567"));
-    QTest::keyClick(Editor(), Qt::Key_V, Qt::ControlModifier);  // unfiltered, cut to 32
-    QTest::keyClick(Editor(), Qt::Key_Tab);                     // ends the edit, not more
-    EXPECT_EQ(rows(), "+351 (9)-12345678901234567890123;44;;");
+    QApplication::clipboard()->setText(QStringLiteral("+351 (9)-1234\n"));
+    QTest::keyClick(Editor(), Qt::Key_V, Qt::ControlModifier);  // as it is
+    EXPECT_EQ(Editor()->text(), QStringLiteral("+351 (9)-1234"));
+    QTest::keyClick(Editor(), Qt::Key_Tab);  // ends the edit, not more
+    EXPECT_EQ(rows(), "+35191234;44;;");
     EXPECT_TRUE(Numbers().hasFocus());
 
     QTest::keyClick(&Numbers(), Qt::Key_X, Qt::ControlModifier);
@@ -199,12 +203,104 @@ TEST_F(ComposeWindowPageTest, TheNumberListFollowsItsEditingRules) {
     QTest::keyClick(&Numbers(), Qt::Key_V, Qt::ControlModifier);
     ASSERT_NE(Editor(), nullptr);
     QTest::keyClick(Editor(), Qt::Key_Return);
-    EXPECT_EQ(rows() + Count(), "44;+351 (9)-12345678901234567890123;;2");
+    EXPECT_EQ(rows() + Count(), "44;+35191234;;2");
     for (const int key : {Qt::Key_Space, Qt::Key_Backspace}) {
       Numbers().setCurrentIndex(Numbers().model()->index(0, 0));
       QTest::keyClick(&Numbers(), static_cast<Qt::Key>(key));
     }
     EXPECT_EQ(rows() + Count(), ";0");
+  });
+}
+
+// What the list has no use for reaches it from the editing field, and does not end the edit.
+TEST_F(ComposeWindowPageTest, OnlyKeysThatTheListActsOnEndAnEdit) {
+  OnPage([&] {
+    const auto rows = [&] { return Rows(*Numbers().model()); };
+    const auto compose = [](QWidget* to, const char* text) {
+      QInputMethodEvent event;
+      event.setCommitString(QString::fromUtf8(text));
+      QApplication::sendEvent(to, &event);
+    };
+    Numbers().setFocus();
+    for (const char* key = "(082) 111-0001"; *key != 0; ++key) {
+      QWidget* focused = QApplication::focusWidget();
+      const bool shift = *key == '(' || *key == ')' || *key == '1';  // as on a French keyboard
+      if (shift) QTest::keyPress(focused, Qt::Key_Shift, Qt::ShiftModifier);
+      QTest::keyClick(focused, *key, shift ? Qt::ShiftModifier : Qt::NoModifier);
+      if (shift) QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Shift);
+      if (*key == '-') {
+        for (const auto other : {Qt::Key_CapsLock, Qt::Key_NumLock, Qt::Key_F5, Qt::Key_F1,
+                                 Qt::Key_VolumeMute, Qt::Key_Insert}) {
+          QTest::keyClick(QApplication::focusWidget(), other);
+        }
+      }
+    }
+    ASSERT_NE(Editor(), nullptr);
+    compose(Editor(), "x4é5");
+    EXPECT_EQ(Editor()->text(), QStringLiteral("082111000145"));
+    QTest::keyClick(Editor(), Qt::Key_Up);  // the list moves on
+    EXPECT_EQ(rows() + Count(), "082111000145;;1");
+
+    Numbers().setCurrentIndex(Numbers().model()->index(1, 0));
+    compose(&Numbers(), "a46");
+    ASSERT_NE(Editor(), nullptr);
+    QTest::keyClick(Editor(), Qt::Key_Return);
+    EXPECT_EQ(rows() + Count(), "082111000145;46;;2");
+  });
+}
+
+TEST_F(ComposeWindowPageTest, AListIsPastedFromWhereverThePasteComes) {
+  OnPage([&] {
+    const auto rows = [&] { return Rows(*Numbers().model()); };
+    const auto open = [&] {
+      Numbers().setFocus();
+      Numbers().setCurrentIndex(Numbers().model()->index(Numbers().model()->rowCount() - 1, 0));
+      QTest::keyClick(&Numbers(), '9');
+      ASSERT_NE(Editor(), nullptr);
+    };
+    const auto paste = [&](const char* text) {
+      QApplication::clipboard()->setText(QString::fromUtf8(text));
+    };
+    open();
+    paste("111\n222");
+    QTest::keyClick(Editor(), Qt::Key_V, Qt::ControlModifier);  // as its shortcut brings it
+    EXPECT_EQ(rows() + Count(), "9;111;222;;3");
+    open();
+    paste("333,444");
+    area_->Window().Run(ShellCommand::kPaste);  // from a menu of the program
+    EXPECT_EQ(rows() + Count(), "9;111;222;9;333;444;;6");
+    open();
+    paste("555\t666");
+    QContextMenuEvent menu(QContextMenuEvent::Mouse, {}, Editor()->mapToGlobal(QPoint(1, 1)));
+    QApplication::sendEvent(Editor(), &menu);
+    auto* shown = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(shown, nullptr);
+    for (QAction* action : shown->actions()) {
+      if (action->text().startsWith(u"&Paste")) action->trigger();
+    }
+    shown->close();
+    EXPECT_THAT(rows(), testing::EndsWith(";9;555;666;;"));
+    open();
+    QMimeData dropped;
+    dropped.setText(QStringLiteral("777;888"));
+    QDragEnterEvent enter({1, 1}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(Editor(), &enter);
+    QDropEvent drop({1, 1}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(Editor(), &drop);
+    EXPECT_THAT(rows(), testing::EndsWith(";9;777;888;;"));
+    EXPECT_EQ(boxes_.shown().size(), 4u);
+
+    // What is no number stops the message that would have gone out without it.
+    Write("Hi");
+    open();
+    paste("1 home");
+    QTest::keyClick(Editor(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Editor()->text(), QStringLiteral("91 home"));
+    QTest::keyClick(Editor(), Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(ComposeWindowTest::Rows() + Count(), "12");
+    EXPECT_THAT(boxes_.shown().back().text, HasSubstr("91 home"));
+    QTest::mouseClick(&Get<QPushButton>("sendButton"), Qt::LeftButton);
+    EXPECT_THAT(ComposeWindowTest::Rows(), HasSubstr(",9,777,888 Hi"));
   });
 }
 
