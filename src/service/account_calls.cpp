@@ -10,7 +10,7 @@
 namespace orvalo::service {
 namespace {
 
-constexpr int kWrongPasswordsPerMinute = 10;
+constexpr int kWrongVouchersPerMinute = 20;
 constexpr int kRecoveriesPerMinute = 5;
 constexpr std::int64_t kMinuteMs = 60'000;
 constexpr std::size_t kLongestCredential = 256;
@@ -21,8 +21,9 @@ ServedReply TrueReply() { return {200, R"({"ok":true})", {}, false}; }
 
 AccountCalls::AccountCalls(const Parts& parts)
     : parts_(parts),
-      wrong_passwords_(parts.clock, kWrongPasswordsPerMinute, kMinuteMs),
-      recoveries_(parts.clock, kRecoveriesPerMinute, kMinuteMs) {}
+      logins_(parts.clock),
+      recoveries_(parts.clock, kRecoveriesPerMinute, kMinuteMs),
+      voucher_tries_(parts.clock, kWrongVouchersPerMinute, kMinuteMs) {}
 
 void AccountCalls::Register(Router& router) {
   router.Add({"POST", "/v1/session", Access::kOpen,
@@ -50,16 +51,12 @@ ServedReply AccountCalls::OpenSession(const Call& call) {
   const auto password = TextMember(call.body, "password", kLongestCredential);
   const auto client = TextMember(call.body, "client_id", kLongestCredential);
   if (!user || !password || !client) return ReplyOf(Refuse(ErrorCode::kMalformed));
-  if (wrong_passwords_.Exhausted(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyPasswords));
+  const auto& address = call.request.address;
   if (IsHashingCrowded()) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
+  if (!logins_.Take(*user, address)) return ReplyOf(Refuse(ErrorCode::kTooManyPasswords));
   const auto account = parts_.accounts.Verify(*user, *password);
-  if (!account) {
-    return ReplyOf(Refuse(wrong_passwords_.Take(*user) ? ErrorCode::kWrongPassword
-                                                       : ErrorCode::kTooManyPasswords));
-  }
-  // Others may have guessed meanwhile; then this, too, counts as a guess.
-  if (wrong_passwords_.Exhausted(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyPasswords));
-  wrong_passwords_.Forget(*user);
+  if (!account) return ReplyOf(Refuse(ErrorCode::kWrongPassword));
+  logins_.Succeeded(*user, address);
   const auto token = parts_.sessions.Open(*account, *client);
   return {200, fmt::format(R"({{"token":"{}"}})", token), {}, false};
 }
@@ -73,11 +70,20 @@ ServedReply AccountCalls::GetBalance(const Call& call) {
 ServedReply AccountCalls::RedeemVoucher(const Call& call) {
   const auto number = TextMember(call.body, "number", kLongestCredential);
   if (!number) return ReplyOf(Refuse(ErrorCode::kMalformed));
-  return parts_.submissions.Once(
-      KeyedRequestOf(call), [] { return std::nullopt; },
+  const auto account = std::to_string(call.account);
+  bool tried = false;
+  auto reply = parts_.submissions.Once(
+      KeyedRequestOf(call),
+      [&]() -> std::optional<ServedReply> {
+        tried = voucher_tries_.Take(account);
+        if (tried) return std::nullopt;
+        return ReplyOf({ErrorCode::kTooManyPasswords, "Too many wrong vouchers: wait a minute"});
+      },
       [&](Connection& connection) {
         return ReplyOf(parts_.vouchers.Redeem(connection, call.account, *number));
       });
+  if (tried && reply.status == 200) voucher_tries_.GiveBack(account);
+  return reply;
 }
 
 ServedReply AccountCalls::RecoverPassword(const Call& call) {

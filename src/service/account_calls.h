@@ -5,6 +5,7 @@
 #include "service/accounts.h"
 #include "service/attempts.h"
 #include "service/carrier.h"
+#include "service/login_guard.h"
 #include "service/recovery_mail.h"
 #include "service/router.h"
 #include "service/sessions.h"
@@ -39,7 +40,8 @@ class AccountCalls {
   ServedReply GetHealth();
 
   Parts parts_;
-  Attempts wrong_passwords_, recoveries_;
+  LoginGuard logins_;
+  Attempts recoveries_, voucher_tries_;
 };
 
 }  // namespace orvalo::service

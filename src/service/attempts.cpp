@@ -28,9 +28,10 @@ bool Attempts::Take(const std::string& name) {
   return true;
 }
 
-void Attempts::Forget(const std::string& name) {
+void Attempts::GiveBack(const std::string& name) {
   std::lock_guard guard(mutex_);
-  windows_.erase(name);
+  const auto place = windows_.find(name);
+  if (place != windows_.end() && --place->second.count <= 0) windows_.erase(place);
 }
 
 void Attempts::DropEnded() {

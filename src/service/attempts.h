@@ -17,7 +17,7 @@ class Attempts {
   bool Exhausted(const std::string& name) const;  // the limit is reached in the present window
   // Counts one more; false when it is beyond the limit (and then not counted).
   bool Take(const std::string& name);
-  void Forget(const std::string& name);
+  void GiveBack(const std::string& name);  // one of those
 
  private:
   struct Window {

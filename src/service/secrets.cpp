@@ -6,12 +6,13 @@
 #include <atomic>
 #include <semaphore>
 #include <stdexcept>
+#include <thread>
 
 namespace orvalo::service {
 namespace {
 
 std::counting_semaphore<2>& HashingPlaces() {
-  static std::counting_semaphore<2> places(2);
+  static std::counting_semaphore<2> places(std::thread::hardware_concurrency() > 3 ? 2 : 1);
   return places;
 }
 

@@ -17,8 +17,8 @@ std::string FromHex(std::string_view digits);  // "" unless an even number of di
 std::string Digest(std::string_view bytes);    // 32 bytes; no secret is recovered from it
 bool SameSecret(std::string_view a, std::string_view b);  // takes the same time for any content
 
-// The password as it may be kept: salted and slow to try. At most two run at a time (each takes
-// 64 MiB and some 50 ms), further callers wait.
+// The password as it may be kept: salted and slow to try. At most two run at a time, on a small
+// machine one (each takes 64 MiB and some 50 ms), further callers wait.
 std::string HashPassword(const std::string& password);
 // Whether so many wait that nobody else should: about a second of work.
 bool IsHashingCrowded();

@@ -127,6 +127,11 @@ TEST(Vouchers, AreRedeemedOnce) {
   EXPECT_EQ(bob.Post("/v1/vouchers", {{"number", "1111111111111111"}}).code(), 606);
   EXPECT_EQ(ann.Balance(), "150.0");
   EXPECT_TRUE(running.LedgerAddsUp());
+  for (int i = 0; i < 18; ++i) bob.Post("/v1/vouchers", {{"number", "1111111111111111"}});
+  EXPECT_EQ(bob.Post("/v1/vouchers", voucher).code(), 112) << "the 21st wrong one of a minute";
+  EXPECT_EQ(ann.Post("/v1/vouchers", voucher, key).body, reply.body) << "a replay is no guess";
+  running.clock.Advance(60 * kSecond);
+  EXPECT_EQ(bob.Post("/v1/vouchers", voucher).code(), 607);
 }
 
 }  // namespace
