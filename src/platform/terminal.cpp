@@ -1,10 +1,13 @@
 #include "platform/terminal.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
+#include <string>
 #include <utility>
 
 #include "platform/code_page.h"
@@ -86,6 +89,14 @@ std::string PrintableJson(std::string_view json) {
     for (int shift = 12; shift >= 0; shift -= 4) escaped += kDigits[unit >> shift & 0xFu];
   }
   return FromWide(escaped);
+}
+
+std::string UserName() {
+  passwd entry{};
+  passwd* found = nullptr;
+  std::array<char, 4096> room{};
+  getpwuid_r(geteuid(), &entry, room.data(), room.size(), &found);
+  return found != nullptr ? found->pw_name : std::to_string(geteuid());
 }
 
 }  // namespace orvalo::platform

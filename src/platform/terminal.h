@@ -24,4 +24,7 @@ std::string PrintableLine(std::string_view text);
 // UTF-8; its own line ends are kept.
 std::string PrintableJson(std::string_view json);
 
+// Whom this program runs as: the name, or where the system knows none the number. Any thread.
+std::string UserName();
+
 }  // namespace orvalo::platform

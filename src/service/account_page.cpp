@@ -193,7 +193,7 @@ PageNotice AccountPage::Redeem(std::int64_t account, const ServedRequest& reques
   const auto fingerprint = Digest(fmt::format(
       "{}\n{}\n{}", kVoucherPath, FormField(request.body, "once").value_or(""), number));
   return VoucherNotice(parts_.submissions.Once(
-      {account, fingerprint.substr(0, kKeyBytes), fingerprint}, [] { return std::nullopt; },
+      {account, fingerprint.substr(0, kKeyBytes), fingerprint, ""}, [] { return std::nullopt; },
       [&](Connection& connection) {
         return ReplyOf(parts_.vouchers.Redeem(connection, account, number));
       }));

@@ -3,6 +3,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvalo::platform {
 class Clock;
@@ -46,10 +47,11 @@ class AdminCommands {
 
   // The parts that something may still come of, or only those in doubt.
   int ListOutbox(bool doubts_only, bool as_json);
-  // Decides about parts in doubt: a part's name as listed, a message's id, or "all". "sent": as if
+  // Decides about parts in doubt: parts' names as listed, messages' ids, or "all". "sent": as if
   // the engine had taken them; "not-sent": written off and refunded; "again": handed over anew, on
-  // the decider's own risk.
-  int SettleOutbox(const std::string& name, const std::string& decision);
+  // the decider's own risk. 1 when nothing of one of the names is in doubt; the others are settled
+  // all the same.
+  int SettleOutbox(const std::vector<std::string>& names, const std::string& decision);
   // Puts in doubt all that waits and is due: for a ledger that is of the past, as one from a
   // backup, whose parts may have been sent since. What is held for later than now surely was not.
   int DoubtOutbox();

@@ -69,11 +69,9 @@ bool Api::TakesLong(std::string_view method, std::string_view path) const {
 ServedReply Api::Answer(const ServedRequest& request) {
   const auto match = router_.Find(request.method, request.path);
   if (!match.route) {
-    auto reply = ReplyOf(Refuse(ErrorCode::kNoSuchPath));
-    if (!match.other_methods.empty()) {
-      reply.status = 405;
-      reply.headers.emplace_back("Allow", match.other_methods);
-    }
+    if (match.other_methods.empty()) return ReplyOf(Refuse(ErrorCode::kNoSuchPath));
+    auto reply = ReplyOf(Refuse(ErrorCode::kNoSuchMethod));
+    reply.headers.emplace_back("Allow", match.other_methods);
     return reply;
   }
   const bool anybody = match.route->access == Access::kOpen;

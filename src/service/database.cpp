@@ -5,13 +5,18 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "platform/disk_full.h"
 #include "platform/file.h"
+#include "platform/terminal.h"
 #include "service/schema.h"
 
 namespace orvalo::service {
 namespace {
 
 constexpr std::size_t kLargestGroup = 128;
+constexpr int kFoldPages = 512;  // 2 MB
+constexpr int kBusyMs = 5'000;
+constexpr std::chrono::milliseconds kFoldPatience(250);
 
 // SQLite's allocation statistics are one lock that all connections would share.
 void SwitchStatisticsOff() {
@@ -21,16 +26,26 @@ void SwitchStatisticsOff() {
 
 }  // namespace
 
-Database::Database(const std::string& folder) : folder_(folder), path_(folder + "/gateway.db") {
+Database::Database(const std::string& folder)
+    : folder_(folder), path_(folder + "/gateway.db"), fold_at_(kFoldPages) {
   SwitchStatisticsOff();
   if (!platform::MakeFolder(folder)) {
     throw std::runtime_error("the folder " + folder + " cannot be made");
   }
   if (!platform::FileSize(path_) && !platform::ReplaceFile(path_, "")) {
-    throw std::runtime_error("the file " + path_ + " cannot be made");
+    throw std::runtime_error("the file " + path_ + " cannot be made by the user " +
+                             platform::UserName());
   }
   writer_ = std::make_unique<Connection>(path_, SQLite::OPEN_READWRITE);
   PrepareSchema(*writer_);
+  // In place of SQLite's own folding, which never ends while others read one after the other.
+  sqlite3_wal_hook(
+      writer_->database().getHandle(),
+      [](void* pages, sqlite3*, const char*, int count) {
+        *static_cast<int*>(pages) = count;
+        return SQLITE_OK;
+      },
+      &journal_pages_);
   NoticeForeignChanges();
 }
 
@@ -53,6 +68,7 @@ void Database::Write(const std::function<void(Connection&)>& work,
     waiting_.erase(waiting_.begin(), waiting_.begin() + count);
     lock.unlock();
     RunGroup(group);
+    if (journal_pages_ >= fold_at_) FoldJournal();
     lock.lock();
     for (Job* other : group) {
       other->done = true;
@@ -61,7 +77,32 @@ void Database::Write(const std::function<void(Connection&)>& work,
     PassTheLead();
   }
   lock.unlock();
-  if (job.error) std::rethrow_exception(job.error);
+  if (!job.error) return;
+  try {
+    std::rethrow_exception(job.error);
+  } catch (const SQLite::Exception& failure) {
+    const bool is_full = failure.getErrorCode() == SQLITE_FULL ||
+                         (failure.getErrorCode() == SQLITE_IOERR && platform::IsDiskFull(path_));
+    if (!is_full) throw;
+    throw std::runtime_error("the disk that holds " + folder_ + " is full: make room there");
+  }
+}
+
+// Every page of the journal can be folded once nobody reads an older state; those who come
+// meanwhile wait. Where somebody reads for long, the next try is made when it has grown further.
+void Database::FoldJournal() {
+  std::unique_lock lock(readers_mutex_);
+  folding_ = true;
+  readers_changed_.wait_for(lock, kFoldPatience, [this] { return reading_ == 0; });
+  auto* const file = writer_->database().getHandle();
+  sqlite3_busy_timeout(file, 0);
+  const int result =
+      sqlite3_wal_checkpoint_v2(file, nullptr, SQLITE_CHECKPOINT_RESTART, nullptr, nullptr);
+  sqlite3_busy_timeout(file, kBusyMs);
+  fold_at_ = result == SQLITE_OK ? kFoldPages : journal_pages_ + kFoldPages;
+  journal_pages_ = 0;  // until the next commit counts them
+  folding_ = false;
+  readers_changed_.notify_all();
 }
 
 // Patient jobs go with the next that leads, or lead when their patience is at its end.
@@ -118,20 +159,28 @@ void Database::NoticeForeignChanges() {
 
 Database::Lease::Lease(Database& owner) : database(owner) {
   {
-    std::lock_guard guard(database.readers_mutex_);
+    std::unique_lock lock(database.readers_mutex_);
+    database.readers_changed_.wait(lock, [&] { return !database.folding_; });
+    ++database.reading_;
     if (!database.readers_.empty()) {
       connection = std::move(database.readers_.back());
       database.readers_.pop_back();
     }
   }
-  if (!connection) {
+  if (connection) return;
+  try {
     connection = std::make_unique<Connection>(database.path_, SQLite::OPEN_READONLY);
+  } catch (...) {
+    std::lock_guard guard(database.readers_mutex_);
+    --database.reading_;
+    throw;
   }
 }
 
 Database::Lease::~Lease() {
   std::lock_guard guard(database.readers_mutex_);
   database.readers_.push_back(std::move(connection));
+  if (--database.reading_ == 0 && database.folding_) database.readers_changed_.notify_all();
 }
 
 }  // namespace orvalo::service

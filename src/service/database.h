@@ -22,10 +22,14 @@ namespace orvalo::service {
 // What a Write did is on the disk (flushed) before Write returns. Writes that arrive while another
 // is being flushed share the next flush.
 //
+// The journal is folded into the file before it grows past a few MB: readers wait for that a
+// moment. Only a read that goes on for long, here or in another process, puts it off.
+//
 // Another process may work on the same file (the administration commands do, beside a running
 // service); ForeignChanges tells that caches must be read again.
 //
-// Failures throw: SQLite::Exception, or std::runtime_error when the file cannot be used at all.
+// Failures throw: SQLite::Exception, or std::runtime_error when the file cannot be used at all, or
+// its disk is full.
 class Database {
  public:
   // Makes the folder (0700), the file (0600) and the tables when they are missing.
@@ -81,6 +85,7 @@ class Database {
   void RunGroup(const std::vector<Job*>& group);
   void RunJob(Job& job);
   void NoticeForeignChanges();
+  void FoldJournal();
 
   std::string folder_, path_;
   std::unique_ptr<Connection> writer_;
@@ -92,7 +97,12 @@ class Database {
   bool leading_ = false;  // some thread runs a group now
 
   std::mutex readers_mutex_;
+  std::condition_variable readers_changed_;
   std::vector<std::unique_ptr<Connection>> readers_;
+  int reading_ = 0;
+  bool folding_ = false;  // nobody begins to read
+
+  int journal_pages_ = 0, fold_at_;  // the leader's
 };
 
 }  // namespace orvalo::service

@@ -79,10 +79,7 @@ std::optional<EngineStatus> ParseEngineStatus(std::string_view xml) {
     ++status.links;
     std::size_t within = 0;
     const auto words = NextElement(*link, "status", within).value_or("");
-    if (words.starts_with("online") || words.starts_with("re-connecting") ||
-        words.starts_with("connecting")) {
-      ++status.links_usable;
-    }
+    if (words.starts_with("online")) ++status.links_usable;
     status.queued += NumberIn(NextElement(*link, "queued", within).value_or("0"));
   }
   return status;

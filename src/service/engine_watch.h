@@ -19,7 +19,7 @@ struct EngineStatus {
   bool running = false;
   std::optional<std::int64_t> uptime;  // seconds since it was started
   int links = 0;                       // to mobile networks
-  int links_usable = 0;                // connected, or about to be
+  int links_usable = 0;                // connected; not those that only try to be
   std::int64_t queued = 0;             // messages that it has not handed to a network yet
 };
 

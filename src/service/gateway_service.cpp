@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "platform/file.h"
+#include "platform/terminal.h"
 #include "service/settings.h"
 
 namespace orvalo::service {
@@ -14,8 +15,15 @@ std::unique_ptr<platform::NamedMutex> TakeFolder(const std::string& folder) {
   if (!platform::MakeFolder(folder)) {
     throw std::runtime_error("the folder " + folder + " cannot be made");
   }
-  auto lock = platform::NamedMutex::Create(folder, "orvalo-gateway");
-  if (!lock) throw std::runtime_error("the folder " + folder + " is being served already");
+  auto outcome = platform::NamedMutex::Outcome::kHeld;
+  auto lock = platform::NamedMutex::Create(folder, "orvalo-gateway", &outcome);
+  if (outcome == platform::NamedMutex::Outcome::kElsewhere) {
+    throw std::runtime_error("the folder " + folder + " is being served already");
+  }
+  if (!lock) {
+    throw std::runtime_error("the folder " + folder + " cannot be written to by the user " +
+                             platform::UserName() + ": run this as its owner, or change the owner");
+  }
   return lock;
 }
 

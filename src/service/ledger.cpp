@@ -41,7 +41,8 @@ std::vector<Ledger::Outcome> Ledger::Accept(Connection& connection, const Submis
   const auto now = clock_.Now();
   std::vector<Outcome> outcomes;
   outcomes.reserve(numbers.size());
-  for (const auto& number : numbers) {
+  for (const auto& given : numbers) {
+    const auto number = IsPhoneNumber(given) ? PlainNumber(given) : given;
     const auto charge = Charge(connection, number, content.parts, balance - total);
     if (const auto* refusal = std::get_if<Refusal>(&charge)) {
       outcomes.emplace_back(*refusal);

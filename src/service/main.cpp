@@ -242,18 +242,23 @@ class CommandLine {
     list->add_flag("--json", json_, "One object a line");
     On(list, [this](auto& to) { return to.ListOutbox(doubts_only_, json_); });
     auto* settle = outbox->add_subcommand("settle", "Decide about parts in doubt");
-    settle->add_option("PART", part_, "As listed; a message's id; or \"all\"")->required();
-    settle->add_option("DECISION", decision_, "What is known of them")
+    settle
+        ->add_option("PART... DECISION", words_,
+                     "As listed, a message's id, or \"all\", several; then sent, not-sent or again")
         ->required()
-        ->check(CLI::IsMember({"sent", "not-sent", "again"}));
+        ->expected(2, 1'000'000);
     On(outbox->add_subcommand("doubt", "Put in doubt what waits: the ledger is an older copy"),
        [](auto& to) { return to.DoubtOutbox(); });
-    On(settle, [this](auto& to) { return to.SettleOutbox(part_, decision_); });
+    On(settle, [this](auto& to) {
+      const auto decision = words_.back();
+      words_.pop_back();
+      return to.SettleOutbox(words_, decision);
+    });
   }
 
   CLI::App app_{"Orvalo's gateway service: accounts, messages and the phone network"};
   ServeOptions serve_;
-  std::string user_, email_, amount_ = "0", password_file_, prefix_, part_, decision_, file_;
+  std::string user_, email_, amount_ = "0", password_file_, prefix_, file_;
   std::vector<std::string> words_;
   bool generate_ = false, json_ = false, doubts_only_ = false;
   std::function<int(AdminCommands&)> command_;

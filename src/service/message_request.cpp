@@ -119,6 +119,12 @@ bool IsPhoneNumber(std::string_view text) {
          text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+std::string PlainNumber(std::string_view number) {
+  if (number.starts_with('+')) number.remove_prefix(1);
+  if (number.starts_with("00")) number.remove_prefix(2);
+  return std::string(number);
+}
+
 std::int64_t PartsOf(std::int64_t units, std::int64_t whole, std::int64_t chained) {
   return units <= whole ? 1 : (units + chained - 1) / chained;
 }

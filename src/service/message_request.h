@@ -37,6 +37,10 @@ std::optional<std::string> TextMember(const nlohmann::json& object, const char* 
 bool IsBinaryType(int type);
 bool IsPhoneNumber(std::string_view text);  // 3 to 16 digits, a "+" before them allowed
 
+// A phone number as it is priced, kept and sent: "+31612345678", "0031612345678" and "31612345678"
+// are one. Not always a phone number any more: "0012" is none.
+std::string PlainNumber(std::string_view number);
+
 // How many parts `units` characters, UTF-16 code units or bytes take: one up to `whole`, else one
 // for every `chained`.
 std::int64_t PartsOf(std::int64_t units, std::int64_t whole, std::int64_t chained);

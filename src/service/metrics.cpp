@@ -45,7 +45,7 @@ constexpr std::array kFamilies{
            "Parts that time brought into a state, for want of a report."},
     Family{"orvalo_outbox_parts", Kind::kGauge, "Parts that are not settled."},
     Family{"orvalo_engine_links", Kind::kGauge, "The engine's links to mobile networks."},
-    Family{"orvalo_engine_links_usable", Kind::kGauge, "Those that are up, or about to be."},
+    Family{"orvalo_engine_links_usable", Kind::kGauge, "Those that are online."},
     Family{"orvalo_engine_queued_messages", Kind::kGauge,
            "Messages that the engine has not handed to a network yet."},
     Family{"orvalo_carrier_healthy", Kind::kGauge, "Whether messages can be handed over now."},

@@ -61,9 +61,13 @@ std::string OperationsHandler::LedgerMetrics(Connection& connection) {
 
 // Proves the ledger writable, as an acceptance would.
 ServedReply OperationsHandler::ShowReadiness() {
-  parts_.database.Write([](Connection& connection) {
-    Query(connection, "UPDATE setting SET value=value WHERE name='delivery_seconds'").Run();
-  });
+  try {
+    parts_.database.Write([](Connection& connection) {
+      Query(connection, "UPDATE setting SET value=value WHERE name='delivery_seconds'").Run();
+    });
+  } catch (const std::exception& failure) {
+    return PlainReply(503, std::string("the ledger cannot be written: ") + failure.what() + "\n");
+  }
   if (!parts_.carrier.IsHealthy()) return PlainReply(503, "the network is not available\n");
   return PlainReply(200, "ready\n");
 }

@@ -77,31 +77,37 @@ int AdminCommands::ListOutbox(bool doubts_only, bool as_json) {
   return 0;
 }
 
-int AdminCommands::SettleOutbox(const std::string& name, const std::string& decision) {
+int AdminCommands::SettleOutbox(const std::vector<std::string>& names,
+                                const std::string& decision) {
   const auto chosen = Decisions().find(decision);
   if (chosen == Decisions().end()) {
-    fmt::print(stderr, "orvalo-gateway: decide sent, not-sent or again\n");
-    return 1;
+    fmt::print(stderr, "orvalo-gateway: decide sent, not-sent or again, in the last place\n");
+    return 2;
   }
   Database database(folder_);
-  const auto parts =
-      database.Read([&](Connection& connection) { return InDoubt(connection, name); });
   const auto now = clock_.Now();
   std::size_t settled = 0;
+  std::vector<std::string> idle;
   database.Write([&](Connection& connection) {
     settled = 0;
+    idle.clear();
+    // All names are looked up first: a part may stand under two of them.
+    std::vector<outbox::PartId> parts;
+    for (const auto& name : names) {
+      const auto named = InDoubt(connection, name);
+      if (named.empty()) idle.push_back(name);
+      parts.insert(parts.end(), named.begin(), named.end());
+    }
     for (const auto& part : parts) {
-      // A report may have decided meanwhile.
       if (outbox::Happen(connection, part, chosen->second, now, "decided by a person: " + decision))
         ++settled;
     }
   });
-  if (settled == 0) {
+  for (const auto& name : idle) {
     fmt::print(stderr, "orvalo-gateway: nothing of \"{}\" is in doubt\n", PrintableLine(name));
-    return 1;
   }
-  fmt::print("{}\n", settled);
-  return 0;
+  if (settled > 0) fmt::print("{}\n", settled);
+  return idle.empty() ? 0 : 1;
 }
 
 int AdminCommands::DoubtOutbox() {

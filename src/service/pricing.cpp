@@ -3,7 +3,8 @@
 namespace orvalo::service {
 
 bool Pricing::IsPrefix(std::string_view prefix) {
-  return prefix.size() <= 16 && prefix.find_first_not_of("0123456789") == std::string_view::npos;
+  return prefix.size() <= 16 && !prefix.starts_with("00") &&
+         prefix.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 void Pricing::Set(const std::string& prefix, Money amount) {
@@ -24,9 +25,6 @@ std::vector<std::pair<std::string, Money>> Pricing::List() {
 }
 
 Money Pricing::PriceOf(Connection& connection, std::string_view number) {
-  // "+31", "0031" and "31" are the same country.
-  if (number.starts_with('+')) number.remove_prefix(1);
-  if (number.starts_with("00")) number.remove_prefix(2);
   std::lock_guard guard(mutex_);
   if (const auto changes = database_.ForeignChanges(); loaded_at_ != changes) {
     longest_first_.clear();

@@ -17,12 +17,12 @@ class Pricing {
  public:
   explicit Pricing(Database& database) : database_(database) {}
 
-  static bool IsPrefix(std::string_view prefix);  // at most 16 digits
+  static bool IsPrefix(std::string_view prefix);  // at most 16 digits, not "00" first
 
   void Set(const std::string& prefix, Money amount);
   std::vector<std::pair<std::string, Money>> List();  // by prefix
 
-  // For use within a write, whose prices it sees. `number` is digits, a "+" before them allowed.
+  // For use within a write, whose prices it sees. `number` is plain.
   Money PriceOf(Connection& connection, std::string_view number);
 
  private:

@@ -18,6 +18,8 @@ constexpr std::array kRefusals{
     RefusalRow{ErrorCode::kNoSuchPath, "no_such_path", 404, "No such path"},
     RefusalRow{ErrorCode::kTooLarge, "too_large", 413, "The request is too large"},
     RefusalRow{ErrorCode::kNotJson, "not_json", 415, "The body is not JSON by its content type"},
+    RefusalRow{ErrorCode::kNoSuchMethod, "no_such_method", 405,
+               "This path is not served with this method"},
     RefusalRow{ErrorCode::kWrongPassword, "wrong_password", 401, "Unknown user or wrong password"},
     RefusalRow{ErrorCode::kNoSession, "no_session", 401,
                "No session, or it has ended: log in again"},

@@ -9,6 +9,7 @@ enum class ErrorCode : int {
   kNoSuchPath = 102,
   kTooLarge = 103,
   kNotJson = 104,
+  kNoSuchMethod = 105,
   kWrongPassword = 110,
   kNoSession = 111,
   kTooManyPasswords = 112,

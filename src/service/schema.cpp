@@ -74,7 +74,7 @@ constexpr int kSchemaNumber = static_cast<int>(kSteps.size());
 void PrepareSchema(Connection& connection) {
   auto& database = connection.database();
   database.exec(
-      "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA wal_autocheckpoint=10000");
+      "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA journal_size_limit=4194304");
   // Two processes may come here at once; the second must see what the first has made.
   SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
   const int number = database.execAndGet("PRAGMA user_version").getInt();

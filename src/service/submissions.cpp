@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
+#include <tuple>
+
 #include "service/api_reply.h"
 #include "service/secrets.h"
 
@@ -11,12 +14,28 @@ namespace {
 constexpr std::int64_t kKeepSeconds = 48 * 3600;
 constexpr int kTidyEvery = 256;
 
+// "1", "1.0" and "1e0" are one value. (The names of members are in order already.)
+void UnifyNumbers(nlohmann::json& value) {
+  constexpr double kExact = 9'007'199'254'740'992.0;
+  if (value.is_structured()) {
+    for (auto& member : value) UnifyNumbers(member);
+  } else if (value.is_number_float()) {
+    const auto number = value.get<double>();
+    if (std::abs(number) <= kExact && number == std::trunc(number)) {
+      value = static_cast<std::int64_t>(number);
+    }
+  }
+}
+
 }  // namespace
 
 KeyedRequest KeyedRequestOf(const Call& call) {
-  return {
-      call.account, call.key,
-      Digest(fmt::format("{} {}\n{}", call.request.method, call.request.path, call.request.body))};
+  const auto& [method, path] = std::tie(call.request.method, call.request.path);
+  auto body = call.body;
+  UnifyNumbers(body);
+  return {call.account, call.key,
+          Digest(fmt::format("members\n{} {}\n{}", method, path, body.dump())),
+          Digest(fmt::format("{} {}\n{}", method, path, call.request.body))};
 }
 
 Submissions::Submissions(Database& database, const platform::Clock& clock, double drop_replies)
@@ -43,7 +62,10 @@ std::optional<ServedReply> Submissions::Kept(Connection& connection, const Keyed
   Query row(connection, "SELECT request,status,reply FROM submission WHERE account=? AND key=?",
             request.account, Blob{request.key});
   if (!row.Step()) return std::nullopt;
-  if (row.Text(0) != request.fingerprint) return ReplyOf(Refuse(ErrorCode::kKeyReused));
+  if (const auto kept = row.Text(0);
+      kept != request.fingerprint && kept != request.earlier_fingerprint) {
+    return ReplyOf(Refuse(ErrorCode::kKeyReused));
+  }
   ServedReply reply{static_cast<int>(row.Int(1)), row.Text(2), {}, false};
   reply.headers.emplace_back("Idempotent-Replay", "true");
   return reply;

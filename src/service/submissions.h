@@ -18,7 +18,9 @@ namespace orvalo::service {
 struct KeyedRequest {
   std::int64_t account = 0;
   std::string key;          // 16 bytes
-  std::string fingerprint;  // a digest of method, path and body
+  std::string fingerprint;  // a digest of method, path, and the body's members in any order
+  // As earlier versions made it, of the bytes as they came; "": there was none.
+  std::string earlier_fingerprint;
 };
 
 KeyedRequest KeyedRequestOf(const Call& call);

@@ -39,9 +39,9 @@ TEST(Api, AnswersWhateverComes) {
       {"GET", "/v1/messages/", "", "", "", 404, 102},
       {"GET", "/v1/messages/a/b", "", "", "", 404, 102},
       {"GET", "/v1/../v1/ping/..", "", "", "", 404, 102},
-      {"GET", "/v1/session", "", "", "", 405, 102},
-      {"DELETE", "/v1/messages/" + none, "", "", "", 405, 102},
-      {"PUT", "/v1/messages", good, NewKey(), kJson, 405, 102},
+      {"GET", "/v1/session", "", "", "", 405, 105},
+      {"DELETE", "/v1/messages/" + none, "", "", "", 405, 105},
+      {"PUT", "/v1/messages", good, NewKey(), kJson, 405, 105},
       {"GET", "/v1/messages/" + none, "", "", "", 404, 205},
       {"GET", "/v1/messages/xyz", "", "", "", 404, 205},
       {"GET", "/v1/messages/%ff%fe", "", "", "", 404, 205},
@@ -92,6 +92,10 @@ TEST(Api, AnswersWhateverComes) {
   auto nobody = running.Caller("");
   for (const char* path : {"/v1/ping", "/v1/balance"}) EXPECT_EQ(nobody.Get(path).code(), 111);
   EXPECT_EQ(nobody.Message("27821110001").code(), 111);
+  EXPECT_THAT(RawExchange(running.service().port(),
+                          "PUT /v1/messages HTTP/1.1\r\nHost: a\r\nContent-Length: 0\r\n"
+                          "Connection: close\r\n\r\n"),
+              HasSubstr("\r\nAllow: POST\r\n"));
   nobody.token = std::string(64, 'a');
   EXPECT_EQ(nobody.Get("/v1/ping").status, 401);
   EXPECT_EQ(nobody.Get("/v1/version").body.value("protocol", 0), 1);

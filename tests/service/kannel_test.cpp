@@ -340,6 +340,12 @@ TEST_F(KannelTest, NeverSendsAgainWhatMayHaveBeenSent) {
   const auto doubts = road.Doubts();
   ASSERT_EQ(doubts.size(), 3u);
   EXPECT_EQ(doubts[1].value("number", ""), "2782111009");
+  const auto several = road.Run({"outbox", "settle", doubts[0].value("part", ""),
+                                 doubts[1].value("part", ""), ids[3], "sent"});
+  EXPECT_EQ(several.status, 1);
+  EXPECT_EQ(several.out, "2\n");
+  EXPECT_THAT(several.err, HasSubstr("nothing of \"" + ids[3] + "\" is in doubt"));
+  EXPECT_EQ(road.Doubts().size(), 1u);
   EXPECT_TRUE(road.AddsUp());
 }
 

@@ -1,13 +1,16 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <functional>
 #include <set>
 #include <thread>
 
 #include "service/ledger_check.h"
 #include "service/running_service.h"
+#include "service/secrets.h"
 
 namespace orvalo::test {
 namespace {
@@ -27,12 +30,40 @@ TEST(IdempotencyKeys, MakeARequestHappenOnce) {
   EXPECT_EQ(ann.Message("27821110001", key).body, first.body);
   EXPECT_EQ(ann.Message("27821110002", key).code(), 206);
   EXPECT_EQ(ann.Post("/v1/batches", {{"text", "Hello"}}, key).code(), 206);
+  const auto send = [&](const char* body, int count) {
+    return ann.Send("POST", "/v1/messages", body, fmt::format("{:032x}", 0xabc00 + count),
+                    "application/json");
+  };
+  const auto same = send(R"({"to":"27821110001","text":"A","type":0,"x":{"b":[1,2],"a":1}})", 1);
+  for (const char* body :
+       {R"( {"x" : {"a":1.0,"b":[1e0,2]}, "type":0, "text":"\u0041", "to":"27821110001"} )",
+        R"({"to":"1","to":"27821110001","text":"A","type":0,"x":{"b":[1,2],"a":1}})"}) {
+    EXPECT_EQ(send(body, 1).body, same.body) << body;
+  }
+  for (const char* body : {R"({"to":"27821110001","text":"A","type":0,"x":{"b":[2,1],"a":1}})",
+                           R"({"to":"27821110001","text":"A","x":{"b":[1,2],"a":1}})",
+                           R"({"to":"27821110001","text":"A","type":0,"x":{"b":[1,2],"a":"1"}})"}) {
+    EXPECT_EQ(send(body, 1).code(), 206) << body;
+  }
+  // A key that an earlier version kept, with a digest of the bytes.
+  constexpr const char* kEarlier = R"({"text":"A","to":"27821110001"})";
+  const auto earlier = send(kEarlier, 2);
+  const auto digest = service::Digest(std::string("POST /v1/messages\n") + kEarlier);
+  running.service().database().Write([&](service::Connection& connection) {
+    service::Query(connection,
+                   "UPDATE submission SET request=? WHERE seq=(SELECT max(seq) FROM "
+                   "submission)",
+                   service::Blob{digest})
+        .Run();
+  });
+  EXPECT_EQ(send(kEarlier, 2).body, earlier.body);
+  EXPECT_EQ(send(R"({"text":"B","to":"27821110001"})", 2).code(), 206);
   EXPECT_NE(bob.Message("27821110001", key).body, first.body) << "keys belong to an account";
   running.Restart();
   running.clock.Advance(24 * 3600 * 1000 - 1000);
   auto later = running.Caller();
   EXPECT_EQ(later.Message("27821110001", key).body, first.body) << "a day and a restart later";
-  EXPECT_EQ(running.Entries().size(), 2u);
+  EXPECT_EQ(running.Entries().size(), 4u);
   EXPECT_TRUE(running.LedgerAddsUp());
 }
 
@@ -112,7 +143,7 @@ TEST(Batches, AcceptEachRecipientOnItsOwn) {
   EXPECT_EQ(ann.Post(path + "/recipients", {{"to", {"27821110001"}}}).code(), 205);
 
   const nlohmann::json numbers{"+4930123456", "004930123456", "27829900",
-                               "x",           "49891234",     "27821110001"};
+                               "0012",        "49891234",     "27821110001"};
   const auto key = NewKey();
   const auto reply = bob.Post(path + "/recipients", {{"to", numbers}}, key);
   ASSERT_EQ(reply.status, 200);
@@ -133,6 +164,7 @@ TEST(Batches, AcceptEachRecipientOnItsOwn) {
 
   const auto entries = running.Entries();
   ASSERT_EQ(entries.size(), 4u);
+  for (const int i : {0, 1, 3}) EXPECT_EQ(entries[i].message.number, "4930123456") << "as priced";
   EXPECT_EQ(entries[0].key, key);
   EXPECT_EQ(entries[0].user, "bob");
   EXPECT_EQ(entries[2].message.sender, "Shop");
@@ -172,6 +204,9 @@ TEST(Ledger, KeepsTextsAsTheyAre) {
 
 TEST(Ledger, AcceptsNothingOnAFullDisk) {
   RunningService running;
+  std::string log;
+  running.options.report = [&log](const std::string& line) { log += line; };
+  running.Restart();
   auto ann = running.Caller();
   const auto limit_pages = [&](int pages) {
     running.service().database().Write([&](service::Connection& connection) {
@@ -192,9 +227,40 @@ TEST(Ledger, AcceptsNothingOnAFullDisk) {
   EXPECT_EQ(reply.code(), 500);
   EXPECT_EQ(running.Entries().size(), static_cast<std::size_t>(accepted - 1));
   EXPECT_TRUE(running.LedgerAddsUp());
+  EXPECT_NE(log.find("the disk that holds " + running.options.folder + " is full"), log.npos);
   limit_pages(100'000);
   EXPECT_EQ(ann.Post("/v1/messages", large, key).status, 200) << "the key may be tried again";
   EXPECT_TRUE(running.LedgerAddsUp());
+}
+
+TEST(Database, FoldsItsJournalWhileOthersReadAndWrite) {
+  const TemporaryFolder folder;
+  service::Database database(folder.path());
+  std::atomic<bool> done = false;
+  std::atomic<int> rows = 0;
+  std::uintmax_t longest = 0;
+  OnThreads(5, [&](int thread) {
+    if (thread > 0) {
+      while (!done) {
+        database.Read([&](service::Connection& connection) {
+          service::Query row(connection, "SELECT value FROM setting LIMIT 1");
+          if (row.Step()) ++rows;
+        });
+      }
+      return;
+    }
+    for (int i = 0; i < 400; ++i) {
+      database.Write([&](service::Connection& connection) {
+        service::Query(connection, "INSERT INTO setting VALUES(?,1)",
+                       std::to_string(i) + std::string(60'000, 'x'))
+            .Run();
+      });
+      longest = std::max(longest, std::filesystem::file_size(folder.File("gateway.db-wal")));
+    }
+    done = true;
+  });
+  EXPECT_GT(rows, 0);
+  EXPECT_LT(longest, 6u << 20) << "of 24 MB that were written";
 }
 
 TEST(Database, UndoesAFailedWriteAndNoOther) {

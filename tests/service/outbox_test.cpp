@@ -49,8 +49,8 @@ class OutboxTest : public testing::Test {
     if (request.path.starts_with("/status.xml")) {
       ++polls_;
       return {.body =
-                  "<gateway><status>running" + Uptime() +
-                  "</status><smscs><smsc><status>online 5s</status><queued>0</queued></smsc>" +
+                  "<gateway><status>running" + Uptime() + "</status><smscs><smsc><status>" +
+                  std::string(link_) + "</status><queued>0</queued></smsc>" +
                   (has_dead_link_ ? "<smsc><status>dead</status><queued>0</queued></smsc>" : "") +
                   "</smscs></gateway>"};
     }
@@ -121,6 +121,7 @@ class OutboxTest : public testing::Test {
 
   std::mutex mutex_;
   std::string log_;
+  std::atomic<const char*> link_ = "online 5s";
   std::atomic<bool> has_dead_link_ = false;
   std::atomic<int> answer_ = 202, uptime_ = -1, polls_ = 0;
   std::string answer_text_;
@@ -280,6 +281,23 @@ TEST_F(OutboxTest, TellsAMonitorWhatItDoesByNamesThatNeverGrow) {
     EXPECT_EQ(line.substr(0, line.find_first_of("{ ")), name);
   }
   EXPECT_GT(names.size(), 10u);
+}
+
+TEST_F(OutboxTest, IsReadyOnlyWhileALinkIsOnline) {
+  const auto ready = [this] { return Operations("/ready"); };
+  PollWithUptime(100, 10);
+  EXPECT_EQ(ready(), "ready\n");
+  for (const char* link : {"re-connecting", "connecting", "disconnected", "dead"}) {
+    link_ = link;
+    PollWithUptime(uptime_, 10);
+    EXPECT_EQ(ready(), "the network is not available\n") << link;
+    EXPECT_THAT(Operations("/metrics"), HasSubstr("orvalo_carrier_healthy 0\n"));
+    EXPECT_THAT(Operations("/metrics"), HasSubstr("orvalo_engine_links_usable 0\n"));
+    EXPECT_THAT(log_, HasSubstr("no link to a network is up"));
+  }
+  link_ = "online 1s";
+  PollWithUptime(uptime_, 10);
+  EXPECT_EQ(ready(), "ready\n");
 }
 
 TEST_F(OutboxTest, DoubtsWhatAnEngineHadThatWasRestarted) {

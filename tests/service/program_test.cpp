@@ -120,6 +120,7 @@ TEST(Program, IsAdministeredWhileItRuns) {
       {{"backup", folder.File("none/gateway.db")}, 1, "cannot be written"},
       {{"price", "set", "27", "0.5"}, 0, ""},
       {{"price", "set", "+27", "0.5"}, 1, "prefix"},
+      {{"price", "set", "0027", "0.5"}, 1, "prefix"},
       {{"price", "list"}, 0, "27               0.5"},
       {{"frobnicate"}, 2, ""},
       {{"--listen", "0.0.0.0:0"}, 2, "--tls-key"},
@@ -135,6 +136,11 @@ TEST(Program, IsAdministeredWhileItRuns) {
     EXPECT_EQ(result.status, command.status) << testing::PrintToString(command.arguments);
     EXPECT_THAT(result.out + result.err, HasSubstr(command.says));
   }
+  // No lock can be taken there, and nobody serves it.
+  const auto closed = folder.File("closed");
+  ASSERT_TRUE(std::filesystem::create_directories(closed + "/.orvalo-gateway.lock"));
+  EXPECT_THAT(RunGateway({"--listen", "127.0.0.1:0", "--data", closed}).err,
+              HasSubstr(closed + " cannot be written to by the user "));
   GatewayCaller carl(program.port(), "");
   ASSERT_TRUE(carl.LogIn("carl", "secret"));
   EXPECT_EQ(carl.Message("27821110001").status, 200);
