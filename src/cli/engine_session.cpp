@@ -58,6 +58,18 @@ void EngineSession::Stop() {
   context_.errors.Progress("");
 }
 
+void EngineSession::RequireStored() {
+  ShowStoreProblem();
+  if (context_.program.GetNotices().IsStoreRefusing())
+    throw CommandError(ExitCode::kFailed, "Not all that became of messages could be stored");
+}
+
+void EngineSession::ShowStoreProblem() {
+  const std::string problem = context_.program.GetNotices().TakeStoreProblem();
+  if (!problem.empty())
+    context_.errors.Line("The send engine could not store its work, and tries again: " + problem);
+}
+
 void EngineSession::Post(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
   {
     const std::lock_guard lock(mutex_);
@@ -99,6 +111,9 @@ void EngineSession::Show(const Message& message) {
     case kWmQuerying:
       stage_ = "Asking for news";
       break;
+    case kWmStoreRefused:
+      ShowStoreProblem();
+      return;
     case kWmBalance:
       balance_due_ = true;
       return;

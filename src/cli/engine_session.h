@@ -37,6 +37,8 @@ class EngineSession : private platform::Mailbox, private OutboxView {
   bool TakeChanged();
   // Asks the engine to stop and waits for its end: as long as the message in hand takes.
   void Stop();
+  // After Stop: throws CommandError when the store has not taken what the engine had to write.
+  void RequireStored();
 
  private:
   struct Message {
@@ -49,6 +51,7 @@ class EngineSession : private platform::Mailbox, private OutboxView {
   bool NextMessage(std::int64_t tick, Message* message, bool* stop_wished);
   void Show(const Message& message);
   void RefreshBalance();
+  void ShowStoreProblem();
 
   Context& context_;
   const char* stage_ = "";          // of the engine's burst, in words

@@ -69,6 +69,8 @@ ExitCode QueryCommand::Execute(Context& context) {
     if (const auto row = database.GetSms(id)) listing.Add(*row);
   }
   listing.End();
+  if (const std::string problem = context.program.GetNotices().TakeStoreProblem(); !problem.empty())
+    throw CommandError(ExitCode::kFailed, problem);
   if (unanswered.count > 0) {
     const bool all = unanswered.count >= std::ssize(ids) || ConcernsEveryCall(unanswered.last.code);
     ThrowUnanswered(context, unanswered, all);

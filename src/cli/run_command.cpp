@@ -107,6 +107,7 @@ ExitCode RunCommand::Execute(Context& context) {
   session.Stop();
   report.SayChanges();
   report.PrintResults();
+  session.RequireStored();
   if (end == EngineSession::Event::kOffline) {
     StayOnline(context);
     report.Tally().SayAllBut(ExitCode::kUnreachable, context.errors);

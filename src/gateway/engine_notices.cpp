@@ -1,5 +1,7 @@
 #include "gateway/engine_notices.h"
 
+#include <utility>
+
 namespace orvalo {
 
 void EngineNotices::SetMainWindow(platform::Mailbox* window) {
@@ -37,6 +39,29 @@ void EngineNotices::GoOffline() {
 void EngineNotices::Offline() {
   std::lock_guard guard(mutex_);
   if (main_window_ != nullptr) main_window_->Post(kWmOffline, 0, 0);
+}
+
+void EngineNotices::StoreRefused(const std::string& why) {
+  std::lock_guard guard(mutex_);
+  refused_in_round_ = true;
+  if (std::exchange(store_refuses_, true)) return;
+  store_problem_ = why;
+  if (main_window_ != nullptr) main_window_->Post(kWmStoreRefused, 0, 0);
+}
+
+void EngineNotices::StoreRoundEnds() {
+  std::lock_guard guard(mutex_);
+  store_refuses_ = std::exchange(refused_in_round_, false);
+}
+
+bool EngineNotices::IsStoreRefusing() const {
+  std::lock_guard guard(mutex_);
+  return store_refuses_;
+}
+
+std::string EngineNotices::TakeStoreProblem() {
+  std::lock_guard guard(mutex_);
+  return std::exchange(store_problem_, std::string());
 }
 
 }  // namespace orvalo

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <string>
 
 #include "platform/mailbox.h"
 
@@ -22,6 +23,8 @@ inline constexpr std::uint32_t kWmProgress =
     platform::kWmApp + 15;  // rows still to do, recipients still to go
 inline constexpr std::uint32_t kWmOnline = platform::kWmApp + 30;
 inline constexpr std::uint32_t kWmOffline = platform::kWmApp + 31;
+// The store refuses what the engine has to write; TakeStoreProblem says why.
+inline constexpr std::uint32_t kWmStoreRefused = platform::kWmApp + 33;
 inline constexpr std::uint32_t kWmLoggedIn = platform::kWmApp + 32;  // a login has succeeded
 
 // Whoever shows the outbox. Called on the worker thread: store the id, ask your own thread to
@@ -50,8 +53,19 @@ class EngineNotices {
   void GoOffline();                            // to the options page, stopping or not
   void Offline();                              // to the main window, stopping or not
 
+  // The store has refused what the engine wanted to write, which it will try again. Told to the
+  // main window, stopping or not, and not again until a round of the engine's timed work has passed
+  // without.
+  void StoreRefused(const std::string& why);
+  void StoreRoundEnds();
+  bool IsStoreRefusing() const;
+  std::string TakeStoreProblem();  // in words; empty when it has been taken
+
  private:
-  std::mutex mutex_;  // guards the receivers
+  mutable std::mutex mutex_;  // guards the receivers and what the store has said
+  bool store_refuses_ = false;
+  bool refused_in_round_ = false;
+  std::string store_problem_;
   platform::Mailbox* main_window_ = nullptr;
   platform::Mailbox* options_page_ = nullptr;
   OutboxView* outbox_view_ = nullptr;

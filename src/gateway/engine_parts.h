@@ -1,4 +1,5 @@
 #pragma once
+#include <exception>
 
 namespace orvalo::platform {
 class Clock;
@@ -31,5 +32,9 @@ struct EngineParts {
 // as far as it is known. Returns when it has been closed.
 void ShowNoConnection(platform::MessageBoxes& boxes, const Texts& texts,
                       const AppSettings& settings, const GatewayFailure& failure);
+
+// To be called with what has ended a pass: lets the operator know when it was the store. Any
+// thread.
+void TellStoreRefusal(const EngineParts& parts, const std::exception& problem);
 
 }  // namespace orvalo

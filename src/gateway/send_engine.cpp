@@ -10,6 +10,7 @@
 #include "gateway/gateway_client.h"
 #include "platform/clock.h"
 #include "store/sms_database.h"
+#include "store/store_error.h"
 
 namespace orvalo {
 
@@ -24,6 +25,11 @@ constexpr std::int32_t kDay = 86'400;  // seconds
 constexpr int kMostDaysAhead = 7;
 
 }  // namespace
+
+void TellStoreRefusal(const EngineParts& parts, const std::exception& problem) {
+  if (const auto* refusal = dynamic_cast<const StoreError*>(&problem))
+    parts.notices.StoreRefused(refusal->InWords(parts.texts));
+}
 
 SendEngine::SendEngine(const EngineParts& parts, AppSettings& settings, Account& account)
     : parts_(parts),
@@ -118,6 +124,7 @@ void SendEngine::RunTimedWork() {
     KeepAlive();
     timed_wakes_ = 0;
   }
+  parts_.notices.StoreRoundEnds();
   parts_.notices.ToMainWindow(kWmIdle);
 }
 
@@ -158,6 +165,7 @@ void SendEngine::PromoteDueMessages() {
       Promote(SmsStatus::kDelayScheduled, days * kDay, now + days * kDay);
     }
   } catch (const std::exception& problem) {  // the rows stay scheduled; the next wake tries again
+    TellStoreRefusal(parts_, problem);
     if (parts_.log.Enabled())
       parts_.log.Write("Promotion of scheduled messages failed: %s", problem.what());
   }

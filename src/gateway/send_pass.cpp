@@ -91,6 +91,7 @@ void SendPass::Guarded(const std::function<bool()>& work) {
   try {
     if (work()) parts_.notices.TellOutbox(0);
   } catch (const std::exception& problem) {
+    TellStoreRefusal(parts_, problem);
     if (parts_.log.Enabled()) {
       parts_.log.Write("CRITICAL ERROR: Catch in SendQueuedSMSs");
       parts_.log.Write("%s", problem.what());

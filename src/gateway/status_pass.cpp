@@ -30,6 +30,7 @@ void StatusPass::QueryMessageStatus(std::int32_t id) {
   try {
     if (WalkFollowed(id) > 0) parts_.notices.TellOutbox(0);
   } catch (const std::exception& problem) {
+    TellStoreRefusal(parts_, problem);
     if (parts_.log.Enabled()) {
       parts_.log.Write("CRITICAL ERROR: Catch in QueryMessageStatus");
       parts_.log.Write("%s", problem.what());

@@ -31,6 +31,7 @@ constexpr int kDeleteCaptionId = 1417;
 constexpr int kDeleteTextId = 1418;
 constexpr int kNoExportCaptionId = 1421;
 constexpr int kNothingToExportTextId = 1422;
+constexpr int kUnreadableTextId = 2190;
 
 bool IsStatus(std::int32_t stat, SmsStatus status) {
   return stat == static_cast<std::int32_t>(status);
@@ -83,14 +84,29 @@ void OutboxPage::RefreshRequested() {
 bool OutboxPage::FullRefresh() {
   try {
     rows_.Reload();
-  } catch (const StoreError&) {
+  } catch (const StoreError& error) {
+    window_.SetUnreadable(true);
+    NoteUnreadable(error);
     return false;
   }
+  window_.SetUnreadable(false);
   last_in_hand_.clear();
   window_.SetRowCount(rows_.Count());
   selection_.Reset(rows_.Count());
   window_.ShowSelection();
   return true;
+}
+
+// Rows are read while the list is drawn, when no message can be shown.
+void OutboxPage::NoteUnreadable(const StoreError& error) {
+  if (!unreadable_.empty()) return;
+  unreadable_ = error.InWords(parts_.texts);
+  parts_.own_mailbox.Post(kWmOutboxUnreadable, 0, 0);
+}
+
+void OutboxPage::TellUnreadable() {
+  parts_.boxes.Show(parts_.texts.Format(kUnreadableTextId, {unreadable_}).value_or(unreadable_),
+                    parts_.texts.Load(kProgramNameId), platform::BoxIcon::kStop);
 }
 
 // The message before gets its outcome just when the engine takes the next one in hand, so that it
@@ -135,7 +151,8 @@ OutboxLine OutboxPage::LineAt(std::size_t position) {
                   parts_.fields.Status(row->stat), std::move(row->charge), std::move(row->msg)};
     line.reason = std::move(row->reason);
     if (row->stat >= 0 && row->stat < kSmsStatusCount) line.icon = row->stat;
-  } catch (const StoreError&) {
+  } catch (const StoreError& error) {
+    NoteUnreadable(error);
   }
   return line;
 }

@@ -24,11 +24,14 @@ class EngineCommands;
 class MessageLoader;
 class MessageTexts;
 class OutboxCopy;
+class StoreError;
 class Texts;
 struct IdList;
 
 // Posted to the outbox's own mailbox: the window then calls OutboxPage::RefreshRequested.
 inline constexpr std::uint32_t kWmOutboxRefresh = platform::kWmApp + 40;
+// Posted there once: the window then calls OutboxPage::TellUnreadable.
+inline constexpr std::uint32_t kWmOutboxUnreadable = platform::kWmApp + 41;
 
 // The columns of the list: string id of the header, width in pixels.
 struct OutboxHeader {
@@ -54,7 +57,8 @@ class OutboxWindow {
   virtual ~OutboxWindow() = default;
   virtual bool IsOnShow() const = 0;  // the outbox is the page in front
   virtual void SetRowCount(std::size_t rows) = 0;
-  virtual void Redraw() = 0;         // asks LineAt for what is visible
+  virtual void SetUnreadable(bool unreadable) = 0;  // the list lacks rows: it does not look empty
+  virtual void Redraw() = 0;                        // asks LineAt for what is visible
   virtual void ShowSelection() = 0;  // asks SelectedRuns; must not report it back as a change
   virtual void ScrollToTop() = 0;
   virtual void SetTabCaption(const std::string& caption) = 0;
@@ -84,7 +88,8 @@ struct OutboxParts {
 //
 // The selection is kept by display position. It follows its messages when the list is sorted anew
 // and is cleared by every full refresh. Where the store refuses, the operator is told and nothing
-// has changed; a refresh that cannot read the store leaves the list as it was.
+// has changed; a refresh that cannot read the store leaves the list as it was. That rows cannot be
+// read is told once.
 class OutboxPage : public OutboxView, public OutboxCaption {
  public:
   OutboxPage(const OutboxParts& parts, OutboxWindow& window);
@@ -99,6 +104,7 @@ class OutboxPage : public OutboxView, public OutboxCaption {
   // been answered.
   void MessageInHand(std::int32_t id) override;
   void RefreshRequested();  // answers kWmOutboxRefresh
+  void TellUnreadable();    // answers kWmOutboxUnreadable
   void UpdateCaption() override;
   void SetActivity(const std::string& text);  // of the engine; empty when it rests
 
@@ -134,6 +140,7 @@ class OutboxPage : public OutboxView, public OutboxCaption {
 
  private:
   bool FullRefresh();
+  void NoteUnreadable(const StoreError& error);
   void RowRefresh(std::span<const std::int32_t> ids);
   // Sorts with the selection following its messages.
   void KeepingSelection(const std::function<void()>& sort);
@@ -153,6 +160,7 @@ class OutboxPage : public OutboxView, public OutboxCaption {
   MessageLoader* loader_ = nullptr;
   OutboxRows rows_;
   OutboxSelection selection_;
+  std::string unreadable_;                  // why the first row could not be read; empty: all could
   std::int32_t menu_id_ = kNoMessage;       // the message right-clicked last
   std::vector<std::int32_t> last_in_hand_;  // rows whose status may change once more
 

@@ -13,7 +13,7 @@ namespace orvalo::platform {
 namespace {
 
 constexpr char kMark[] = "ORVALO_SHOW_FAULT";
-constexpr std::array kFaults{SIGSEGV, SIGBUS, SIGILL, SIGFPE};
+constexpr std::array kFaults{SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
 
 // Made ready beforehand: after a fault no memory can be asked for.
 struct FreshStart {

@@ -1,5 +1,6 @@
 #include "ui/application.h"
 
+#include <QDir>
 #include <QEvent>
 #include <QEventLoop>
 #include <QSessionManager>
@@ -10,6 +11,18 @@
 #include "ui/theme.h"
 
 namespace orvalo::ui {
+
+namespace {
+
+bool HasWaylandPlugin() {
+  for (const QString& path : QCoreApplication::libraryPaths()) {
+    const QDir plugins(path + QStringLiteral("/platforms"));
+    if (!plugins.entryList({QStringLiteral("*qwayland*")}, QDir::Files).isEmpty()) return true;
+  }
+  return false;
+}
+
+}  // namespace
 
 Application::Application(int& count, char** values) : QApplication(count, values) {
   setApplicationName(QStringLiteral("Orvalo"));
@@ -51,6 +64,7 @@ bool Application::notify(QObject* receiver, QEvent* event) {
   } catch (const FormError&) {
     return true;  // a translation lacks the window that was wanted: it does not open
   } catch (...) {
+    if (telling_) return true;  // the message about the first one must not end
     if (!fault_) fault_ = std::current_exception();
     exit(0);
     return true;
@@ -64,6 +78,7 @@ void Application::RethrowFault() {
   QMetaObject::invokeMethod(
       this, [] { exit(0); }, Qt::QueuedConnection);
   exec();
+  telling_ = true;
   std::rethrow_exception(std::exchange(fault_, nullptr));
 }
 
@@ -73,9 +88,16 @@ void Application::FollowSystem() {
 }
 
 QString Application::WhyNoDisplay() {
-  if (qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
-      qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+  if (!qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
     return {};
+  if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+    if (HasWaylandPlugin()) {
+      qputenv("QT_QPA_PLATFORM", "wayland");  // Qt would look for an X server in some sessions
+      return {};
+    }
+    return QStringLiteral(
+        "Orvalo needs Qt's plugin for Wayland, or an X server, to open its window here: install "
+        "the package qt6-wayland. The same work can be done in a terminal with orvaloctl.");
   }
   return QStringLiteral(
       "Orvalo needs a desktop: neither DISPLAY nor WAYLAND_DISPLAY is set. "

@@ -15,7 +15,8 @@ class Application : public QApplication {
   Application(int& count, char** values);
 
   bool notify(QObject* receiver, QEvent* event) override;
-  // To be called after each event loop, when none runs any more. Throws what a handler has thrown.
+  // To be called after each event loop, when none runs any more. Throws what a handler has thrown;
+  // whatever is thrown after that is dropped, so that nothing ends the message about it.
   void RethrowFault();
 
   // Called on the main thread when the session ends or the system wishes the program's end; an
@@ -23,7 +24,8 @@ class Application : public QApplication {
   void SetEndHandler(std::function<void()> end);
   void WishEnd();  // any thread
 
-  // Why there can be no window here, in words for the terminal; empty when there can.
+  // Why there can be no window here, in words for the terminal; empty when there can. Before the
+  // object is made: chooses Wayland where there is nothing else.
   static QString WhyNoDisplay();
 
  private:
@@ -31,6 +33,7 @@ class Application : public QApplication {
   void End();
 
   std::exception_ptr fault_;
+  bool telling_ = false;  // of the fault
   std::function<void()> end_;
   bool end_wished_ = false;
 };

@@ -13,6 +13,9 @@ namespace orvalo::ui {
 
 namespace {
 
+constexpr int kProductNameId = 1024;
+constexpr int kStoreRefusedTextId = 2193;
+
 QImage Banner(const std::string& data_folder) {
   const auto picture = ReadBanner(data_folder);
   return picture ? QImage::fromData(QByteArray::fromStdString(*picture), "PNG") : QImage();
@@ -97,6 +100,15 @@ void Desktop::Run() {
 void Desktop::Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
   shell_.Handle(message, wparam, lparam);
   if (message == kWmLoggedIn) banner_.Start();
+  if (message == kWmStoreRefused) ShowStoreProblem();
+}
+
+void Desktop::ShowStoreProblem() {
+  const std::string problem = program_.GetNotices().TakeStoreProblem();
+  if (problem.empty()) return;
+  program_.GetMessageBoxes().Show(
+      program_.GetTexts().Format(kStoreRefusedTextId, {problem}).value_or(problem),
+      program_.GetTexts().Load(kProductNameId), platform::BoxIcon::kStop);
 }
 
 void Desktop::StartEngine() { program_.GetEngine().StartEngine(); }

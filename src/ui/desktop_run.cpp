@@ -5,7 +5,10 @@
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QThread>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <string>
 
 #include "ui/desktop.h"
 #include "ui/guarded.h"
@@ -36,6 +39,16 @@ void PumpMessages() { QCoreApplication::processEvents(QEventLoop::AllEvents, kPu
 void Pause(const Surroundings& around, int milliseconds) {
   PumpMessages();
   if (around.pause) around.pause(milliseconds);
+  if (around.rethrow_fault) around.rethrow_fault();
+}
+
+// What a terminal takes for a command (a damaged file may hold one) becomes a blank.
+std::string Plain(const std::string& text) {
+  QString plain = Qt8(text);
+  for (QChar& character : plain) {
+    if (character.category() == QChar::Other_Control) character = u' ';
+  }
+  return plain.toStdString();
 }
 
 // None where a translation lacks it: the end goes on unseen.
@@ -110,9 +123,16 @@ int Launch(Program& program, const Surroundings& around) {
 int RunDesktop(Program& program, Program::Options options, const Surroundings& around) {
   options.wait_cursor = ShowWaitCursor;
   const QtTexts qt_texts(program.GetTexts());
-  const auto result =
+  auto result =
       program.Run(options, [&around](Program& running) { return Launch(running, around); });
-  return result.exit_code;
+  try {
+    if (around.rethrow_fault) around.rethrow_fault();  // of a message box outside the launcher
+  } catch (...) {
+    result.end = Program::End::kUnexpected;
+    Program::ShowUnexpectedError(program.GetMessageBoxes(), program.GetSettings());
+  }
+  if (!result.reason.empty()) std::fprintf(stderr, "orvalo: %s\n", Plain(result.reason).c_str());
+  return result.end == Program::End::kUnexpected ? EXIT_FAILURE : result.exit_code;
 }
 
 }  // namespace orvalo::ui

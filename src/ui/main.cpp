@@ -1,7 +1,9 @@
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "app/data_file.h"
@@ -28,14 +30,35 @@ int ShowFault(orvalo::platform::MessageBoxes& boxes) {
   orvalo::AppSettings settings;
   settings.Load(file, false);
   orvalo::Program::ShowUnexpectedError(boxes, settings);
-  return 0;
+  return EXIT_FAILURE;
+}
+
+constexpr char kHelp[] =
+    "Usage: orvalo\n"
+    "Opens the window on the data folder that ORVALO_DATA_PATH or the configuration names;\n"
+    "`orvalo-start` makes one first where there is none. See orvalo(1). In a terminal, orvaloctl\n"
+    "does the same work.\n"
+    "  --help     Print this text\n"
+    "  --version  Print the version\n";
+
+// Whether the first argument asks for words only; they are then printed.
+bool AnswersInWords(int count, char** values) {
+  const std::string_view wish = count > 1 ? values[1] : "";
+  if (wish == "--help" || wish == "-h") {
+    std::fputs(kHelp, stdout);
+  } else if (wish == "--version") {
+    std::printf("orvalo %s\n", ORVALO_VERSION);
+  } else {
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
 
-// The desktop client. Reads no command line of its own.
+// The desktop client. Of its command line it reads no more than these two words.
 int main(int count, char** values) {
-  orvalo::platform::ShowFaultsAfresh(values[0]);
+  if (AnswersInWords(count, values)) return std::fflush(stdout) == 0 ? 0 : EXIT_FAILURE;
   const QString problem = orvalo::ui::Application::WhyNoDisplay();
   if (!problem.isEmpty()) {
     std::fprintf(stderr, "%s\n", problem.toStdString().c_str());
@@ -47,6 +70,7 @@ int main(int count, char** values) {
     if (auto* application = running.load()) application->WishEnd();
   });
   orvalo::ui::Application application(count, values);
+  orvalo::platform::ShowFaultsAfresh(values[0]);
   running = &application;
   orvalo::ui::SystemShell shell;
   orvalo::ui::SystemClipboard clipboard;

@@ -27,6 +27,7 @@ OutboxArea::OutboxArea(Program& program, const Kit& kit, platform::Clipboard& cl
   window_->SetPage(&page_);
   mailbox_.SetHandler([this](std::uint32_t message, std::int32_t, std::int32_t) {
     if (message == kWmOutboxRefresh && window_ != nullptr) page_.RefreshRequested();
+    if (message == kWmOutboxUnreadable) page_.TellUnreadable();
   });
   page_.SetUp();
   program_.GetNotices().SetOutboxView(&page_);

@@ -26,6 +26,8 @@ constexpr int kDialog = 133;
 constexpr int kMenu = 213;
 constexpr int kEmptyTitleId = 2150;
 constexpr int kEmptyTextId = 2151;
+constexpr int kUnreadableTitleId = 2191;
+constexpr int kUnreadableTextId = 2192;
 
 constexpr int kEmptyIconSize = 48;
 constexpr int kMenuInset = 16;  // of the menu that a key opens, from the list's edge
@@ -111,14 +113,18 @@ void OutboxWindowPage::MakeEmptyNotice() {
     return label;
   };
   empty_picture_ = add(QString(), "muted");
-  add(Qt8(kit_.texts.Load(kEmptyTitleId)), "heading");
-  add(Qt8(kit_.texts.Load(kEmptyTextId)), "muted");
+  empty_title_ = add(Qt8(kit_.texts.Load(kEmptyTitleId)), "heading");
+  empty_text_ = add(Qt8(kit_.texts.Load(kEmptyTextId)), "muted");
   lines->addStretch();
   auto* fill = new QVBoxLayout(list_->viewport());
   fill->addWidget(empty_);
 }
 
 void OutboxWindowPage::DrawEmptyPicture() {
+  if (unreadable_) {
+    empty_picture_->clear();
+    return;
+  }
   empty_picture_->setPixmap(kit_.images.Pixmap("outbox-empty", {kEmptyIconSize, kEmptyIconSize},
                                                devicePixelRatioF(), IconTint::kMuted));
 }
@@ -151,6 +157,13 @@ void OutboxWindowPage::SetRowCount(std::size_t rows) {
   showing_selection_ = before;
   empty_->setVisible(rows == 0);
   if (rows == 0) DrawEmptyPicture();
+}
+
+void OutboxWindowPage::SetUnreadable(bool unreadable) {
+  if (std::exchange(unreadable_, unreadable) == unreadable) return;
+  empty_title_->setText(Qt8(kit_.texts.Load(unreadable ? kUnreadableTitleId : kEmptyTitleId)));
+  empty_text_->setText(Qt8(kit_.texts.Load(unreadable ? kUnreadableTextId : kEmptyTextId)));
+  DrawEmptyPicture();
 }
 
 void OutboxWindowPage::Redraw() {

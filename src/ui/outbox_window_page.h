@@ -40,6 +40,7 @@ class OutboxWindowPage : public QWidget, public OutboxWindow {
   // --- OutboxWindow
   bool IsOnShow() const override { return links_.is_on_show(); }
   void SetRowCount(std::size_t rows) override;
+  void SetUnreadable(bool unreadable) override;
   void Redraw() override;
   void ShowSelection() override;
   void ScrollToTop() override;
@@ -75,6 +76,9 @@ class OutboxWindowPage : public QWidget, public OutboxWindow {
   QLabel* status_ = nullptr;
   QWidget* empty_ = nullptr;  // stands in the list while there is no message
   QLabel* empty_picture_ = nullptr;
+  QLabel* empty_title_ = nullptr;
+  QLabel* empty_text_ = nullptr;
+  bool unreadable_ = false;
   std::unique_ptr<QMenu> menu_;
   bool showing_selection_ = false;
 };

@@ -73,13 +73,15 @@ TEST_F(DesktopJourney, AGroupGetsItsMessageAndTheProgramEndsInOrder) {
 }
 
 TEST_F(DesktopJourney, AProcessorFaultIsToldByAFreshStart) {
-  ChildProcess program({ORVALO_DESKTOP}, "/dev/null", "/dev/null");
-  const AccessibleWindow window("Orvalo");
-  ASSERT_TRUE(AccessibleWindow::Until([&] { return window.IsShowing("loginUser"); }));
-  program.Signal(SIGSEGV);
-  ASSERT_TRUE(AccessibleWindow::Until([&] { return window.IsShowing("linkMessage"); }));
-  program.Signal(SIGTERM);
-  EXPECT_EQ(program.Wait(), 0);
+  for (const int fault : {SIGSEGV, SIGABRT}) {
+    ChildProcess program({ORVALO_DESKTOP}, "/dev/null", "/dev/null");
+    const AccessibleWindow window("Orvalo");
+    ASSERT_TRUE(AccessibleWindow::Until([&] { return window.IsShowing("loginUser"); }));
+    program.Signal(fault);
+    ASSERT_TRUE(AccessibleWindow::Until([&] { return window.IsShowing("linkMessage"); }));
+    program.Signal(SIGTERM);
+    EXPECT_EQ(program.Wait(), 1);
+  }
 }
 
 }  // namespace

@@ -23,6 +23,7 @@ class FakeWindow : public OutboxWindow {
  public:
   bool IsOnShow() const override { return on_show; }
   void SetRowCount(std::size_t count) override { rows = count; }
+  void SetUnreadable(bool now) override { unreadable = now; }
   void Redraw() override { ++redraws; }
   void ShowSelection() override {}
   void ScrollToTop() override { ++scrolls; }
@@ -30,7 +31,7 @@ class FakeWindow : public OutboxWindow {
   void SetStatusLine(const std::string& text) override { status = text; }
   void OpenExport(std::vector<std::int32_t> selected) override { exports.push_back(selected); }
 
-  bool on_show = true;
+  bool on_show = true, unreadable = false;
   std::size_t rows = 99;
   int redraws = 0, scrolls = 0;
   std::string caption, status;
@@ -259,6 +260,24 @@ TEST(OutboxPageTest, TellsWhenTheStoreRefuses) {
   ASSERT_EQ(bench.boxes.shown().size(), 2u);
   EXPECT_NE(bench.boxes.shown().at(1).text.find("NextSMSID"), std::string::npos);
   EXPECT_EQ(bench.page.RowCount(), 1u);
+}
+
+TEST(OutboxPageTest, ADamagedTableIsToldOnceAndDoesNotLookEmpty) {
+  PageBench bench({kSent, kSent});
+  EXPECT_FALSE(bench.window.unreadable);
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(bench.database.Path().c_str(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "ALTER TABLE SMS RENAME TO OLD", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(other);
+  bench.page.LineAt(0);
+  bench.page.BroughtToFront();
+  bench.page.BroughtToFront();
+  EXPECT_TRUE(bench.window.unreadable);
+  EXPECT_EQ(bench.own.messages(),
+            (std::vector<test::RecordingMailbox::Message>{{kWmOutboxUnreadable, 0, 0}}));
+  bench.page.TellUnreadable();
+  EXPECT_NE(bench.boxes.shown().at(0).text.find("cannot be read"), std::string::npos);
 }
 
 TEST(OutboxPageTest, GoesOnlineForACommand) {

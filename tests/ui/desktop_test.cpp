@@ -248,7 +248,8 @@ TEST(ApplicationTest, AFaultIsThrownAgainAndCanBeTold) {
   bool told = false;
   test::RecordingShell shell;
   MessageDialogs boxes(shell);
-  QTimer::singleShot(0, [&] {
+  QTimer::singleShot(0, [] { throw std::runtime_error("and once more"); });
+  QTimer::singleShot(10, [&] {
     told = QApplication::activeModalWidget() != nullptr;
     if (told) QApplication::activeModalWidget()->close();
   });
