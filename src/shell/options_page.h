@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/settings.h"
 #include "shell/working_mode.h"
 
 namespace orvalo::platform {
