@@ -9,6 +9,7 @@
 #include "gateway/schedule_queue.h"
 #include "messages/compose_services.h"
 #include "messages/hex_import.h"
+#include "messages/message_texts.h"
 #include "messages/outbox_caption.h"
 #include "messages/recipient_selection.h"
 #include "platform/code_page.h"
@@ -189,10 +190,23 @@ void ComposePage::Send() {
   parts_.caption.UpdateCaption();
 }
 
+// One that waits for its time is not sent before it without the operator's word. Delayed ones keep
+// their time in any case, and what is due or has no time of its own goes out at once.
+UpdateTiming ComposePage::TimingOfEdited() {
+  const auto row = parts_.database.GetSms(edited_);
+  if (!row || row->saved_stat != static_cast<std::int32_t>(SmsStatus::kScheduled) ||
+      row->time <= parts_.clock.Now())
+    return UpdateTiming::kNow;
+  return parts_.view.AskUpdateTiming(TimeText(parts_.texts, parts_.clock, row->time));
+}
+
 // A message that was deleted while it was edited cannot be changed. What the page holds is then a
 // new message, and the operator is told and decides whether to send it.
 bool ComposePage::UpdateEdited(const RecipientString& to) {
-  if (!parts_.database.UpdateEditedSms(edited_, type_, to.text(), text_)) {
+  const auto timing = TimingOfEdited();
+  if (timing == UpdateTiming::kGoBack) return false;
+  if (!parts_.database.UpdateEditedSms(edited_, type_, to.text(), text_,
+                                       timing == UpdateTiming::kAtItsTime)) {
     EndEditing();
     const std::string send = parts_.texts.Load(kSendButtonId);
     parts_.boxes.Show(parts_.texts.Format(kDeletedTextId, {send}).value_or(std::string()),

@@ -44,6 +44,7 @@ class ComposePage : public MessageLoader {
     OutboxCaption& caption;
     RecipientSelection& recipients;
     ComposeView& view;
+    const platform::Clock& clock;
   };
 
   explicit ComposePage(const Parts& parts) : parts_(parts) {}
@@ -86,6 +87,7 @@ class ComposePage : public MessageLoader {
 
  private:
   bool TakeRecipients(RecipientString* to);
+  UpdateTiming TimingOfEdited();
   bool UpdateEdited(const RecipientString& to);
   bool Import(const std::string& path);
   void SetType(std::int32_t type);

@@ -9,6 +9,9 @@
 
 namespace orvalo {
 
+// When a changed message goes out.
+enum class UpdateTiming { kAtItsTime, kNow, kGoBack };
+
 enum class EditCommand { kCut, kCopy, kPaste, kSelectAll };
 
 // What the compose logic asks of its window, apart from the recipient inputs. Positions and limits
@@ -46,6 +49,8 @@ class ComposeView {
   virtual std::optional<std::string> PickFile(const std::string& pattern,
                                               const std::string& filter) = 0;
   virtual std::optional<Schedule> AskSchedule() = 0;
+  // About a message that is scheduled for `time` and about to be changed.
+  virtual UpdateTiming AskUpdateTiming(const std::string& time) = 0;
 
   // --- Edit commands ---
   virtual Focus FocusedInput() const = 0;

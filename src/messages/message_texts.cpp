@@ -15,9 +15,9 @@ constexpr int kTimeTextId = 1033;
 
 }  // namespace
 
-std::string MessageTexts::Time(std::int32_t time) const {
-  const platform::LocalTime local = clock_.ToLocal(time);
-  return texts_.Format(kTimeTextId, {local.day, local.month, local.year, local.hour, local.minute})
+std::string TimeText(const Texts& texts, const platform::Clock& clock, std::int32_t time) {
+  const platform::LocalTime local = clock.ToLocal(time);
+  return texts.Format(kTimeTextId, {local.day, local.month, local.year, local.hour, local.minute})
       .value_or(std::string());
 }
 

@@ -14,6 +14,9 @@ class SmsStatusNames;
 class Texts;
 struct MessageRow;
 
+// A message's time on the local calendar, by string 1033. Any thread.
+std::string TimeText(const Texts& texts, const platform::Clock& clock, std::int32_t time);
+
 // A stored message's fields as the operator reads them: in the outbox, its export and its copy.
 // References only. Main thread; throws StoreError where it reads contacts.
 class MessageTexts {
@@ -28,7 +31,7 @@ class MessageTexts {
         type_names_(type_names),
         clock_(clock) {}
 
-  std::string Time(std::int32_t time) const;  // on the local calendar, by string 1033
+  std::string Time(std::int32_t time) const { return TimeText(texts_, clock_, time); }
   const std::string& Status(std::int32_t status) const;
   const std::string& Type(std::int32_t type) const;
 

@@ -13,7 +13,8 @@ constexpr Sql kBeginEdit(
     "UPDATE SMS SET SavedStat = iif(Stat = 5, SavedStat, Stat), Stat = 5 WHERE ID = ? AND "
     "+Stat <> 10");
 constexpr Sql kUpdateEdited(
-    "UPDATE SMS SET Stat = iif(SavedStat IN (6, 7), 6, 0), Type = ?2, \"To\" = ?3, ToInfo = ?4, "
+    "UPDATE SMS SET Stat = iif(SavedStat IN (6, 7), 6, iif(?6, 4, 0)), Type = ?2, \"To\" = ?3, "
+    "ToInfo = ?4, "
     "Msg = ?5, Number = '', Reason = '' WHERE ID = ?1 AND +Stat = 5");
 constexpr Sql kRestoreEdited(
     "UPDATE SMS SET Stat = SavedStat WHERE Stat = 5 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat "
@@ -109,11 +110,12 @@ bool SmsDatabase::BeginEditSms(std::int32_t id) {
 }
 
 bool SmsDatabase::UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
-                                  std::string_view msg) {
+                                  std::string_view msg, bool keep_time) {
   Connection* connection = Here();
   if (connection == nullptr) return false;
   const std::string to_info = DisplayTextOf(*connection, to);
-  if (Run(*connection, kUpdateEdited, id, type, to, to_info, msg) == 0) return false;
+  if (Run(*connection, kUpdateEdited, id, type, to, to_info, msg, keep_time ? 1 : 0) == 0)
+    return false;
   if (Log* log = EnabledLog()) {
     log->Write("Updated SMS: SMS_ID (%d) Mobile:%s Msg:%s", id, std::string(to).c_str(),
                std::string(msg).c_str());

@@ -98,9 +98,10 @@ class SmsDatabase {
   // A row already in Editing keeps its saved status. False, changing nothing, for one that is just
   // being sent: an edit would send it again.
   bool BeginEditSms(std::int32_t id);
-  // False, changing nothing, when the row is not in Editing (any more).
+  // False, changing nothing, when the row is not in Editing (any more). Delayed messages stay
+  // delayed; any other becomes Pending, or with `keep_time` Scheduled.
   bool UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
-                       std::string_view msg);
+                       std::string_view msg, bool keep_time = false);
   void RestoreEditedSms();
   // A copy with the same reference id, now; its status replaced when `status` is given. -1 when
   // there is no such row.

@@ -24,7 +24,7 @@ ComposeArea::ComposeArea(Program& program, const Kit& kit, OutboxCaption& outbox
                                                 program.GetMessageBoxes(), window_->Recipients()});
   page_.emplace(ComposePage::Parts{program.GetDatabase(), program.GetSettings(), program.GetTexts(),
                                    program.GetTypeNames(), program.GetMessageBoxes(), services_,
-                                   outbox, *recipients_, *window_});
+                                   outbox, *recipients_, *window_, program.GetClock()});
   window_->Connect(*page_, *recipients_);
   page_->SetUp();
 }

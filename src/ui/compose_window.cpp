@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPixmap>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -32,6 +33,11 @@ namespace orvalo::ui {
 
 namespace {
 
+constexpr int kUpdateTimingCaptionId = 2205;
+constexpr int kUpdateTimingTextId = 2206;
+constexpr int kAtItsTimeId = 2207;
+constexpr int kSendNowId = 2208;
+constexpr int kGoBackId = 2209;
 constexpr int kComposeDialog = 131;
 constexpr int kBalanceMenu = 251;
 
@@ -256,6 +262,27 @@ void ComposeWindow::ShowBalance(const std::string& line, const std::string& hint
 std::optional<std::string> ComposeWindow::PickFile(const std::string& pattern,
                                                    const std::string& filter) {
   return kit_.files.PickFile(window(), pattern, filter);
+}
+
+UpdateTiming ComposeWindow::AskUpdateTiming(const std::string& time) {
+  const auto text = kit_.texts.Format(kUpdateTimingTextId, {time}).value_or(std::string());
+  QMessageBox box(QMessageBox::Question, Qt8(kit_.texts.Load(kUpdateTimingCaptionId)), Qt8(text),
+                  QMessageBox::NoButton, window());
+  box.setObjectName(QStringLiteral("updateTiming"));
+  box.setTextFormat(Qt::PlainText);
+  const auto add = [&](int text_id, QMessageBox::ButtonRole role, const char* name) {
+    QPushButton* button = box.addButton(Qt8(kit_.texts.Load(text_id)), role);
+    button->setObjectName(QLatin1String(name));
+    return button;
+  };
+  QPushButton* at_its_time = add(kAtItsTimeId, QMessageBox::AcceptRole, "updateAtItsTime");
+  const QPushButton* now = add(kSendNowId, QMessageBox::DestructiveRole, "updateNow");
+  box.setEscapeButton(add(kGoBackId, QMessageBox::RejectRole, "updateGoBack"));
+  box.setDefaultButton(at_its_time);
+  ShowTestIds(box);
+  box.exec();
+  if (box.clickedButton() == at_its_time) return UpdateTiming::kAtItsTime;
+  return box.clickedButton() == now ? UpdateTiming::kNow : UpdateTiming::kGoBack;
 }
 
 std::optional<Schedule> ComposeWindow::AskSchedule() { return seams_.ask_schedule(*window()); }

@@ -75,6 +75,7 @@ class ComposeWindow : public QWidget, public ComposeView {
   std::optional<std::string> PickFile(const std::string& pattern,
                                       const std::string& filter) override;
   std::optional<Schedule> AskSchedule() override;
+  UpdateTiming AskUpdateTiming(const std::string& time) override;
   Focus FocusedInput() const override;
   std::optional<std::size_t> SelectedNumber() const override;
   void RunEditCommand(Focus input, EditCommand command) override;

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "messages/compose_services.h"
+#include "messages/message_texts.h"
 #include "messages/outbox_caption.h"
 #include "messages/recipient_fixture.h"
 #include "platform/code_page.h"
@@ -62,6 +63,10 @@ struct FakeComposeView : ComposeView {
     ++asked;
     return schedule;
   }
+  UpdateTiming AskUpdateTiming(const std::string& time) override {
+    asked_about += time + ";";
+    return timing;
+  }
   Focus FocusedInput() const override { return focus; }
   std::optional<std::size_t> SelectedNumber() const override { return selected; }
   void RunEditCommand(Focus input, EditCommand command) override {
@@ -81,6 +86,8 @@ struct FakeComposeView : ComposeView {
   std::optional<std::string> picked;
   std::optional<Schedule> schedule;
   int asked = 0;
+  std::string asked_about;
+  UpdateTiming timing = UpdateTiming::kGoBack;
   Focus focus = Focus::kElsewhere;
 };
 
@@ -125,7 +132,7 @@ class ComposeTest : public RecipientTest {
   FakeComposeView window_;
   MessageTypeNames names_;
   ComposePage page_{
-      {db_, settings_, texts_, names_, boxes_, services_, caption_, selection_, window_}};
+      {db_, settings_, texts_, names_, boxes_, services_, caption_, selection_, window_, clock_}};
 };
 
 TEST_F(ComposeTest, StartsEmpty) {
@@ -233,6 +240,31 @@ TEST_F(ComposeTest, UpdateChangesTheEditedRow) {
   }
   EXPECT_EQ(db_.CountSms(), 3);
   EXPECT_EQ(caption_.updates, 3);
+}
+
+TEST_F(ComposeTest, AScheduledMessageIsNotSentBeforeItsTimeUnasked) {
+  const auto scheduled = [&](std::int32_t time) {
+    return db_.AddSms({SmsStatus::kScheduled, time, 0, 0, ",111", "stored", "", 0, "?"});
+  };
+  const auto update = [&](std::int32_t id, UpdateTiming timing) {
+    page_.LoadMessage(id, true);
+    window_.asked_about.clear();
+    window_.timing = timing;
+    Write("changed");
+    page_.Send();
+    return StatusOf(id);
+  };
+  const auto now = static_cast<std::int32_t>(clock_.Now());
+  const std::int32_t later = scheduled(now + 86'400);
+  EXPECT_EQ(update(later, UpdateTiming::kGoBack), 5) << "the edit goes on";
+  EXPECT_EQ(window_.asked_about, TimeText(texts_, clock_, now + 86'400) + ";");
+  EXPECT_EQ(window_.text, "changed");
+  EXPECT_EQ(update(later, UpdateTiming::kAtItsTime), 4);
+  EXPECT_EQ(db_.GetSms(later)->msg, "changed");
+  EXPECT_EQ(db_.GetSms(later)->time, now + 86'400);
+  EXPECT_EQ(update(later, UpdateTiming::kNow), 0);
+  EXPECT_EQ(update(scheduled(now), UpdateTiming::kGoBack), 0);
+  EXPECT_EQ(window_.asked_about, "") << "due already";
 }
 
 TEST_F(ComposeTest, LeavingEditingGivesTheStatusBack) {

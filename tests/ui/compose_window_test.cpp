@@ -1,3 +1,4 @@
+#include <QAbstractButton>
 #include <QAbstractItemModelTester>
 #include <QClipboard>
 #include <QComboBox>
@@ -8,10 +9,12 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 
@@ -443,6 +446,32 @@ TEST_F(ComposeWindowPageTest, WhatAHiddenFieldHoldsIsOutOfReach) {
     EXPECT_TRUE(QApplication::focusWidget()->isVisible());
     pages.removeWidget(&area_->Window());
     area_->Window().setParent(nullptr);
+  });
+}
+
+TEST_F(ComposeWindowPageTest, AnUpdateOfAScheduledMessageAsksForItsTime) {
+  OnPage([&] {
+    const auto later = static_cast<std::int32_t>(program_->GetClock().Now() + 86'400);
+    const auto id = Store().AddSms({SmsStatus::kScheduled, later, 0, 0, ",5", "old", "", 0, "?"});
+    area_->Page().LoadMessage(id, true);
+    Write("new");
+    const auto update = [&](Qt::Key key) {
+      QString names;
+      QTimer::singleShot(0, &area_->Window(), [&names, key] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        for (const QAbstractButton* button : box->buttons()) names += button->text() + u'/';
+        if (const QByteArray file = qgetenv("ORVALO_GRAB"); !file.isEmpty())
+          box->grab().save(QString::fromLocal8Bit(file));
+        QTest::keyClick(box, key);
+      });
+      QTest::mouseClick(&Get<QPushButton>("sendButton"), Qt::LeftButton);
+      return names;
+    };
+    EXPECT_EQ(update(Qt::Key_Escape).count(u'/'), 3);
+    EXPECT_EQ(ComposeWindowTest::Rows(), "5 0 ,5 old\n") << "the edit goes on";
+    update(Qt::Key_Return);
+    EXPECT_EQ(ComposeWindowTest::Rows(), "4 0 ,5 newold\n") << "its time is what Enter means";
   });
 }
 
