@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "app/export_places.h"
 #include "app/texts.h"
 #include "contacts/csv_export.h"
 #include "contacts/csv_import.h"
@@ -151,7 +152,8 @@ struct FullBook : Book {
 void Export(benchmark::State& state) {
   FullBook book;
   test::ScriptedMessageBoxes boxes;
-  CsvExport writer(book.database, book.texts, boxes);
+  const ExportPlaces places;  // none is protected
+  CsvExport writer(book.database, book.texts, boxes, places);
   const std::string file = book.folder.File("out.csv");
   const std::vector<std::int32_t> gids{book.gid};
   Compare(state, {[] {}, [&] { Require(writer.WriteContacts(file, writer.MembersOf(gids))); }},

@@ -153,7 +153,7 @@ void RefreshAfterPass(benchmark::State& state) {
         SmsDatabase::Transaction transaction(million.database);
         for (int i = 0; i < 1'000; ++i) {
           id = (id + 61'803) % 1'000'000;
-          million.database.SetQueryAnswer(id + 1, StatusOfMessage(id + 1),
+          million.database.SetQueryAnswer(id + 1, bench::StatusOfMessage(id + 1),
                                           {std::nullopt, std::to_string(i % 7)});
         }
         transaction.Commit();
