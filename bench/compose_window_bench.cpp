@@ -92,7 +92,7 @@ class Page {
         recipients_({book.database, settings_, recent_, external_, book.texts, boxes_,
                      window_.Recipients()}),
         page_({book.database, settings_, book.texts, types_, boxes_, services_, caption_,
-               recipients_, window_}) {
+               recipients_, window_, platform::SystemClock()}) {
     window_.Connect(page_, recipients_);
     window_.resize(kPageSize);
     tree().ensurePolished();

@@ -246,7 +246,7 @@ void ReadWhileWriting(benchmark::State& state) {
     SmsDatabase::Transaction transaction(outbox.database);
     for (int i = 0; i < 1'000; ++i, ++written) {
       id = (id + 61'803) % kMillion;
-      outbox.database.SetQueryAnswer(id + 1, StatusOfMessage(id + 1),
+      outbox.database.SetQueryAnswer(id + 1, bench::StatusOfMessage(id + 1),
                                      {std::nullopt, std::to_string(written % 7)});
     }
     transaction.Commit();
