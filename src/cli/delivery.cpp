@@ -69,6 +69,7 @@ class SendWait {
 
 std::vector<std::int32_t> Queue(Context& context, const std::vector<QueuedMessage>& messages) {
   std::vector<std::int32_t> ids;
+  ids.reserve(messages.size());
   SmsDatabase::Transaction transaction(context.program.GetDatabase());
   for (const QueuedMessage& message : messages)
     ids.push_back(context.program.GetEngine().QueueMessage(message));
