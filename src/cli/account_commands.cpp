@@ -80,30 +80,16 @@ ExitCode LoginCommand::Execute(Context& context) {
   if (offline_) {
     VerifyOffline(context, password);
   } else {
-    VerifyOnline(context, password);
+    LogIn(context, user_, password);
   }
   AppSettings& settings = context.program.GetSettings();
   settings.SetText(TextSetting::kLogin, user_);
   settings.SetText(TextSetting::kPassword, password);
   settings.SetFlag(FlagSetting::kRememberPassword, remember_);
   settings.SetFlag(FlagSetting::kWorkingOnLine, !offline_);
-  if (!settings.SaveLoginValues(context.program.GetDataFile()))
-    throw CommandError(ExitCode::kFailed, "The login cannot be written to SMS.dat");
+  settings.SaveLoginValues(context.program.GetDataFile());  // the end tells of what is not saved
   PrintBalance(context, !offline_);
   return ExitCode::kDone;
-}
-
-// The flag comes first because the balance is asked for only while it is on.
-void LoginCommand::VerifyOnline(Context& context, const std::string& password) const {
-  AppSettings& settings = context.program.GetSettings();
-  const bool was_online = settings.Flag(FlagSetting::kWorkingOnLine);
-  settings.SetFlag(FlagSetting::kWorkingOnLine, true);
-  try {
-    LogIn(context, user_, password);
-  } catch (const CommandError&) {
-    settings.SetFlag(FlagSetting::kWorkingOnLine, was_online);
-    throw;
-  }
 }
 
 void LoginCommand::VerifyOffline(const Context& context, const std::string& password) const {

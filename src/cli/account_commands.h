@@ -17,7 +17,6 @@ class LoginCommand : public Command {
   ExitCode Execute(Context& context) override;
 
  private:
-  void VerifyOnline(Context& context, const std::string& password) const;
   void VerifyOffline(const Context& context, const std::string& password) const;
 
   std::string user_;

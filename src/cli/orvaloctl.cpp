@@ -15,7 +15,6 @@
 #include "cli/error_output.h"
 #include "cli/json_output.h"
 #include "platform/file.h"
-#include "platform/machine_config.h"
 #include "store/store_error.h"
 
 namespace orvalo::cli {
@@ -65,16 +64,15 @@ void DefineGlobal(CLI::App& app, GlobalArguments* arguments) {
 // The folder's full path, with what the command expects in it. A mistyped name must never become a
 // new database.
 std::string PreparedFolder(const GlobalArguments& arguments, Access access) {
-  std::string folder = arguments.data_folder.empty()
-                           ? platform::ReadDataPath(platform::MachineConfig())
-                           : arguments.data_folder;
+  std::string folder = arguments.data_folder, problem;
+  if (folder.empty()) folder = ConfiguredFolder(Texts(), &problem);
+  if (!problem.empty()) throw CommandError(ExitCode::kFailed, problem);
   if (folder.empty()) {
     throw CommandError(ExitCode::kFailed,
                        "No data folder is known: name it with --data or ORVALO_DATA_PATH");
   }
   folder = std::filesystem::absolute(folder).lexically_normal().string();
-  std::string too_long;
-  if (IsTooLong(folder, Texts(), &too_long)) throw CommandError(ExitCode::kFailed, too_long);
+  if (IsTooLong(folder, Texts(), &problem)) throw CommandError(ExitCode::kFailed, problem);
   if (access == Access::kMake) {
     if (!platform::MakeFolder(folder))
       throw CommandError(ExitCode::kFailed, "The folder " + folder + " cannot be made");

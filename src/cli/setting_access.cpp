@@ -18,18 +18,21 @@ std::string_view WithoutLeadingZeros(std::string_view text) {
   return text;
 }
 
-bool Store(AppSettings& settings, DataFile& file, const SettingInfo& setting) {
+// A failure is told at the end of the run, which comes at once and tries again.
+void Store(AppSettings& settings, DataFile& file, const SettingInfo& setting) {
   switch (setting.saved_by) {
     case SavedBy::kSaveLogin:
     case SavedBy::kBoth:
-      return settings.SaveLoginValues(file);
+      settings.SaveLoginValues(file);
+      return;
     case SavedBy::kSaveSettings:
-      return settings.Save(file);
+      settings.Save(file);
+      return;
     case SavedBy::kNobody:
       break;
   }
   file.SetString(setting.key, settings.AsText(setting));
-  return file.Save();
+  file.Save();
 }
 
 }  // namespace
@@ -52,9 +55,7 @@ void WriteSetting(Program& program, const SettingInfo& setting, std::string_view
   if (!settings.SetFromText(setting, value)) {
     throw CommandError(ExitCode::kFailed, "That is no value for " + std::string(setting.key));
   }
-  if (!Store(settings, program.GetDataFile(), setting)) {
-    throw CommandError(ExitCode::kFailed, "The settings cannot be written to SMS.dat");
-  }
+  Store(settings, program.GetDataFile(), setting);
 }
 
 }  // namespace orvalo::cli

@@ -56,19 +56,25 @@ MachineConfig::MachineConfig() : MachineConfig(ConfigFiles("Orvalo3.conf")) {}
 
 MachineConfig::MachineConfig(std::vector<std::string> files) : files_(std::move(files)) {}
 
-std::string MachineConfig::Read(std::string_view name) const {
+std::string MachineConfig::Read(std::string_view name, Unreadable* unreadable) const {
+  *unreadable = {};
   for (const auto& file : files_) {
-    const auto text = ReadFile(file, kLargestConfigFile);
-    if (!text) continue;
+    FileError error;
+    const auto text = ReadFile(file, kLargestConfigFile, &error);
+    if (!text && error.kind == FileError::Kind::kMissing) continue;
+    if (!text) {
+      *unreadable = {file, error};
+      return {};
+    }
     if (const auto value = ValueInText(*text, name)) return std::string(*value);
   }
   return {};
 }
 
-std::string ReadDataPath(const MachineConfig& config) {
+std::string ReadDataPath(const MachineConfig& config, MachineConfig::Unreadable* unreadable) {
+  *unreadable = {};
   const std::string given = EnvironmentValue("ORVALO_DATA_PATH");
-  if (given.empty()) return config.Read("DataPath");
-  return given;
+  return given.empty() ? config.Read("DataPath", unreadable) : given;
 }
 
 std::string DocumentsFolder() {

@@ -1,5 +1,6 @@
 #include "shell/login_page.h"
 
+#include "app/file_texts.h"
 #include "app/settings.h"
 #include "app/texts.h"
 #include "gateway/account.h"
@@ -104,7 +105,8 @@ void LoginPage::Ok() {
   parts_.view.ShowMessage(std::string());
   settings.SetText(TextSetting::kLogin, values_.user);
   settings.SetText(TextSetting::kPassword, values_.password);
-  settings.SaveLoginValues(parts_.data_file);
+  if (!settings.SaveLoginValues(parts_.data_file))
+    TellSettingsNotSaved(parts_.data_file, false, parts_.texts, parts_.boxes);
   parts_.logged_in();
 }
 

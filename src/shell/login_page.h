@@ -91,6 +91,7 @@ class LoginPage {
     const Texts& texts;
     Account& account;
     platform::Shell& shell;
+    platform::MessageBoxes& boxes;
     LoginView& view;
     std::function<void()> logged_in;  // the operator is in, on-line or off-line
   };
@@ -107,7 +108,8 @@ class LoginPage {
   void EnterInPassword();
 
   // Logs in at the gateway or, off-line, compares with the login stored last. A refusal is shown in
-  // the message line and leaves the fields as they are and the program off-line.
+  // the message line and leaves the fields as they are and the program off-line. A login that
+  // cannot be saved counts for this run, and the operator is told.
   void Ok();
   void ForgotPassword();
 

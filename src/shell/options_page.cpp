@@ -1,5 +1,6 @@
 #include "shell/options_page.h"
 
+#include "app/file_texts.h"
 #include "app/setting_rules.h"
 #include "app/settings.h"
 #include "app/texts.h"
@@ -67,6 +68,17 @@ void OptionsPage::SetUp() {
 }
 
 void OptionsPage::Apply() {
+  StoreControls();
+  Save();
+}
+
+bool OptionsPage::Save() {
+  if (parts_.settings.Save(parts_.data_file)) return true;
+  TellSettingsNotSaved(parts_.data_file, false, parts_.texts, parts_.boxes);
+  return false;
+}
+
+void OptionsPage::StoreControls() {
   AppSettings& settings = parts_.settings;
   const OptionsValues values = parts_.view.Values();
   const std::string prefix = WithoutLeadingZeros(FirstOf(values.prefix, kTextLength));
@@ -82,7 +94,6 @@ void OptionsPage::Apply() {
   StoreChecked(TextSetting::kPrefix, prefix, IsPrefix(prefix), kBadPrefixTextId,
                kBadPrefixCaptionId);
   StoreUpload(values);
-  settings.Save(parts_.data_file);
 }
 
 void OptionsPage::StoreSwitches(const OptionsValues& values) {
@@ -116,10 +127,15 @@ void OptionsPage::StoreUpload(const OptionsValues& values) {
 }
 
 void OptionsPage::OnlineChosen() {
-  Apply();
+  StoreControls();
+  const bool saved = Save();  // the login may take long
   if (!parts_.view.Values().online) return;
   parts_.mode.GoOnline();
-  parts_.settings.Save(parts_.data_file);
+  if (saved) {
+    Save();
+  } else {
+    parts_.settings.Save(parts_.data_file);  // that it fails has just been told
+  }
 }
 
 void OptionsPage::OfflineChosen() { parts_.mode.GoOffline(); }

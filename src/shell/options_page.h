@@ -86,9 +86,9 @@ class OptionsPage : public WorkingModeView {
 
   void SetUp();  // once, when the window is there
 
-  // Writes the controls into the settings and saves those. A country code that is none, and a
-  // sender ID that phone networks would refuse, are not written: the operator is told, and they
-  // stay in their controls.
+  // Writes the controls into the settings and saves those; when they cannot be saved, they count
+  // for this run, and the operator is told. A country code that is none, and a sender ID that phone
+  // networks would refuse, are not written: the operator is told, and they stay in their controls.
   void Apply();
 
   // --- Choices that take effect at once ---
@@ -112,6 +112,8 @@ class OptionsPage : public WorkingModeView {
   void ShowWorkingMode(bool online) override { parts_.view.ShowOnlineChoice(online); }
 
  private:
+  void StoreControls();
+  bool Save();  // false, the operator having been told, when that failed
   void StoreSwitches(const OptionsValues& values);
   // Unless it is good, the operator is told why and the stored value stays.
   void StoreChecked(TextSetting setting, const std::string& value, bool good, int problem_text_id,

@@ -11,7 +11,7 @@ LoginArea::LoginArea(Program& program, const Kit& kit, platform::Shell& shell,
                      std::function<void()> logged_in)
     : window_(new LoginWindow(kit)),
       page_({program.GetSettings(), program.GetDataFile(), program.GetTexts(), program.GetAccount(),
-             shell, *window_, std::move(logged_in)}) {
+             shell, program.GetMessageBoxes(), *window_, std::move(logged_in)}) {
   window_->SetProductName(ProgramTitle(program.GetSettings(), program.GetTexts()));
   window_->Connect(page_);
   page_.SetUp();

@@ -25,7 +25,9 @@ namespace {
 
 // In the place of a run that a processor fault has ended.
 int ShowFault(orvalo::platform::MessageBoxes& boxes) {
-  const std::string folder = orvalo::platform::ReadDataPath(orvalo::platform::MachineConfig());
+  orvalo::platform::MachineConfig::Unreadable ignored;  // the help site is then the built-in one
+  const std::string folder =
+      orvalo::platform::ReadDataPath(orvalo::platform::MachineConfig(), &ignored);
   const orvalo::DataFile file(folder + "/SMS.dat", false);
   orvalo::AppSettings settings;
   settings.Load(file, false);

@@ -20,6 +20,16 @@ std::string StoredSetting(const std::string& folder, const std::string& key) {
   return value;
 }
 
+TEST_F(CommandsTest, AConfigurationThatCannotBeReadIsNamed) {
+  std::filesystem::create_directories(folder() + "/Corvane/Orvalo3.conf");
+  const ScopedVariable home("XDG_CONFIG_HOME", folder().c_str());
+  const ScopedVariable none("ORVALO_DATA_PATH", nullptr);
+  std::istringstream in;
+  std::ostringstream out, err;
+  EXPECT_EQ(cli::RunOrvaloctl({"outbox"}, {in, out, err}, registry_, clock_), 1);
+  EXPECT_THAT(err.str(), HasSubstr("Corvane/Orvalo3.conf\" cannot be read: "));
+}
+
 TEST_F(CommandsTest, OnlyInitMakesADataFolder) {
   const std::string mistyped = folder() + "/orvlao";
   for (const std::vector<std::string>& args :

@@ -18,6 +18,7 @@ using test::Spill;
 using test::TemporaryFolder;
 
 TEST(MachineConfigTest, ReadsTheValueOfAName) {
+  MachineConfig::Unreadable unreadable;
   const std::string longest(259, 'v');
   const struct {
     std::string text, value;
@@ -39,24 +40,38 @@ TEST(MachineConfigTest, ReadsTheValueOfAName) {
   for (const auto& [text, value] : cases) {
     TemporaryFolder folder;
     Spill(folder.File("conf"), text);
-    EXPECT_EQ(MachineConfig({folder.File("conf")}).Read("DataPath"), value) << text;
+    EXPECT_EQ(MachineConfig({folder.File("conf")}).Read("DataPath", &unreadable), value) << text;
   }
 }
 
 TEST(MachineConfigTest, TheFirstFileWithTheNameWins) {
+  MachineConfig::Unreadable unreadable;
   TemporaryFolder folder;
   Spill(folder.File("user"), "A=user\n");
   Spill(folder.File("machine"), "A=machine\nB=machine\n");
-  const MachineConfig config(
-      {folder.File("missing"), folder.path(), folder.File("user"), folder.File("machine")});
-  EXPECT_EQ(config.Read("A"), "user");
-  EXPECT_EQ(config.Read("B"), "machine");
-  EXPECT_EQ(config.Read("C"), "");
+  const MachineConfig config({folder.File("missing"), folder.File("user"), folder.File("machine")});
+  EXPECT_EQ(config.Read("A", &unreadable), "user");
+  EXPECT_EQ(config.Read("B", &unreadable), "machine");
+  EXPECT_EQ(config.Read("C", &unreadable), "");
   Spill(folder.File("user"), "A=changed\n");
-  EXPECT_EQ(config.Read("A"), "changed") << "files are read anew";
+  EXPECT_EQ(config.Read("A", &unreadable), "changed") << "files are read anew";
+
+  // What cannot be read may say anything: the machine's file must not answer for the user's.
+  const std::string large(1'100'000, '#');
+  Spill(folder.File("large"), large);
+  for (const std::string& path : {folder.path(), folder.File("large")}) {
+    const MachineConfig broken({folder.File("missing"), path, folder.File("machine")});
+    EXPECT_EQ(broken.Read("B", &unreadable), "");
+    EXPECT_EQ(unreadable.path, path);
+    EXPECT_NE(unreadable.error.detail, "");
+    const ScopedVariable given("ORVALO_DATA_PATH", "/given");
+    EXPECT_EQ(ReadDataPath(broken, &unreadable), "/given");
+    EXPECT_EQ(unreadable.path, "") << "nobody has asked the file";
+  }
 }
 
 TEST(MachineConfigTest, FindsTheUsersFile) {
+  MachineConfig::Unreadable unreadable;
   TemporaryFolder folder;
   std::filesystem::create_directories(folder.File("xdg/Corvane"));
   std::filesystem::create_directories(folder.File("home/.config/Corvane"));
@@ -68,11 +83,12 @@ TEST(MachineConfigTest, FindsTheUsersFile) {
       {xdg.c_str(), "xdg"}, {nullptr, "home"}, {"", "home"}, {"relative", "home"}};
   for (const auto& [value, where] : cases) {
     const ScopedVariable config_home("XDG_CONFIG_HOME", value);
-    EXPECT_EQ(MachineConfig().Read("Where"), where) << (value ? value : "unset");
+    EXPECT_EQ(MachineConfig().Read("Where", &unreadable), where) << (value ? value : "unset");
   }
 }
 
 TEST(MachineConfigTest, TheEnvironmentNamesTheDataFolderFirst) {
+  MachineConfig::Unreadable unreadable;
   TemporaryFolder folder;
   Spill(folder.File("conf"), "DataPath=/from the file\n");
   const MachineConfig config({folder.File("conf")});
@@ -83,8 +99,8 @@ TEST(MachineConfigTest, TheEnvironmentNamesTheDataFolderFirst) {
                                                        {too_long.c_str(), too_long}};
   for (const auto& [value, path] : cases) {
     const ScopedVariable given("ORVALO_DATA_PATH", value);
-    EXPECT_EQ(ReadDataPath(config), path);
-    EXPECT_EQ(ReadDataPath(MachineConfig(std::vector<std::string>{})),
+    EXPECT_EQ(ReadDataPath(config, &unreadable), path);
+    EXPECT_EQ(ReadDataPath(MachineConfig(std::vector<std::string>{}), &unreadable),
               path.starts_with("/from") ? "" : path);
   }
 }

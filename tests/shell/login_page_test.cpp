@@ -43,7 +43,7 @@ class FakeLogin : public LoginView {
 struct LoginBench : test::ShellBench {
   FakeLogin view;
   int logins = 0;
-  LoginPage page{{settings, data_file, texts, *account, shell, view, [this] { ++logins; }}};
+  LoginPage page{{settings, data_file, texts, *account, shell, boxes, view, [this] { ++logins; }}};
 
   LoginBench() {
     settings.SetText(TextSetting::kLogin, "demo");
@@ -141,6 +141,19 @@ TEST(LoginPageTest, OkLogsInOnlineOrComparesOffline) {
     EXPECT_EQ(bench.Saved("RememberPassword"), c.in ? "1" : "0");
     EXPECT_EQ(bench.settings.Number(NumberSetting::kLastBalance), c.in && !c.offline ? 125 : 0);
   }
+}
+
+TEST(LoginPageTest, ALoginThatCannotBeSavedIsToldAndCounts) {
+  LoginBench bench;
+  bench.PutInTheWayOfSettings();
+  bench.page.UserTyped("demo");
+  bench.page.PasswordTyped("new");
+  bench.page.Ok();
+  EXPECT_EQ(bench.logins, 1);
+  EXPECT_EQ(bench.settings.Text(TextSetting::kPassword), "new");
+  ASSERT_EQ(bench.boxes.shown().size(), 1u);
+  EXPECT_TRUE(bench.boxes.shown()[0].text.starts_with("The settings could not be saved in "));
+  EXPECT_NE(bench.boxes.shown()[0].text.find("\n\nThe system says: "), std::string::npos);
 }
 
 TEST(LoginPageTest, ForgottenPasswordsAreSentOrExplained) {

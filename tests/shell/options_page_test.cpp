@@ -172,6 +172,19 @@ TEST(OptionsPageTest, TheChoiceGoesOnlineAndOffline) {
   EXPECT_EQ(bench.balances, 3);
 }
 
+TEST(OptionsPageTest, OptionsThatCannotBeSavedAreToldOnceAndCount) {
+  OptionsBench bench;
+  bench.page.SetUp();
+  bench.PutInTheWayOfSettings();
+  bench.view.values.prefix = "27";
+  bench.page.Apply();
+  EXPECT_EQ(bench.settings.Text(TextSetting::kPrefix), "27");
+  EXPECT_TRUE(bench.LastBox().starts_with("The settings could not be saved in "));
+  bench.view.values.online = true;
+  bench.page.OnlineChosen();
+  EXPECT_EQ(bench.boxes.shown().size(), 2u) << "one for each time that they were to be saved";
+}
+
 TEST(OptionsPageTest, RefusesASenderOrAPrefixOfNoUse) {
   OptionsBench bench;
   bench.settings.SetText(TextSetting::kSenderId, "Kept");

@@ -1,4 +1,5 @@
 #pragma once
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,12 @@ class RecordingShell : public platform::Shell {
 struct ShellBench : EngineBench {
   DataFile data_file{folder.File("SMS.dat"), false};
   RecordingShell shell;
+
+  // They cannot be saved any more.
+  void PutInTheWayOfSettings() {
+    std::filesystem::remove(folder.File("SMS.dat"));
+    std::filesystem::create_directories(folder.File("SMS.dat/in the way"));
+  }
 
   // The settings as the next start would find them.
   std::string Saved(std::string_view key) {

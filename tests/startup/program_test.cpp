@@ -8,6 +8,7 @@
 
 #include "support/fake_clock.h"
 #include "support/fake_component.h"
+#include "support/scoped_variable.h"
 #include "support/scripted_message_boxes.h"
 #include "support/slapd.h"
 #include "support/temporary_folder.h"
@@ -135,6 +136,20 @@ TEST_F(ProgramTest, AFolderNameOfOneCharacterIsNone) {
       OnlyBox().text,
       "Can't find data file.\nThe application is not installed correctly.  Please reinstall!");
   EXPECT_EQ(OnlyBox().caption, "Critical error...");
+}
+
+TEST_F(ProgramTest, AConfigurationThatCannotBeReadIsNotTakenForNone) {
+  const std::string config = folder_.File("Corvane/Orvalo3.conf");
+  std::filesystem::create_directories(config);
+  const test::ScopedVariable home("XDG_CONFIG_HOME", folder_.path().c_str());
+  const test::ScopedVariable none("ORVALO_DATA_PATH", nullptr);
+  const auto result = Run(Folder(""), Nothing);
+  EXPECT_EQ(result.end, End::kNoDataFolder);
+  EXPECT_THAT(OnlyBox().text,
+              ::testing::StartsWith("The configuration file \"" + config + "\" cannot be read: "));
+  EXPECT_EQ(result.reason, OnlyBox().text) << "for the error output";
+  const test::ScopedVariable given("ORVALO_DATA_PATH", folder_.path().c_str());
+  EXPECT_EQ(Run(Folder(""), Nothing).end, End::kRan) << "nobody needs it";
 }
 
 TEST_F(ProgramTest, ADatabaseThatCannotBeOpenedIsToldInWords) {

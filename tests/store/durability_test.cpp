@@ -1,8 +1,6 @@
 // Full disks, killed processes, several threads.
 #include <fcntl.h>
-#include <sched.h>
 #include <signal.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +13,7 @@
 #include "store/storage.h"
 #include "store/store_error.h"
 #include "store_fixture.h"
+#include "support/small_disk.h"
 
 namespace orvalo::test {
 namespace {
@@ -144,33 +143,23 @@ TEST_F(DurabilityTest, AFullDiskThrowsAndLosesNothingReported) {
 // On a small disk of its own, which is full a page later each time.
 TEST_F(DurabilityTest, AFullDiskIsCalledThatWhereverItIsMet) {
   database_.reset();
-  const pid_t child = fork();
-  if (child == 0) {
-    const std::string disk = folder_.File("disk");
-    std::filesystem::create_directory(disk);
-    if (unshare(CLONE_NEWNS) != 0 || mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=512k") != 0) {
-      _exit(77);
-    }
+  const std::string disk = folder_.File("disk");
+  const auto met = test::OnSmallDisk(disk, 512 << 10, [&] {
     int told = 0;
     bool opened = false;
     for (std::size_t pages = 0; pages < 100 && !opened; ++pages) {
       Spill(disk + "/filler", std::string((127 - pages) * 4096, 'x'));
       const SmsDatabase database(disk, texts_, clock_);
       opened = database.IsUsable();
-      if (!opened && database.Problem().find("The disk is full") == std::string::npos) {
-        std::fprintf(stderr, "%zu pages: %s\n", pages, database.Problem().c_str());
-        _exit(1);
-      }
-      if (!opened) ++told;
+      if (opened) break;
+      ASSERT_NE(database.Problem().find("The disk is full"), std::string::npos)
+          << pages << " pages: " << database.Problem();
+      ++told;
     }
-    _exit(opened && told > 3 ? 0 : 2);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
-  if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no disk can be made here";
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(opened && told > 3) << told;
+  });
+  if (!met) GTEST_SKIP() << "no disk can be made here";
+  EXPECT_TRUE(*met);
 }
 
 TEST_F(DurabilityTest, TransactionsNestAndTheOutermostDecides) {

@@ -15,8 +15,18 @@ constexpr int kDamagedTextId = 2169;
 constexpr int kKeptTextId = 2170;
 constexpr int kLockTextId = 2173;
 constexpr int kTooLongTextId = 2174;
+constexpr int kConfigTextId = 2333;
 
 }  // namespace
+
+std::string ConfiguredFolder(const Texts& texts, std::string* problem) {
+  platform::MachineConfig::Unreadable unreadable;
+  std::string folder = platform::ReadDataPath(platform::MachineConfig(), &unreadable);
+  if (!unreadable.path.empty())
+    *problem = texts.Format(kConfigTextId, {unreadable.path, unreadable.error.detail})
+                   .value_or(unreadable.path);
+  return folder;
+}
 
 bool IsTooLong(const std::string& data_folder, const Texts& texts, std::string* problem) {
   if (data_folder.size() <= platform::kLongestDataPath) return false;

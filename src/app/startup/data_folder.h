@@ -12,6 +12,10 @@ class Texts;
 // What start-up asks of a data folder before it opens anything there. Every text is whole, for the
 // operator. Main thread.
 
+// The folder that the environment or the machine's configuration names; empty when neither does, or
+// when the configuration cannot be read: `problem` then says so.
+std::string ConfiguredFolder(const Texts& texts, std::string* problem);
+
 // Whether the path is too long to be used; `problem` then says so.
 bool IsTooLong(const std::string& data_folder, const Texts& texts, std::string* problem);
 

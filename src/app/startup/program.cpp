@@ -9,7 +9,6 @@
 #include "net/link_message.h"
 #include "net/proxy_settings.h"
 #include "platform/code_page.h"
-#include "platform/machine_config.h"
 #include "store/store_error.h"
 
 namespace orvalo {
@@ -18,7 +17,6 @@ namespace {
 
 constexpr std::size_t kShortestFolder = 2;
 constexpr int kFailedToStartId = 1360;
-constexpr int kNotSavedTextId = 2171;
 constexpr int kSettingsCaptionId = 2172;
 
 // Before any text could be loaded from a container, and for the message that must work when nothing
@@ -41,8 +39,13 @@ Program::~Program() { Close(); }
 Program::Result Program::Run(const Options& options, const Launcher& launcher) {
   Result result;
   look_only_ = options.look_only;
-  data_folder_ = options.data_folder.empty() ? platform::ReadDataPath(platform::MachineConfig())
-                                             : options.data_folder;
+  std::string problem;
+  data_folder_ =
+      options.data_folder.empty() ? ConfiguredFolder(texts_, &problem) : options.data_folder;
+  if (!problem.empty()) {
+    Refuse(problem);
+    return {End::kNoDataFolder, 0, problem};
+  }
   if (data_folder_.size() < kShortestFolder) {
     boxes_.Show(kNoFolderText, kNoFolderCaption, platform::BoxIcon::kStop);
     result.end = End::kNoDataFolder;
@@ -50,7 +53,6 @@ Program::Result Program::Run(const Options& options, const Launcher& launcher) {
   }
   std::error_code ignored;
   data_folder_ = std::filesystem::absolute(data_folder_, ignored).string();
-  std::string problem;
   if (IsTooLong(data_folder_, texts_, &problem)) {
     Refuse(problem);
     result.end = End::kNoDataFolder;
@@ -61,6 +63,8 @@ Program::Result Program::Run(const Options& options, const Launcher& launcher) {
     OpenObjects();
     Guarded(options, launcher, &result);
   }
+  CloseDatabase();
+  if (!result.settings_saved) SaveSettingsAgain(&result);
   Close();
   return result;
 }
@@ -155,15 +159,15 @@ void Program::Launch(const Options& options, const Launcher& launcher, Result* r
   if (DatabaseIsReady(result)) result->exit_code = launcher(*this);
   StopEngine();
   outside_address_books_->CloseAddressBookSession();
-  if (!look_only_) SaveSettings(result);
+  if (!look_only_) result->settings_saved = settings_.Save(*data_file_);
 }
 
-void Program::SaveSettings(Result* result) {
-  result->settings_saved = settings_.Save(*data_file_);
+// A database that has been closed may have left room on the disk.
+void Program::SaveSettingsAgain(Result* result) {
+  result->settings_saved = data_file_->Save();
+  data_file_->ForgetAutoSave();  // what is told now is to stay true
   if (result->settings_saved || result->end != End::kRan) return;  // it has been told worse
-  const std::string text = texts_.Format(kNotSavedTextId, {data_file_->path()}).value_or("");
-  boxes_.Show(WithReason(text, data_file_->Error(), texts_), texts_.Load(kSettingsCaptionId),
-              platform::BoxIcon::kStop);
+  TellSettingsNotSaved(*data_file_, true, texts_, boxes_);
 }
 
 bool Program::DatabaseIsReady(Result* result) {
@@ -228,17 +232,21 @@ void Program::StopEngine() {
 // Also runs for what an early end has left. The engine goes first: it waits for a message that is
 // on the wire, so that its outcome is still recorded.
 void Program::Close() {
+  CloseDatabase();
+  data_file_.reset();
+  log_.reset();
+  gateway_.reset();
+  lock_.reset();
+  language_.reset();
+}
+
+void Program::CloseDatabase() {
   engine_.reset();
   account_.reset();
   external_address_book_.reset();
   outside_address_books_.reset();
   if (database_ != nullptr) database_->AttachLog(nullptr);
   database_.reset();
-  data_file_.reset();
-  log_.reset();
-  gateway_.reset();
-  lock_.reset();
-  language_.reset();
 }
 
 }  // namespace orvalo

@@ -47,7 +47,7 @@ class Program {
   enum class End {
     kRan,              // the launcher ran; the exit code is its own
     kInUse,            // another program holds the data folder
-    kNoDataFolder,     // none is configured, or its path is too long
+    kNoDataFolder,     // none is configured, as far as can be read, or its path is too long
     kNoLock,           // the folder's lock cannot be used, so that nobody must work on it
     kNoSettings,       // the settings cannot be read
     kDamagedSettings,  // they can be read in part, where that is not enough
@@ -58,7 +58,7 @@ class Program {
   struct Result {
     End end = End::kRan;
     int exit_code = 0;
-    std::string reason;  // in words, as far as it is known; the box of kNoDatabase has told it
+    std::string reason;  // in words, as far as it is known; a box has told it but for kUnexpected
     bool settings_saved = true;  // else the operator has been told
   };
 
@@ -112,10 +112,11 @@ class Program {
   void Launch(const Options& options, const Launcher& launcher, Result* result);
   // False, the operator having been told why, when nothing can be done with the database.
   bool DatabaseIsReady(Result* result);
-  void SaveSettings(Result* result);
+  void SaveSettingsAgain(Result* result);
   bool ConnectGateway(const Options& options, Result* result);
   void LogInterrupted();
   void StopEngine();
+  void CloseDatabase();
   void Close();
 
   platform::MessageBoxes& boxes_;
