@@ -9,7 +9,7 @@
 namespace orvalo::service {
 namespace {
 
-constexpr std::string_view kPath = "/reports/";
+constexpr auto kPath = std::string_view(kReportRoute).substr(0, sizeof kReportRoute - 2);
 constexpr std::size_t kKeyBytes = 16;
 // A receipt may be long. What decides stands at its beginning, and that is what is kept.
 constexpr std::size_t kLongestDetail = 16'384, kKeptDetail = 1'024;
@@ -36,8 +36,6 @@ std::optional<Report> Parse(const ServedRequest& request) {
 }
 
 }  // namespace
-
-bool DeliveryReports::IsPath(std::string_view path) { return path.starts_with(kPath); }
 
 int DeliveryReports::Take(const ServedRequest& request) {
   const auto report = Parse(request);

@@ -8,6 +8,9 @@
 
 namespace orvalo::service {
 
+// Where they come in; the id is the key that the part was handed over under.
+inline constexpr char kReportRoute[] = "/reports/*";
+
 // The engine's delivery reports as they come in over HTTP, counted by what they led to. Any thread.
 //
 // The engine tells a report again until the reply is 200 (or 202), for an hour or more. So 200
@@ -28,8 +31,6 @@ class DeliveryReports {
   // whose ledger may hold the part all the same. Throws what the ledger throws: nothing is known
   // of the report then.
   int Take(const ServedRequest& request);
-
-  static bool IsPath(std::string_view path);
 
  private:
   int Counted(const char* outcome, int status);

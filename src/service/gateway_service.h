@@ -56,6 +56,8 @@ class GatewayService {
   Vouchers& vouchers() { return vouchers_; }
   Pricing& pricing() { return pricing_; }
   Database& database() { return database_; }
+  const Router& router() const { return router_; }
+  const Router& operations_router() const { return operations_handler_.router(); }
   KannelCarrier* kannel() { return kannel_; }  // null: another carrier
 
  private:

@@ -15,14 +15,24 @@ std::string StateLabel(const char* state) { return std::string("state=\"") + sta
 
 }  // namespace
 
+OperationsHandler::OperationsHandler(const Parts& parts)
+    : parts_(parts), reports_({parts.kannel, parts.metrics, parts.log, parts.clock}) {
+  router_.Add({"GET", "/metrics", Access::kOpen, [this](const Call&) { return ShowMetrics(); }});
+  router_.Add(
+      {"GET", "/health", Access::kOpen, [](const Call&) { return PlainReply(200, "ok\n"); }});
+  router_.Add({"GET", "/ready", Access::kOpen, [this](const Call&) { return ShowReadiness(); }});
+  router_.Add({"GET", kReportRoute, Access::kOpen,
+               [this](const Call& call) { return PlainReply(reports_.Take(call.request), ""); }});
+}
+
 ServedReply OperationsHandler::Handle(const ServedRequest& request) {
   try {
-    if (DeliveryReports::IsPath(request.path)) return PlainReply(reports_.Take(request), "");
-    if (request.method != "GET") return PlainReply(405, "");
-    if (request.path == "/metrics") return ShowMetrics();
-    if (request.path == "/health") return PlainReply(200, "ok\n");
-    if (request.path == "/ready") return ShowReadiness();
-    return PlainReply(404, "");
+    const auto match = router_.Find(request.method, request.path);
+    if (match.route != nullptr) return match.route->handler({request, {}, 0, match.id, {}});
+    if (match.other_methods.empty()) return PlainReply(404, "");
+    auto reply = PlainReply(405, "");
+    reply.headers.emplace_back("Allow", match.other_methods);
+    return reply;
   } catch (const std::exception& failure) {
     parts_.log.Error("operations_call_failed", {{"reason", failure.what()}});
     return PlainReply(500, "");  // an engine that is set up to try again does

@@ -2,6 +2,7 @@
 #include "service/delivery_reports.h"
 #include "service/http_message.h"
 #include "service/kannel_carrier.h"
+#include "service/router.h"
 
 namespace orvalo::service {
 
@@ -19,11 +20,11 @@ class OperationsHandler : public HttpHandler {
     KannelCarrier* kannel;  // null: another carrier
   };
 
-  explicit OperationsHandler(const Parts& parts)
-      : parts_(parts), reports_({parts.kannel, parts.metrics, parts.log, parts.clock}) {}
+  explicit OperationsHandler(const Parts& parts);
 
   ServedReply Handle(const ServedRequest& request) override;
   ServedReply Malformed(int status) override;
+  const Router& router() const { return router_; }
 
  private:
   ServedReply ShowMetrics();
@@ -32,6 +33,7 @@ class OperationsHandler : public HttpHandler {
 
   const Parts parts_;
   DeliveryReports reports_;
+  Router router_;
 };
 
 }  // namespace orvalo::service

@@ -56,6 +56,12 @@ const RefusalRow& RefusalRowOf(ErrorCode code) {
 
 Refusal Refuse(ErrorCode code) { return {code, RefusalRowOf(code).message}; }
 
+std::vector<ErrorCode> AllErrorCodes() {
+  std::vector<ErrorCode> codes;
+  for (const auto& row : kRefusals) codes.push_back(row.code);
+  return codes;
+}
+
 const char* NameOf(ErrorCode code) { return RefusalRowOf(code).name; }
 
 int HttpStatusOf(ErrorCode code) { return RefusalRowOf(code).http; }

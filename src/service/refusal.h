@@ -1,5 +1,6 @@
 #pragma once
 #include <string>
+#include <vector>
 
 namespace orvalo::service {
 
@@ -36,6 +37,9 @@ struct Refusal {
 
 // The refusal with its usual message.
 Refusal Refuse(ErrorCode code);
+
+// All there are.
+std::vector<ErrorCode> AllErrorCodes();
 
 // A word for it, for metrics: "no_credit".
 const char* NameOf(ErrorCode code);

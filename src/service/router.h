@@ -45,6 +45,7 @@ class Router {
 
   void Add(Route route) { routes_.push_back(std::move(route)); }
   Match Find(std::string_view method, std::string_view path) const;
+  const std::vector<Route>& routes() const { return routes_; }
 
  private:
   std::vector<Route> routes_;
