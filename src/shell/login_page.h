@@ -6,6 +6,7 @@
 #include <string_view>
 
 namespace orvalo::platform {
+class MessageBoxes;
 class Shell;
 }
 
