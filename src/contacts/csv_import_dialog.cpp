@@ -27,6 +27,11 @@ constexpr int kNulTextId = 2312;
 constexpr int kQuotedTextId = 2313;
 constexpr int kLongPathTextId = 2314;
 constexpr int kOfferRejectedId = 2006;
+constexpr int kOneInsertedId = 2340;
+constexpr int kSeveralInsertedId = 2341;
+constexpr int kOneDiscardedId = 2342;
+constexpr int kSeveralDiscardedId = 2343;
+constexpr int kOfferOneRejectedId = 2344;
 constexpr int kRejectedNameId = 2007;
 constexpr int kRejectedFilterId = 2008;
 constexpr int kRejectedPatternId = 2009;
@@ -94,9 +99,12 @@ bool CsvImportDialog::Ok(CsvImportWindow& window) {
     Complain(Problem(result));
     return false;
   }
-  boxes_.Show(
-      texts_.Format(kImportedTextId, {result.inserted, result.discarded}).value_or(std::string()),
-      texts_.Load(kImportCaptionId), platform::BoxIcon::kInformation);
+  boxes_.Show(texts_
+                  .Format(kImportedTextId,
+                          {Counted(result.inserted, kOneInsertedId, kSeveralInsertedId),
+                           Counted(result.discarded, kOneDiscardedId, kSeveralDiscardedId)})
+                  .value_or(std::string()),
+              texts_.Load(kImportCaptionId), platform::BoxIcon::kInformation);
   OfferRejected(result.rejected, window);
   return true;
 }
@@ -140,7 +148,7 @@ std::string CsvImportDialog::Problem(const CsvImportResult& result) const {
 void CsvImportDialog::OfferRejected(const RejectedLines& rejected, CsvImportWindow& window) {
   if (rejected.Count() == 0) return;
   const auto count = static_cast<std::int64_t>(rejected.Count());
-  const auto answer = boxes_.Show(texts_.Format(kOfferRejectedId, {count}).value_or(std::string()),
+  const auto answer = boxes_.Show(Counted(count, kOfferOneRejectedId, kOfferRejectedId),
                                   texts_.Load(kImportCaptionId), platform::BoxIcon::kQuestion,
                                   platform::BoxButtons::kYesNo);
   if (answer != platform::BoxAnswer::kYes) return;
@@ -151,6 +159,11 @@ void CsvImportDialog::OfferRejected(const RejectedLines& rejected, CsvImportWind
     if (!error) return;
     Complain(WithReason(texts_.Format(kRejectedNotSavedId, {*path}).value_or(""), error, texts_));
   }
+}
+
+std::string CsvImportDialog::Counted(std::int64_t count, int one_id, int several_id) const {
+  return count == 1 ? texts_.Load(one_id)
+                    : texts_.Format(several_id, {count}).value_or(std::string());
 }
 
 void CsvImportDialog::Complain(const std::string& text) {

@@ -88,6 +88,8 @@ class CsvImportDialog {
   std::optional<CsvQuotes> AskAboutQuotes(std::uint64_t line);
   std::string Problem(const CsvImportResult& result) const;
   void OfferRejected(const RejectedLines& rejected, CsvImportWindow& window);
+  // One text for a single thing, another for several or none.
+  std::string Counted(std::int64_t count, int one_id, int several_id) const;
   void Complain(const std::string& text);
 
   SmsDatabase& database_;

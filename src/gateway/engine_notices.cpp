@@ -64,4 +64,17 @@ std::string EngineNotices::TakeStoreProblem() {
   return std::exchange(store_problem_, std::string());
 }
 
+void EngineNotices::QueryFailed(const std::string& text) {
+  {
+    std::lock_guard guard(mutex_);
+    query_problem_ = text;
+  }
+  ToMainWindow(kWmQueryFailed);
+}
+
+std::string EngineNotices::TakeQueryProblem() {
+  std::lock_guard guard(mutex_);
+  return std::exchange(query_problem_, std::string());
+}
+
 }  // namespace orvalo

@@ -25,6 +25,8 @@ inline constexpr std::uint32_t kWmOnline = platform::kWmApp + 30;
 inline constexpr std::uint32_t kWmOffline = platform::kWmApp + 31;
 // The store refuses what the engine has to write; TakeStoreProblem says why.
 inline constexpr std::uint32_t kWmStoreRefused = platform::kWmApp + 33;
+// What the operator wanted to know of messages was not told; TakeQueryProblem says why.
+inline constexpr std::uint32_t kWmQueryFailed = platform::kWmApp + 34;
 inline constexpr std::uint32_t kWmLoggedIn = platform::kWmApp + 32;  // a login has succeeded
 
 // Whoever shows the outbox. Called on the worker thread: store the id, ask your own thread to
@@ -61,11 +63,16 @@ class EngineNotices {
   bool IsStoreRefusing() const;
   std::string TakeStoreProblem();  // in words; empty when it has been taken
 
+  // The operator's question about messages has failed; told to the main window, unless stopping.
+  void QueryFailed(const std::string& text);
+  std::string TakeQueryProblem();  // the latest; empty when it has been taken
+
  private:
-  mutable std::mutex mutex_;  // guards the receivers and what the store has said
+  mutable std::mutex mutex_;  // guards the receivers and what they are to be told
   bool store_refuses_ = false;
   bool refused_in_round_ = false;
   std::string store_problem_;
+  std::string query_problem_;
   platform::Mailbox* main_window_ = nullptr;
   platform::Mailbox* options_page_ = nullptr;
   OutboxView* outbox_view_ = nullptr;

@@ -6,6 +6,7 @@
 
 #include "app/log_file.h"
 #include "app/settings.h"
+#include "app/texts.h"
 #include "gateway/account.h"
 #include "gateway/gateway_client.h"
 #include "platform/clock.h"
@@ -23,6 +24,9 @@ constexpr std::int64_t kHandOverWait = 1;
 constexpr std::int64_t kEndWait = 10'000;
 constexpr std::int32_t kDay = 86'400;  // seconds
 constexpr int kMostDaysAhead = 7;
+constexpr int kOneUnansweredTextId = 2336;
+constexpr int kUnansweredTextId = 2337;
+constexpr int kNotAskedTextId = 2338;
 
 }  // namespace
 
@@ -151,9 +155,31 @@ void SendEngine::RunRequest(const EngineRequest& request) {
       status_pass_.QueryMessageStatus(request.id);
       break;
     case RequestKind::kQueryList:
-      for (const std::int32_t id : request.list.ids) status_pass_.QueryMessageStatus(id);
+      QueryList(request.list.ids);
       break;
   }
+}
+
+// The operator has asked, and is told what the gateway did not. Where one failure is that of every
+// further question, none is put.
+void SendEngine::QueryList(const std::vector<std::int32_t>& ids) {
+  status_pass_.ForgetUnanswered();
+  const StatusPass::Unanswered& unanswered = status_pass_.unanswered();
+  std::int32_t messages = 0;
+  for (const std::int32_t id : ids) {
+    const std::int32_t before = unanswered.count;
+    status_pass_.QueryMessageStatus(id);
+    if (unanswered.count > before) ++messages;
+    if (ConcernsEveryCall(unanswered.last.code)) break;
+  }
+  if (messages == 0) return;
+  const Texts& texts = parts_.texts;
+  const std::string why =
+      FailureText(unanswered.last, texts, settings_.Text(TextSetting::kComBaseUrl));
+  const auto text = ConcernsEveryCall(unanswered.last.code) ? texts.Format(kNotAskedTextId, {why})
+                    : messages == 1 ? texts.Format(kOneUnansweredTextId, {why})
+                                    : texts.Format(kUnansweredTextId, {messages, why});
+  parts_.notices.QueryFailed(text.value_or(why));
 }
 
 void SendEngine::PromoteDueMessages() {

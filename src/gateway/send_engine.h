@@ -73,6 +73,7 @@ class SendEngine : public EngineCommands {
   void RunTimedWork();
   void RunRequests();
   void RunRequest(const EngineRequest& request);
+  void QueryList(const std::vector<std::int32_t>& ids);
   void PromoteDueMessages();
   void Promote(SmsStatus status, std::int32_t delay, std::int64_t until);
   void KeepAlive();

@@ -28,13 +28,14 @@ class StatusPass {
   // one (kEveryMessage). Does nothing offline. A failure inside ends the pass and is logged.
   void QueryMessageStatus(std::int32_t id);
 
-  // What the passes of this object were not told: how many questions failed, and why the last one
-  // did.
+  // What the passes of this object were not told, since it was forgotten last: how many questions
+  // failed, and why the last one did.
   struct Unanswered {
     std::int32_t count = 0;
     GatewayFailure last;
   };
   const Unanswered& unanswered() const { return unanswered_; }
+  void ForgetUnanswered() { unanswered_ = {}; }
 
  private:
   // The row in hand, as the store has it.

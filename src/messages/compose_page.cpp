@@ -248,23 +248,18 @@ void ComposePage::ClearForm() {
   parts_.view.PreviewPicture({});
 }
 
-void ComposePage::LoadMessage(std::int32_t id, bool edit) {
+bool ComposePage::LoadMessage(std::int32_t id, bool edit) {
   ClearForm();
   auto row = parts_.database.GetSms(id);
-  if (!row) {
+  if (!row || (edit && !parts_.database.BeginEditSms(id))) {
     parts_.recipients.RefreshCounter();
-    return;
+    return false;
   }
-  if (edit) {
-    if (!parts_.database.BeginEditSms(id)) {  // it is just being sent
-      parts_.recipients.RefreshCounter();
-      return;
-    }
-    edited_ = id;
-  }
+  if (edit) edited_ = id;
   SetType(row->type);
   SetText(std::move(row->msg));
   parts_.recipients.LoadRecipients(row->to);
+  return true;
 }
 
 void ComposePage::RefreshBalance() {

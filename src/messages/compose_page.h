@@ -75,7 +75,7 @@ class ComposePage : public MessageLoader {
   // Cut, copy, paste or select all in the input that has the focus. In the number list itself they
   // act on the selected row, the last when none is selected.
   void Edit(EditCommand command);
-  void LoadMessage(std::int32_t id, bool edit) override;
+  bool LoadMessage(std::int32_t id, bool edit) override;
   // Asks for the balance, shows it and the number of waiting messages.
   void RefreshBalance();
   void ShowBalance();  // as last known

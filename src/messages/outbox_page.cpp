@@ -31,6 +31,8 @@ constexpr int kDeleteCaptionId = 1417;
 constexpr int kDeleteTextId = 1418;
 constexpr int kNoExportCaptionId = 1421;
 constexpr int kNothingToExportTextId = 1422;
+constexpr int kBeingSentCaptionId = 2334;
+constexpr int kBeingSentTextId = 2335;
 constexpr int kUnreadableTextId = 2190;
 
 bool IsStatus(std::int32_t stat, SmsStatus status) {
@@ -206,7 +208,10 @@ bool OutboxPage::IsEnabled(OutboxCommand command) {
 }
 
 void OutboxPage::Run(OutboxCommand command) {
-  if (!IsEnabled(command)) return;
+  if (!IsEnabled(command)) {
+    TellBeingSent();
+    return;
+  }
   switch (command) {
     case OutboxCommand::kEdit:
     case OutboxCommand::kResend:
@@ -241,9 +246,24 @@ void OutboxPage::Run(OutboxCommand command) {
 void OutboxPage::LoadMenuMessage(bool edit) {
   if (loader_ == nullptr) return;
   Guarded([&] {
-    loader_->LoadMessage(menu_id_, edit);
-    parts_.main_window.Post(kWmSwitchPage, 0, kComposeTab);
+    if (loader_->LoadMessage(menu_id_, edit)) {
+      parts_.main_window.Post(kWmSwitchPage, 0, kComposeTab);
+    } else {
+      TellBeingSent();
+    }
   });
+}
+
+// The engine may take a message in hand while its menu is open, or just before it is edited.
+void OutboxPage::TellBeingSent() {
+  bool being_sent = false;
+  Guarded([&] {
+    const auto row = parts_.database.GetSms(menu_id_);
+    being_sent = row && IsStatus(row->stat, SmsStatus::kProcessing);
+  });
+  if (!being_sent) return;
+  parts_.boxes.Show(parts_.texts.Load(kBeingSentTextId), parts_.texts.Load(kBeingSentCaptionId),
+                    platform::BoxIcon::kInformation);
 }
 
 void OutboxPage::DeleteSelected() {

@@ -130,7 +130,7 @@ class OutboxPage : public OutboxView, public OutboxCaption {
   // clicked stays the menu's even when the list is sorted meanwhile.
   bool OpenMenu(std::int64_t position);  // false: no menu is to be shown
   bool IsEnabled(OutboxCommand command);
-  void Run(OutboxCommand command);  // from the menu; does nothing when it is not enabled
+  void Run(OutboxCommand command);  // from the menu; one not enabled does nothing but say so
   void SelectAll();                 // also Ctrl+A
   void SendAllNow();                // the button "Send Now"
   void ExportCsv();                 // the button "Export CSV"
@@ -146,6 +146,7 @@ class OutboxPage : public OutboxView, public OutboxCaption {
   void KeepingSelection(const std::function<void()>& sort);
   std::vector<std::int32_t> SelectedIds() const;
   void LoadMenuMessage(bool edit);
+  void TellBeingSent();  // unless the menu's message is not
   void DeleteSelected();
   // False, the operator having been told, when the program cannot go online. `list` learns whether
   // it has gone online for it.

@@ -8,7 +8,7 @@
 namespace orvalo::platform {
 class MessageBoxes;
 class Shell;
-}
+}  // namespace orvalo::platform
 
 namespace orvalo {
 

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kProductNameId = 1024;
 constexpr int kStoreRefusedTextId = 2193;
+constexpr int kStatusQueryFailedId = 1412;
 
 QImage Banner(const std::string& data_folder) {
   const auto picture = ReadBanner(data_folder);
@@ -101,6 +102,7 @@ void Desktop::Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lp
   shell_.Handle(message, wparam, lparam);
   if (message == kWmLoggedIn) banner_.Start();
   if (message == kWmStoreRefused) ShowStoreProblem();
+  if (message == kWmQueryFailed) ShowQueryProblem();
 }
 
 void Desktop::ShowStoreProblem() {
@@ -109,6 +111,13 @@ void Desktop::ShowStoreProblem() {
   program_.GetMessageBoxes().Show(
       program_.GetTexts().Format(kStoreRefusedTextId, {problem}).value_or(problem),
       program_.GetTexts().Load(kProductNameId), platform::BoxIcon::kStop);
+}
+
+void Desktop::ShowQueryProblem() {
+  const std::string problem = program_.GetNotices().TakeQueryProblem();
+  if (problem.empty()) return;
+  program_.GetMessageBoxes().Show(problem, program_.GetTexts().Load(kStatusQueryFailedId),
+                                  platform::BoxIcon::kStop);
 }
 
 void Desktop::StartEngine() { program_.GetEngine().StartEngine(); }

@@ -68,6 +68,7 @@ class Desktop : public MainShellActions {
  private:
   void PageShown(ShellPage page);
   void ShowStoreProblem();
+  void ShowQueryProblem();
   void RefreshBalance();
   void ShowBalances();
   void Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lparam);

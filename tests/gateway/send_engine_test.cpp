@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 
@@ -164,6 +165,41 @@ TEST_F(SendEngineTest, ListsAreWorkedInTheirOrderAndTheProgramGoesOfflineAgain) 
   for (const auto& call : bench_.fake.Calls("SendMsg")) texts.push_back(call.Argument(1));
   EXPECT_THAT(texts, ElementsAre("first", "second"));
   EXPECT_EQ(bench_.options.messages().size(), 1u);
+  Stop();
+}
+
+TEST_F(SendEngineTest, WhatAnOperatorsQuestionWasNotToldIsSaid) {
+  const auto sent = [&](char id) {
+    const std::int32_t row = bench_.Add(",111");
+    bench_.database.SetOutcome(
+        row, SmsStatus::kPending,
+        {SmsStatus::kUnknown, ",ID: " + std::string(32, id), 60, std::int32_t{2'000'000'000}});
+    return row;
+  };
+  const std::int32_t first = sent('a'), second = sent('b');
+  Start();
+  const struct {
+    std::vector<std::int32_t> ids;
+    std::int32_t error;
+    const char* told;
+    std::size_t questions;
+  } cases[] = {
+      {{first, second}, 0, "", 2},
+      {{first}, 208, "The gateway did not tell the status of one message; ", 1},
+      {{first, second}, 208, "The gateway did not tell the status of 2 messages; ", 2},
+      {{first, second}, 99, "The gateway could not be asked for the status of all messages; ", 1},
+  };
+  for (const auto& c : cases) {
+    bench_.fake.On("GetMsgCharge", "status: 001 charge: 1", c.error);
+    bench_.fake.ClearCalls();
+    bench_.window.Clear();
+    engine_.RequestQuery({false, c.ids});
+    Settle();
+    EXPECT_THAT(bench_.notices.TakeQueryProblem(), ::testing::StartsWith(c.told));
+    EXPECT_EQ(bench_.fake.Calls("GetMsgCharge").size(), c.questions) << c.told;
+    EXPECT_EQ(std::ranges::count(Posted(), kWmQueryFailed), *c.told == '\0' ? 0 : 1);
+  }
+  EXPECT_EQ(bench_.notices.TakeQueryProblem(), "");
   Stop();
 }
 

@@ -281,8 +281,12 @@ TEST_F(ComposeTest, LeavingEditingGivesTheStatusBack) {
   EXPECT_EQ(window_.send_button + window_.text, "Send >>stored");
   page_.Send();
   EXPECT_EQ(db_.CountSms(), 3);
-  page_.LoadMessage(99, true);
+  EXPECT_FALSE(page_.LoadMessage(99, true));
   ExpectEmptyForm();
+  db_.SetSmsStatus(sent, SmsStatus::kProcessing);
+  EXPECT_FALSE(page_.LoadMessage(sent, true)) << "it would be sent twice";
+  ExpectEmptyForm();
+  EXPECT_EQ(StatusOf(sent), 10);
 }
 
 TEST_F(ComposeTest, AMessageDeletedWhileEditedIsNotLost) {

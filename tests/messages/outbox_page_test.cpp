@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <functional>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -55,7 +56,11 @@ class FakeEngine : public EngineCommands {
 
 class FakeLoader : public MessageLoader {
  public:
-  void LoadMessage(std::int32_t id, bool edit) override { loads.emplace_back(id, edit); }
+  bool LoadMessage(std::int32_t id, bool edit) override {
+    loads.emplace_back(id, edit);
+    return loads_it();
+  }
+  std::function<bool()> loads_it = [] { return true; };
   std::vector<std::pair<std::int32_t, bool>> loads;
 };
 
@@ -206,6 +211,7 @@ TEST(OutboxPageTest, EnablesTheMenuByTheRow) {
   bench.database.SetSmsStatus(1, SmsStatus::kProcessing);
   bench.page.Run(OutboxCommand::kEdit);
   EXPECT_TRUE(bench.loader.loads.empty()) << "taken in hand while the menu was open";
+  EXPECT_EQ(bench.boxes.shown().size(), 1u) << "and told";
   PageBench empty;
   EXPECT_FALSE(empty.page.OpenMenu(-1));
   empty.page.ExportCsv();
@@ -225,6 +231,12 @@ TEST(OutboxPageTest, LoadsAndCopiesTheMessageClicked) {
   EXPECT_EQ(bench.main_window.messages(), std::vector(2, compose));
   bench.page.Run(OutboxCommand::kCopy);
   EXPECT_NE(bench.clipboard.held.find("00:00"), std::string::npos);
+  bench.loader.loads_it = [&] {  // the engine is quicker
+    return bench.database.SetSmsStatus(1, SmsStatus::kProcessing), false;
+  };
+  bench.page.Run(OutboxCommand::kEdit);
+  EXPECT_EQ(bench.main_window.messages().size(), 2u) << "stays in the outbox";
+  EXPECT_TRUE(bench.boxes.shown().at(0).text.starts_with("This message is being sent"));
 }
 
 TEST(OutboxPageTest, DeletesTheSelectedWhenConfirmed) {

@@ -185,7 +185,7 @@ TEST_F(ContactsWindowTest, ImportsAndExports) {
   });
   boxes.Answer(platform::BoxAnswer::kAccepted);
   Press("uploadContacts");
-  EXPECT_THAT(LastText(), testing::HasSubstr("2 line(s)")) << "a duplicate, and the end";
+  EXPECT_THAT(LastText(), testing::HasSubstr("2 lines")) << "a duplicate, and the end";
   EXPECT_THAT(Names(), ElementsAre("Bob", "Zoe"));
 
   members.clearSelection();
