@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -181,8 +182,10 @@ class OpenApiTest : public testing::Test {
   const ApiDescription description_{kDescription};
   RunningService running_;
   std::string token_;
-  std::map<std::string, std::string> ids_;  // that are in use, by what stands before them in a path
-  std::set<std::string> seen_;              // as ApiDescription::Outcomes has them
+  // Ids that are in use, by what stands before them in a path: a call with another kind of id needs
+  // one here.
+  std::map<std::string, std::string> ids_;
+  std::set<std::string> seen_;  // as ApiDescription::Outcomes has them
 };
 
 TEST_F(OpenApiTest, DescribesEachCallAndNoOther) {
