@@ -11,6 +11,8 @@
 
 #include "component/component_members.h"
 #include "component/error_codes.h"
+#include "component/reply_fields.h"
+#include "component/submission_key.h"
 #include "platform/code_page.h"
 
 namespace orvalo::component {
@@ -91,19 +93,22 @@ HResult Component::Invoke(platform::MemberId id, platform::LocaleId, InvokeKind 
 HResult Component::CallMethod(const Method& method, std::span<const Variant> arguments,
                               Variant* result) {
   threads_.Mine().Note(kMalformed);
+  std::string key;
+  if (method.submits) key.swap(threads_.Mine().submission_key);
   if (arguments.size() != method.arguments.size()) return platform::kBadParameterCount;
   // The last argument comes first.
   if (!std::equal(method.arguments.rbegin(), method.arguments.rend(), arguments.begin(),
                   [](Kind kind, const Variant& value) { return IsOfKind(value, kind); })) {
     return platform::kTypeMismatch;
   }
-  auto answer = method.handle(*this, Arguments(arguments));
+  auto answer = method.handle(*this, Arguments(arguments, std::move(key)));
   threads_.Mine().Note(answer.error, std::move(answer.reason), answer.obstacle);
   if (result != nullptr) *result = platform::ToWide(answer.text);
   return platform::kOk;
 }
 
 HResult Component::GetProperty(const Property& property, Variant* result) {
+  if (property.write != nullptr) return platform::kMemberNotFound;
   Variant value;
   if (property.read != nullptr) {
     value = property.read(*this);
@@ -122,6 +127,7 @@ HResult Component::GetProperty(const Property& property, Variant* result) {
 }
 
 HResult Component::PutProperty(const Property& property, const Variant& value) {
+  if (property.write != nullptr) return property.write(*this, value);
   std::lock_guard guard(mutex_);
   return std::visit(
       [&](auto field) {
@@ -136,6 +142,15 @@ HResult Component::PutProperty(const Property& property, const Variant& value) {
         }
       },
       property.field);
+}
+
+HResult Component::PutSubmissionKey(const Variant& value) {
+  const auto* text = std::get_if<std::u16string>(&value);
+  if (text == nullptr) return platform::kTypeMismatch;
+  auto key = platform::FromWide(*text);
+  if (!IsHex(key, kKeyDigits)) return platform::kTypeMismatch;
+  threads_.Mine().submission_key = std::move(key);
+  return platform::kOk;
 }
 
 Properties Component::properties() const {
@@ -162,11 +177,13 @@ Answer Component::Authenticate() {
 }
 
 // An empty argument is taken from its property.
-Answer Component::SendSimple(const std::u16string& text, const std::u16string& number) {
+Answer Component::SendSimple(const std::string& key, const std::u16string& text,
+                             const std::u16string& number) {
   const auto properties = this->properties();
   const auto& body = text.empty() ? properties.text : text;
   const auto& recipient = number.empty() ? properties.to : number;
-  return messages_.Send(OptionsFor(body), platform::FromWide(body), platform::FromWide(recipient));
+  return messages_.Send(key, OptionsFor(body), platform::FromWide(body),
+                        platform::FromWide(recipient));
 }
 
 Answer Component::EncodeToUnicode(const std::u16string& text) {

@@ -38,6 +38,13 @@ struct Properties {
 // kBadParameterCount and kTypeMismatch for other arguments than it takes (a method then also
 // leaves error 102 or 101, so that nobody takes the missing reply for a success). A refusal by the
 // service is a success of Invoke with the text "ERR: …".
+//
+// smsSUBMISSION_KEY can only be put: the idempotency key of the calling thread's next submission
+// (SendMsg, SendSimpleSMS, StartBatch, QuickBatchSend, EndBatch), a text of 32 hexadecimal digits;
+// putting anything else is kTypeMismatch and changes nothing. That call uses it up, whatever comes
+// of it; without one a key is drawn. Who has written a key down before it was used can repeat the
+// call with it after any crash and gets the same answer again, or ask QuerySubmission what became
+// of it.
 class Component : public platform::Dispatch {
  public:
   explicit Component(platform::Clock& clock);  // must outlive this object
@@ -65,7 +72,9 @@ class Component : public platform::Dispatch {
   Properties properties() const;
 
   Answer Authenticate();
-  Answer SendSimple(const std::u16string& text, const std::u16string& number);
+  Answer SendSimple(const std::string& key, const std::u16string& text,
+                    const std::u16string& number);
+  platform::HResult PutSubmissionKey(const platform::Variant& value);
   Answer EncodeToUnicode(const std::u16string& text);
   Answer ResetMessage();
 

@@ -22,12 +22,14 @@ std::span<const Component::Method> Component::Methods() {
   static const std::vector<Method> methods = {
       {u"SendSimpleSMS",
        {kText, kText},
-       [](C& c, const A& a) { return c.SendSimple(a.Wide(0), a.Wide(1)); }},
+       [](C& c, const A& a) { return c.SendSimple(a.Key(), a.Wide(0), a.Wide(1)); },
+       true},
       {u"SendMsg",
        {kFlag, kText, kText},
        [](C& c, const A& a) {
-         return c.messages_.Send(c.OptionsFor(a.Wide(1)), a.Text(1), a.Text(2));
-       }},
+         return c.messages_.Send(a.Key(), c.OptionsFor(a.Wide(1)), a.Text(1), a.Text(2));
+       },
+       true},
       {u"Authenticate", {}, [](C& c, const A&) { return c.Authenticate(); }},
       {u"AuthenticateClient",
        {kText, kText, kText},
@@ -48,11 +50,15 @@ std::span<const Component::Method> Component::Methods() {
       {u"EncodeToUnicode", {kText}, [](C& c, const A& a) { return c.EncodeToUnicode(a.Wide(0)); }},
       {u"StartBatch",
        {kText},
-       [](C& c, const A& a) { return c.messages_.StartBatch(c.OptionsFor(a.Wide(0)), a.Text(0)); }},
+       [](C& c, const A& a) {
+         return c.messages_.StartBatch(a.Key(), c.OptionsFor(a.Wide(0)), a.Text(0));
+       },
+       true},
       {u"QuickBatchSend",
        {kText},
-       [](C& c, const A& a) { return c.messages_.SendToBatch(a.Text(0)); }},
-      {u"EndBatch", {}, [](C& c, const A&) { return c.messages_.EndBatch(); }},
+       [](C& c, const A& a) { return c.messages_.SendToBatch(a.Key(), a.Text(0)); },
+       true},
+      {u"EndBatch", {}, [](C& c, const A& a) { return c.messages_.EndBatch(a.Key()); }, true},
       {u"SetBaseURL", {kText}, [](C& c, const A& a) { return c.account_.SetBase(a.Text(0)); }},
       {u"ConfigureProxy",
        {kInteger, kText, kText, kText, kText},
@@ -74,6 +80,9 @@ std::span<const Component::Method> Component::Methods() {
       {u"GetMsgCharge",
        {kFlag, kText},
        [](C& c, const A& a) { return c.messages_.QueryCharge(a.Text(1)); }},
+      {u"QuerySubmission",
+       {kText},
+       [](C& c, const A& a) { return c.messages_.QuerySubmission(a.Text(0)); }},
   };
   return methods;
 }
@@ -113,6 +122,10 @@ std::span<const Component::Property> Component::PropertyList() {
        [](C& c) {
          return platform::Variant(static_cast<std::int32_t>(c.threads_.Mine().obstacle));
        }},
+      {u"smsSUBMISSION_KEY",
+       {},
+       nullptr,
+       [](C& c, const platform::Variant& value) { return c.PutSubmissionKey(value); }},
   };
   return properties;
 }

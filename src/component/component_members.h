@@ -30,7 +30,10 @@ inline bool IsOfKind(const platform::Variant& value, Kind kind) {
 // The arguments in the order of the call, checked before a handler sees them.
 class Component::Arguments {
  public:
-  explicit Arguments(std::span<const platform::Variant> reversed) : reversed_(reversed) {}
+  Arguments(std::span<const platform::Variant> reversed, std::string key)
+      : reversed_(reversed), key_(std::move(key)) {}
+
+  const std::string& Key() const { return key_; }  // put for this submission; "": none
 
   const std::u16string& Wide(std::size_t place) const {
     return std::get<std::u16string>(At(place));
@@ -47,20 +50,23 @@ class Component::Arguments {
   }
 
   std::span<const platform::Variant> reversed_;
+  std::string key_;
 };
 
 struct Component::Method {
   std::u16string_view name;
   std::vector<Kind> arguments;  // in the order of the call
   Answer (*handle)(Component&, const Arguments&);
+  bool submits = false;  // uses up the key that was put
 };
 
 struct Component::Property {
   using Field = std::variant<std::monostate, std::u16string Properties::*,
                              std::int32_t Properties::*, platform::VariantFlag Properties::*>;
   std::u16string_view name;
-  Field field;  // where a put value is kept; none: cannot be put
+  Field field;  // where a put value is kept; none: cannot be put, but for `write`
   platform::Variant (*read)(Component&) = nullptr;  // null: reading gives what was put
+  platform::HResult (*write)(Component&, const platform::Variant&) = nullptr;  // and not to be read
 };
 
 }  // namespace orvalo::component

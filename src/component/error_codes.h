@@ -16,6 +16,7 @@ inline constexpr int kNoSession = 111;
 inline constexpr int kTooManyRequests = 113;
 inline constexpr int kNoSuchMessage = 205;
 inline constexpr int kBatchEnded = 207;
+inline constexpr int kNoSuchSubmission = 209;
 inline constexpr int kServiceFailed = 500;
 inline constexpr int kNetworkUnavailable = 503;
 

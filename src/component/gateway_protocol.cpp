@@ -1,7 +1,5 @@
 #include "component/gateway_protocol.h"
 
-#include <sodium.h>
-
 #include <algorithm>
 #include <array>
 #include <span>
@@ -9,11 +7,11 @@
 
 #include "component/error_codes.h"
 #include "component/reply_fields.h"
+#include "component/submission_key.h"
 
 namespace orvalo::component {
 namespace {
 
-constexpr std::size_t kKeyBytes = 16;
 constexpr std::size_t kLargestReply = 1u << 20;  // bytes; a thousand recipients take a tenth of it
 constexpr std::int64_t kLongestTry = 30'000;     // milliseconds, as all times here
 constexpr std::int64_t kLongestConnect = 10'000;
@@ -57,13 +55,6 @@ class Patience {
   std::size_t after_load_ = 0;
   std::size_t after_unreachable_ = 0;
 };
-
-std::string DrawKey() {
-  std::array<unsigned char, kKeyBytes> bytes;
-  randombytes_buf(bytes.data(), bytes.size());
-  std::array<char, 2 * kKeyBytes + 1> digits;
-  return sodium_bin2hex(digits.data(), digits.size(), bytes.data(), bytes.size());
-}
 
 std::string Authorisation(const std::string& token) { return "Bearer " + token; }
 
@@ -113,7 +104,7 @@ platform::HttpRequest GatewayProtocol::BuildRequest(const std::string& base,
   // First of the headers, where Renew finds it.
   if (call.needs_session) request.headers.emplace_back("Authorization", Authorisation(token));
   if (call.repeat == Call::Repeat::kSubmission) {
-    request.headers.emplace_back("Idempotency-Key", DrawKey());
+    request.headers.emplace_back("Idempotency-Key", call.key.empty() ? DrawKey() : call.key);
   }
   if (!call.body.is_null()) {
     request.headers.emplace_back("Content-Type", "application/json");

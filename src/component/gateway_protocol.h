@@ -24,13 +24,14 @@ struct Call {
   nlohmann::json body = nullptr;  // null: no body
   Repeat repeat = Repeat::kQuery;
   bool needs_session = true;
+  std::string key = "";  // of a submission, 32 hexadecimal digits; "": one is drawn
 };
 
 // Speaks the protocol of docs/gateway-protocol.md: builds requests, repeats what may be repeated,
 // renews an expired session, and says what a reply means. Any thread; a call blocks for at most
 // about 90 seconds (submissions) or 30 (others), twice that when the session must be renewed.
 //
-// Repeating: each submission draws one idempotency key, and every repetition carries it, so the
+// Repeating: each submission has one idempotency key, and every repetition carries it, so the
 // service does the work at most once whatever was lost on the way. A request without a reply is
 // sent three times in all, one that the service refused because of load five times, one that could
 // not be delivered twice; pauses grow from try to try.

@@ -6,6 +6,8 @@
 #include "component/error_codes.h"
 #include "component/reply_fields.h"
 #include "component/reply_texts.h"
+#include "component/submission_key.h"
+#include "component/submission_replies.h"
 
 namespace orvalo::component {
 namespace {
@@ -13,6 +15,7 @@ namespace {
 constexpr std::size_t kIdDigits = 32;
 constexpr std::size_t kMostRecipients = 1'000;  // of one request
 constexpr int kHighestStatus = 999;             // three digits; later versions may know more
+constexpr char kNoBatch[] = "There is no current batch";
 
 nlohmann::json MessageBody(const MessageOptions& options, const std::string& text) {
   nlohmann::json body = {{"text", text},
@@ -26,12 +29,13 @@ nlohmann::json MessageBody(const MessageOptions& options, const std::string& tex
   return body;
 }
 
-Call Submission(std::string path, nlohmann::json body) {
+Call Submission(std::string path, const std::string& key, nlohmann::json body) {
   Call call;
   call.method = "POST";
   call.path = std::move(path);
   call.body = std::move(body);
   call.repeat = Call::Repeat::kSubmission;
+  call.key = key;
   return call;
 }
 
@@ -45,95 +49,61 @@ std::vector<std::string> SplitNumbers(std::string_view list) {
   return numbers;
 }
 
-// One line about one recipient; `understood` is cleared when the service's result is not one.
-std::string ResultLine(const nlohmann::json& result, const std::string& number, bool* understood) {
-  if (TextField(result, "to") == number) {
-    if (const auto id = HexField(result, "id", kIdDigits)) return BatchSentLine(*id, number);
-    if (const auto code = IntegerField(result, "code", 1, 9999)) {
-      return BatchErrorLine(*code, TextField(result, "message").value_or(""), number);
-    }
-  }
-  *understood = false;
-  return BatchErrorLine(kNotUnderstood, NotUnderstood().message, number);
-}
-
-// The lines about the recipients of one request.
-Answer ResultLines(const Outcome& outcome, const std::vector<std::string>& numbers) {
-  Answer answer;
-  if (!outcome.ok()) answer = RefusalAnswer(outcome);
-  answer.text.clear();
-  const auto results = outcome.ok() ? outcome.reply.find("results") : outcome.reply.end();
-  if (outcome.ok() && (results == outcome.reply.end() || !results->is_array() ||
-                       results->size() != numbers.size())) {
-    return ResultLines(NotUnderstood(), numbers);
-  }
-  bool understood = true;
-  for (std::size_t i = 0; i < numbers.size(); ++i) {
-    answer.text += outcome.ok() ? ResultLine((*results)[i], numbers[i], &understood)
-                                : BatchErrorLine(outcome.error, outcome.message, numbers[i]);
-  }
-  if (!understood) {
-    answer.error = kNotUnderstood;
-    answer.reason = NotUnderstood().message;
-  }
-  return answer;
+// Puts `more` behind the lines that are there; the latest error of all stands.
+void Append(Answer more, Answer* answer) {
+  auto text = std::move(answer->text) + more.text;
+  if (more.error != 0) *answer = std::move(more);
+  answer->text = std::move(text);
 }
 
 }  // namespace
 
 MessageCalls::MessageCalls(GatewayProtocol& protocol) : protocol_(protocol) {}
 
-Answer MessageCalls::Send(const MessageOptions& options, const std::string& text,
-                          const std::string& number) {
+Answer MessageCalls::Send(const std::string& key, const MessageOptions& options,
+                          const std::string& text, const std::string& number) {
   auto body = MessageBody(options, text);
   body["to"] = number;
-  const auto outcome = protocol_.Perform(Submission("/v1/messages", std::move(body)));
-  if (!outcome.ok()) return RefusalAnswer(outcome);
-  const auto id = HexField(outcome.reply, "id", kIdDigits);
-  return id ? Answer{kSuccess, SentText(*id)} : RefusalAnswer(NotUnderstood());
+  return SentAnswer(protocol_.Perform(Submission("/v1/messages", key, std::move(body))));
 }
 
-Answer MessageCalls::StartBatch(const MessageOptions& options, const std::string& text) {
+Answer MessageCalls::StartBatch(const std::string& key, const MessageOptions& options,
+                                const std::string& text) {
   set_current_batch("");
-  const auto outcome = protocol_.Perform(Submission("/v1/batches", MessageBody(options, text)));
-  if (!outcome.ok()) return RefusalAnswer(outcome);
-  const auto batch = HexField(outcome.reply, "batch", kIdDigits);
-  if (!batch) return RefusalAnswer(NotUnderstood());
-  set_current_batch(*batch);
-  return {kSuccess, "OK"};
+  std::string batch;
+  auto answer = OpenedAnswer(
+      protocol_.Perform(Submission("/v1/batches", key, MessageBody(options, text))), &batch);
+  set_current_batch(batch);
+  return answer;
 }
 
-Answer MessageCalls::SendToBatch(std::string_view numbers) {
+Answer MessageCalls::SendToBatch(const std::string& key, std::string_view numbers) {
   const auto batch = current_batch();
+  const auto path = "/v1/batches/" + batch + "/recipients";
   auto all = SplitNumbers(numbers);
   Answer answer;
   for (std::size_t begin = 0; begin < all.size(); begin += kMostRecipients) {
     const auto end = std::min(begin + kMostRecipients, all.size());
     const std::vector<std::string> some(std::make_move_iterator(all.begin() + begin),
                                         std::make_move_iterator(all.begin() + end));
-    const auto lines = ResultLines(
-        batch.empty()
-            ? Failed(kNoSuchMessage, "There is no current batch")
-            : protocol_.Perform(Submission("/v1/batches/" + batch + "/recipients", {{"to", some}})),
-        some);
-    auto text = std::move(answer.text) + lines.text;
-    if (lines.error != 0) answer = lines;
-    answer.text = std::move(text);
+    const auto its_key = key.empty() ? key : KeyOfRequest(key, begin / kMostRecipients);
+    Append(RecipientsAnswer(batch.empty()
+                                ? Failed(kNoSuchMessage, kNoBatch)
+                                : protocol_.Perform(Submission(path, its_key, {{"to", some}})),
+                            some),
+           &answer);
   }
   return answer;
 }
 
-Answer MessageCalls::EndBatch() {
+Answer MessageCalls::EndBatch(const std::string& key) {
   const auto batch = current_batch();
-  if (batch.empty()) return RefusalAnswer(Failed(kNoSuchMessage, "There is no current batch"));
+  if (batch.empty()) return RefusalAnswer(Failed(kNoSuchMessage, kNoBatch));
   const auto outcome =
-      protocol_.Perform(Submission("/v1/batches/" + batch + "/end", nlohmann::json::object()));
+      protocol_.Perform(Submission("/v1/batches/" + batch + "/end", key, nlohmann::json::object()));
   const bool gone = outcome.error == kNoSuchMessage || outcome.error == kBatchEnded;
   if (outcome.ok() || gone) set_current_batch("");
-  if (!outcome.ok()) return RefusalAnswer(outcome);
-  const auto accepted = IntegerField(outcome.reply, "accepted", 0, INT32_MAX);
-  if (!accepted) return RefusalAnswer(NotUnderstood());
-  return {kSuccess, "OK: " + std::to_string(*accepted) + " accepted"};
+  return EndedAnswer(outcome);
 }
 
 Answer MessageCalls::QueryCharge(const std::string& id) {
@@ -158,6 +128,38 @@ Outcome MessageCalls::QueryMessage(const std::string& id) {
   Call call;
   call.path = "/v1/messages/" + id;
   return protocol_.Perform(call);
+}
+
+Answer MessageCalls::QuerySubmission(const std::string& key) {
+  auto kept = QueryKept(key);
+  if (!kept.ok()) return RefusalAnswer(kept);
+  if (kept.reply.contains("results")) return QueryRecipients(key, std::move(kept));
+  if (kept.reply.contains("accepted")) return EndedAnswer(kept);
+  if (!kept.reply.contains("batch")) return SentAnswer(kept);
+  std::string batch;
+  auto answer = OpenedAnswer(kept, &batch);
+  if (!batch.empty()) set_current_batch(batch);
+  return answer;
+}
+
+// A full request may have been followed by others of the same call.
+Answer MessageCalls::QueryRecipients(const std::string& key, Outcome kept) {
+  Answer answer;
+  for (std::size_t place = 1;; ++place) {
+    const auto numbers = NumbersOf(kept);
+    Append(RecipientsAnswer(kept, numbers), &answer);
+    if (numbers.size() < kMostRecipients) return answer;
+    kept = QueryKept(KeyOfRequest(key, place));
+    if (kept.error == kNoSuchSubmission) return answer;
+    if (!kept.ok()) return RefusalAnswer(kept);
+  }
+}
+
+Outcome MessageCalls::QueryKept(const std::string& key) {
+  if (!IsHex(key, kKeyDigits)) return Failed(kMalformed, "Not a key of a submission");
+  Call call;
+  call.path = "/v1/submissions/" + key;
+  return KeptOutcome(protocol_.Perform(call), key);
 }
 
 std::string MessageCalls::current_batch() const {

@@ -55,6 +55,15 @@ bool IsLoadRefusal(int error) {
   return error == kTooManyRequests || error == kServiceFailed || error == kNetworkUnavailable;
 }
 
+Outcome OutcomeOf(int status, nlohmann::json body) {
+  if (!body.is_object()) return NotUnderstood();
+  if (status >= 200 && status < 300) return {kSuccess, "", std::move(body)};
+  const auto error = body.find("error");
+  if (status < kFirstErrorStatus || error == body.end()) return NotUnderstood();
+  const auto code = IntegerField(*error, "code", kLowestServiceCode, kHighestServiceCode);
+  return code ? Failed(*code, TextField(*error, "message").value_or("")) : NotUnderstood();
+}
+
 Verdict Judge(const platform::HttpReply& reply) {
   if (reply.failure != platform::HttpFailure::kNone) {
     auto verdict = JudgeFailure(reply);
@@ -62,18 +71,10 @@ Verdict Judge(const platform::HttpReply& reply) {
     verdict.outcome.obstacle = reply.obstacle;
     return verdict;
   }
-  auto body = nlohmann::json::parse(reply.body, nullptr, /*allow_exceptions=*/false);
-  if (reply.status >= 200 && reply.status < 300) {
-    if (!body.is_object()) return {NotUnderstood()};
-    return {Outcome{kSuccess, "", std::move(body)}};
-  }
-  if (reply.status < kFirstErrorStatus || !body.is_object()) return {NotUnderstood()};
-  const auto error = body.find("error");
-  if (error == body.end()) return {NotUnderstood()};
-  const auto code = IntegerField(*error, "code", kLowestServiceCode, kHighestServiceCode);
-  if (!code) return {NotUnderstood()};
-  return {Failed(*code, TextField(*error, "message").value_or("")),
-          IsLoadRefusal(*code) ? Verdict::Again::kLoad : Verdict::Again::kNo};
+  auto outcome = OutcomeOf(reply.status,
+                           nlohmann::json::parse(reply.body, nullptr, /*allow_exceptions=*/false));
+  const auto again = IsLoadRefusal(outcome.error) ? Verdict::Again::kLoad : Verdict::Again::kNo;
+  return {std::move(outcome), again};
 }
 
 }  // namespace orvalo::component

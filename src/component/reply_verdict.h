@@ -36,8 +36,12 @@ struct Verdict {
 // Refusals because of load, which come with nothing accepted: 113, 500 and 503.
 bool IsLoadRefusal(int error);
 
-// A pure function, any thread. A success is an object; whatever else comes with a status below 400,
-// and a refusal that is not worded as the protocol wants it, is error 98.
+// What a reply with this HTTP status and body says. A pure function, any thread. A success is an
+// object; whatever else comes with a status below 400, and a refusal that is not worded as the
+// protocol wants it, is error 98.
+Outcome OutcomeOf(int status, nlohmann::json body);
+
+// The same of what came, or did not come, over the network, and whether to try again.
 Verdict Judge(const platform::HttpReply& reply);
 
 }  // namespace orvalo::component

@@ -19,6 +19,9 @@ struct ThreadMemory {
   // is exactly this one: an operator's text may happen to look like hexadecimal digits.
   std::u16string encoded;
 
+  // The key that this thread put for its next submission, which uses it up; "": it draws one.
+  std::string submission_key;
+
   void Note(int last_error, std::string why = {},
             platform::HttpObstacle what = platform::HttpObstacle::kNotKnown) {
     error = last_error;

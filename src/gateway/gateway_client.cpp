@@ -16,6 +16,8 @@ using platform::VariantFlag;
 namespace {
 
 constexpr char kClassName[] = "SMS_COMAPI.SMS";
+constexpr char16_t kSubmissionKey[] = u"smsSUBMISSION_KEY";
+constexpr char16_t kQuerySubmission[] = u"QuerySubmission";
 
 Variant TextArgument(std::u16string_view text) { return Variant(std::u16string(text)); }
 Variant FlagArgument(std::int16_t flag) { return Variant(VariantFlag{flag}); }
@@ -30,6 +32,7 @@ GatewayClient::GatewayClient(const platform::ClassRegistry& registry)
   if (component_ == nullptr) return;
   methods_resolved_ = methods_.Resolve(*component_, platform::kUserDefaultLocale);
   properties_resolved_ = properties_.Resolve(*component_, platform::kUserDefaultLocale);
+  further_methods_.Resolve(*component_, platform::kUserDefaultLocale);
   further_.Resolve(*component_, platform::kUserDefaultLocale);
   connected_ = true;
 }
@@ -38,12 +41,16 @@ HResult GatewayClient::CallMethod(Text name, std::initializer_list<Variant> argu
                                   std::u16string* result) {
   if (!connected_ || result == nullptr) return platform::kFail;
   const auto id = methods_.Find(name);
-  if (!id) return platform::kFail;
+  return id ? CallMember(*id, arguments, result) : platform::kFail;
+}
+
+HResult GatewayClient::CallMember(platform::MemberId id, std::initializer_list<Variant> arguments,
+                                  std::u16string* result) {
   std::vector<Variant> reversed(arguments);
   std::reverse(reversed.begin(), reversed.end());
   Variant value;
   const HResult outcome =
-      component_->Invoke(*id, platform::kUserDefaultLocale, InvokeKind::kMethod, reversed, &value);
+      component_->Invoke(id, platform::kUserDefaultLocale, InvokeKind::kMethod, reversed, &value);
   if (!platform::Succeeded(outcome)) return outcome;
   if (auto* text = std::get_if<std::u16string>(&value)) {
     *result = std::move(*text);
@@ -169,14 +176,42 @@ HResult GatewayClient::SetDeliveryAcknowledgement(bool on) {
 // Nothing when the component lacks the property.
 template <typename Value>
 std::optional<Value> GatewayClient::FurtherProperty(Text name) {
-  const auto id = further_.Find(name);
-  if (!connected_ || !id || *id == 0) return std::nullopt;
+  const auto id = FurtherId(further_, name);
+  if (id == 0) return std::nullopt;
   Variant value;
   const HResult outcome =
-      component_->Invoke(*id, platform::kUserDefaultLocale, InvokeKind::kPropertyGet, {}, &value);
+      component_->Invoke(id, platform::kUserDefaultLocale, InvokeKind::kPropertyGet, {}, &value);
   auto* found = std::get_if<Value>(&value);
   if (!platform::Succeeded(outcome) || found == nullptr) return std::nullopt;
   return std::move(*found);
+}
+
+// The id of a further member; 0 when the component lacks it.
+platform::MemberId GatewayClient::FurtherId(const MemberTable& table, Text name) const {
+  return connected_ ? table.Find(name).value_or(0) : 0;
+}
+
+bool GatewayClient::KeepsKeys() const {
+  return FurtherId(further_, kSubmissionKey) != 0 &&
+         FurtherId(further_methods_, kQuerySubmission) != 0;
+}
+
+HResult GatewayClient::SetSubmissionKey(Text key) {
+  const auto id = FurtherId(further_, kSubmissionKey);
+  if (id == 0) return platform::kFail;
+  const auto value = TextArgument(key);
+  return component_->Invoke(id, platform::kUserDefaultLocale, InvokeKind::kPropertyPut, {&value, 1},
+                            nullptr);
+}
+
+HResult GatewayClient::QuerySubmission(Text key, std::u16string* reply) {
+  return CallFurther(kQuerySubmission, {TextArgument(key)}, reply);
+}
+
+HResult GatewayClient::CallFurther(Text name, std::initializer_list<Variant> arguments,
+                                   std::u16string* result) {
+  const auto id = FurtherId(further_methods_, name);
+  return id == 0 || result == nullptr ? platform::kFail : CallMember(id, arguments, result);
 }
 
 GatewayFailure GatewayClient::LastFailure(Text reply) {

@@ -66,6 +66,23 @@ class GatewayClient {
   platform::HResult SetUnicode(bool on);
   platform::HResult SetDeliveryAcknowledgement(bool on);
 
+  // Whether the component lets its caller choose the keys of submissions and tells what became of
+  // them: then the next two work.
+  bool KeepsKeys() const;
+
+  // The idempotency key of this thread's next Send, StartBatch, BatchSend or EndBatch, which uses
+  // it up whatever comes of it: 32 hexadecimal digits, anything else fails and changes nothing. The
+  // same call with the same key is carried out once and answered alike each time; another call with
+  // the key is refused with kKeyReused.
+  platform::HResult SetSubmissionKey(Text key);
+
+  // What the submission with this key was answered, in `reply` and as the error code, whoever made
+  // it and however long ago (a service keeps it for 31 days at least). When it opened a batch, that
+  // becomes the current one; of a call whose recipients took several requests, as much as came to
+  // the gateway. kNoSuchSubmission: the gateway knows nothing of the key, so nothing was accepted
+  // with it, unless a request with it is still on its way. 102: the gateway cannot tell.
+  platform::HResult QuerySubmission(Text key, std::u16string* reply);
+
   // The error code as a number: what ErrorCode gives, or kGatewayUnreachable when it cannot be
   // read.
   std::int32_t LastError();
@@ -80,6 +97,12 @@ class GatewayClient {
 
  private:
   platform::HResult Get(Text name, platform::Variant* value);
+  platform::HResult CallMember(platform::MemberId id,
+                               std::initializer_list<platform::Variant> arguments,
+                               std::u16string* result);
+  platform::HResult CallFurther(Text name, std::initializer_list<platform::Variant> arguments,
+                                std::u16string* result);
+  platform::MemberId FurtherId(const MemberTable& table, Text name) const;
   template <typename Value>
   std::optional<Value> FurtherProperty(Text name);
   platform::HResult Put(Text name, platform::Variant value);
@@ -90,6 +113,7 @@ class GatewayClient {
   std::unique_ptr<platform::Dispatch> component_;
   MemberTable methods_ = MemberTable::Methods();
   MemberTable properties_ = MemberTable::Properties();
+  MemberTable further_methods_ = MemberTable::FurtherMethods();
   MemberTable further_ = MemberTable::FurtherProperties();
 };
 

@@ -20,6 +20,8 @@ enum GatewayError : std::int32_t {
   kWrongPassword = 110,
   kNoSession = 111,  // nobody is logged in: nothing went out
   kTooManyRequests = 113,
+  kKeyReused = 206,         // the key of a submission was used with another request
+  kNoSuchSubmission = 209,  // the gateway knows nothing of the key
   kServiceFailed = 500,
   kNetworkUnavailable = 503,
   kVoucherUsed = 607,

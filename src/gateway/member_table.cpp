@@ -53,8 +53,10 @@ MemberTable MemberTable::Properties() {
                      u"smsDELIVERY_TIME"};
 }
 
+MemberTable MemberTable::FurtherMethods() { return MemberTable{u"QuerySubmission"}; }
+
 MemberTable MemberTable::FurtherProperties() {
-  return MemberTable{u"smsERROR_TEXT", u"smsERROR_CAUSE"};
+  return MemberTable{u"smsERROR_TEXT", u"smsERROR_CAUSE", u"smsSUBMISSION_KEY"};
 }
 
 std::size_t MemberTable::Resolve(platform::Dispatch& component, platform::LocaleId locale) {

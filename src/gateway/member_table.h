@@ -21,7 +21,8 @@ class MemberTable {
   // The component's methods and properties, in the order in which they are resolved.
   static MemberTable Methods();
   static MemberTable Properties();
-  // Properties beyond those: a component may lack them, and their id then is 0.
+  // Members beyond those: a component may lack them, and their id then is 0.
+  static MemberTable FurtherMethods();
   static MemberTable FurtherProperties();
 
   // Asks `component` for the id of every member in order. A method that the component does not know

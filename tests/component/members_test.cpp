@@ -18,12 +18,13 @@ constexpr char kMethods[] =
     "SendSimpleSMS/TT SendMsg/FTT Authenticate/ AuthenticateClient/TTT Ping/ QueryMsg/T "
     "QueryBalance/ ResetSMS/ RecoverPassword/TT TokenPay/T TokenPayWithURL/TT EncodeToUnicode/T "
     "StartBatch/T QuickBatchSend/T EndBatch/ SetBaseURL/T ConfigureProxy/ITTTT "
-    "ConfigureProxyEx/FITTTT Version/F GetMsgCharge/FT";
+    "ConfigureProxyEx/FITTTT Version/F GetMsgCharge/FT QuerySubmission/T";
 constexpr char kPuttable[] =
     "smsUSER/T smsPASSWORD/T smsTEXT/T smsFROM/T smsTO/T smsMSG_TYPE/I smsCONCAT/I smsUNICODE/F "
     "smsDELIVERY_ACK/F smsDELIVERY_TIME/I";
 constexpr char kReadOnly[] =
     "smsIsLoggedIn/ smsERROR/ smsSESSION_ID/ smsERROR_TEXT/ smsERROR_CAUSE/";
+constexpr char kWriteOnly[] = "smsSUBMISSION_KEY/";
 
 std::vector<std::pair<std::u16string, std::string>> Members(const std::string& list) {
   std::vector<std::pair<std::u16string, std::string>> members;
@@ -59,7 +60,7 @@ TEST(ComponentClass, IsCreatedByItsName) {
 
 TEST_F(ComponentTest, ResolvesEveryMemberToAnIdOfItsOwn) {
   std::set<platform::MemberId> ids = {0};  // 0 stands for a name that is not known
-  const auto all = std::string(kMethods) + " " + kPuttable + " " + kReadOnly;
+  const auto all = std::string(kMethods) + " " + kPuttable + " " + kReadOnly + " " + kWriteOnly;
   for (const auto& [name, kinds] : Members(all)) {
     platform::MemberId id = 0;
     EXPECT_EQ(component_.GetIdOfName(name, 0, &id), platform::kOk);

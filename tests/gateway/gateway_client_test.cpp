@@ -49,6 +49,35 @@ TEST(GatewayClient, AnUnknownMethodGetsIdZeroAndTheOthersWork) {
   EXPECT_EQ(client.EndBatch(&reply), platform::kOk);
 }
 
+TEST(GatewayClient, KeepsKeysWithAComponentThatHasBothMembersOnly) {
+  std::u16string reply = u"untouched";
+  for (const char* missing : {"smsSUBMISSION_KEY", "QuerySubmission", ""}) {
+    SCOPED_TRACE(missing);
+    test::FakeGateway fake;
+    fake.KeepKeys();
+    fake.Forget(missing);
+    platform::ClassRegistry registry;
+    fake.Register(registry);
+    GatewayClient client(registry);
+    const bool both = *missing == '\0';
+    EXPECT_EQ(client.KeepsKeys(), both);
+    EXPECT_EQ(client.SetSubmissionKey(u"0a"),
+              missing == std::string("smsSUBMISSION_KEY") ? platform::kFail : platform::kOk);
+    if (!both) continue;
+    EXPECT_EQ(fake.Property("smsSUBMISSION_KEY"), "0a");
+    fake.On("QuerySubmission", "ERR: 209, None", kNoSuchSubmission);
+    EXPECT_EQ(client.QuerySubmission(u"0a", nullptr), platform::kFail);
+    EXPECT_EQ(client.QuerySubmission(u"0b", &reply), platform::kOk);
+    EXPECT_EQ(fake.Calls("QuerySubmission").back().Argument(0), "0b");
+    EXPECT_EQ(client.LastError(), kNoSuchSubmission);
+    EXPECT_EQ(reply, u"ERR: 209, None");
+  }
+  GatewayClient none{platform::ClassRegistry()};
+  EXPECT_FALSE(none.KeepsKeys());
+  EXPECT_EQ(none.SetSubmissionKey(u"0a"), platform::kFail);
+  EXPECT_EQ(none.QuerySubmission(u"0a", &reply), platform::kFail);
+}
+
 TEST(GatewayClient, RefusesWithoutComponentNameOrPlace) {
   GatewayClient none{platform::ClassRegistry()};
   EXPECT_FALSE(none.IsConnected());

@@ -52,7 +52,10 @@ class FakeGateway {
   }  // before the client is created
 
   // Before the client is created: the component has the members that tell reasons, too.
-  void TellReasons() { unknown_.clear(); }
+  void TellReasons() { Learn({"smsERROR_TEXT", "smsERROR_CAUSE"}); }
+
+  // The same: it has the members about the keys of submissions, too.
+  void KeepKeys() { Learn({"smsSUBMISSION_KEY", "QuerySubmission"}); }
 
   std::vector<Call> Calls(const std::string& member = "") const {
     std::lock_guard guard(mutex_);
@@ -108,6 +111,10 @@ class FakeGateway {
     std::vector<std::string> names_;
   };
 
+  void Learn(const std::set<std::string>& members) {
+    for (const auto& member : members) unknown_.erase(member);
+  }
+
   std::string Take(const Call& call, platform::InvokeKind kind) {
     Handler handler;
     {
@@ -135,7 +142,8 @@ class FakeGateway {
   mutable std::mutex mutex_;
   std::vector<Call> calls_;
   std::map<std::string, Handler> handlers_;
-  std::set<std::string> unknown_ = {"smsERROR_TEXT", "smsERROR_CAUSE"};
+  std::set<std::string> unknown_ = {"smsERROR_TEXT", "smsERROR_CAUSE", "smsSUBMISSION_KEY",
+                                    "QuerySubmission"};
 };
 
 }  // namespace orvalo::test
