@@ -436,7 +436,7 @@ TEST_F(OpenApiTest, LimitsRequestsAsTheServiceDoes) {
     const auto request = call.request();
     if (request.is_null()) continue;
     const auto& schema = schemas.Resolved(request.at("schema"));
-    const auto expect = [&](const json& body, bool fits) {
+    const auto expect = [&, name = name](const json& body, bool fits) {
       EXPECT_EQ(schemas.Fault(schema, body).empty(), fits) << body;
       const auto status = Ask(name, {.body = body.dump()}).status;
       EXPECT_EQ(status != 400 && status != 413 && status != 422, fits)
