@@ -279,7 +279,8 @@ UpdateTiming ComposeWindow::AskUpdateTiming(const std::string& time) {
   const QPushButton* now = add(kSendNowId, QMessageBox::DestructiveRole, "updateNow");
   box.setEscapeButton(add(kGoBackId, QMessageBox::RejectRole, "updateGoBack"));
   box.setDefaultButton(at_its_time);
-  at_its_time->setMinimumWidth(at_its_time->sizeHint().width() * 5 / 4);  // its text is bold
+  at_its_time->setProperty("primary", true);  // else its size would not allow for the bold text
+  at_its_time->style()->polish(at_its_time);
   ShowTestIds(box);
   box.exec();
   if (box.clickedButton() == at_its_time) return UpdateTiming::kAtItsTime;

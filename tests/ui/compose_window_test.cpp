@@ -24,6 +24,8 @@
 namespace orvalo::test {
 namespace {
 
+constexpr int kButtonPadding = 14;  // pixels, as the style has it
+
 using testing::HasSubstr;
 
 class ComposeWindowPageTest : public ComposeWindowTest {
@@ -461,8 +463,11 @@ TEST_F(ComposeWindowPageTest, AnUpdateOfAScheduledMessageAsksForItsTime) {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         ASSERT_NE(box, nullptr);
         for (const QAbstractButton* button : box->buttons()) names += button->text() + u'/';
-        if (const QByteArray file = qgetenv("ORVALO_GRAB"); !file.isEmpty())
-          box->grab().save(QString::fromLocal8Bit(file));
+        const QPushButton& enter = ui::Child<QPushButton>(*box, "updateAtItsTime");
+        QFont bold = enter.font();
+        bold.setBold(true);
+        const int text = QFontMetrics(bold).horizontalAdvance(QString(enter.text()).remove(u'&'));
+        EXPECT_GE(enter.width(), text + 2 * kButtonPadding) << "its text is not cut off";
         QTest::keyClick(box, key);
       });
       QTest::mouseClick(&Get<QPushButton>("sendButton"), Qt::LeftButton);
