@@ -9,13 +9,13 @@ shift || true
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(sed -nE 's/^orvalo_fuzz\((\w+) .*/\1/p' tests/fuzz/CMakeLists.txt)
 scripts/packages.sh build test lint
-scripts/build.sh fuzz "${targets[@]/%/_fuzz}"
+scripts/build.sh asan "${targets[@]/%/_fuzz}"
 
 run() {
   local target=$1 found=build/fuzz/found log=build/fuzz/$1.log
   mkdir -p "build/fuzz/corpus/$target" "$found"
   [ -d "tests/fuzz/corpus/$target" ] || { echo "$target: there are no seeds in tests/fuzz/corpus/$target" >&2; return 1; }
-  if ! "build/fuzz/bin/${target}_fuzz" -max_total_time="$2" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
+  if ! "build/asan/bin/${target}_fuzz" -max_total_time="$2" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
        -print_final_stats=1 -artifact_prefix="$found/$target-" \
        "build/fuzz/corpus/$target" "tests/fuzz/corpus/$target" >"$log" 2>&1; then
     tail -n 40 "$log" >&2

@@ -36,8 +36,16 @@ struct OwnBlock {
 
 constexpr std::array<std::uint32_t, 2> kOwnVersion = WordsOf(ORVALO_PROGRAM_VERSION);
 
+// A sanitizer that guards global data would make the section larger than its block.
+#ifdef __clang__
+#define ORVALO_BARE [[clang::no_sanitize("address")]]
+#else
+#define ORVALO_BARE
+#endif
+
 // Structure version 1.0; file and product version; every flag known and none set; no particular
 // system; an application without a subtype or date. English texts in UTF-8.
+ORVALO_BARE
 [[gnu::section(".orvalo.version"), gnu::used, gnu::retain]] constexpr OwnBlock kOwnBlock = {
     {0xFEEF04BD, 0x00010000, kOwnVersion[0], kOwnVersion[1], kOwnVersion[0], kOwnVersion[1], 0x3F,
      0, 0, 1, 0, 0, 0},
