@@ -4,6 +4,7 @@
 
 #include "service/api_reply.h"
 #include "service/money.h"
+#include "service/secrets.h"
 
 namespace orvalo::service {
 
@@ -18,6 +19,8 @@ void MessageCalls::Register(Router& router) {
               [this](const Call& call) { return EndBatch(call); }});
   router.Add({"GET", "/v1/messages/*", Access::kSession,
               [this](const Call& call) { return GetMessage(call); }});
+  router.Add({"GET", "/v1/submissions/*", Access::kSession,
+              [this](const Call& call) { return GetSubmission(call); }});
 }
 
 std::variant<MessageContent, Refusal> MessageCalls::ContentOf(const Call& call) {
@@ -119,6 +122,20 @@ ServedReply MessageCalls::GetMessage(const Call& call) {
   return {200,
           fmt::format(R"({{"id":"{}","status":{},"charge":"{}"}})", entry->message.id,
                       static_cast<int>(status), MoneyText(entry->charge)),
+          {},
+          false};
+}
+
+ServedReply MessageCalls::GetSubmission(const Call& call) {
+  const auto key = FromHex(call.id);
+  if (key.size() != 16) {
+    return ReplyOf(Refusal{ErrorCode::kMalformed, "A key has 32 hexadecimal digits"});
+  }
+  const auto kept = parts_.submissions.Find(call.account, key);
+  if (!kept) return ReplyOf(Refuse(ErrorCode::kNoSuchSubmission));
+  return {200,
+          fmt::format(R"({{"key":"{}","time":{},"status":{},"reply":{}}})", ToHex(key), kept->time,
+                      kept->status, kept->body),
           {},
           false};
 }

@@ -43,6 +43,7 @@ class MessageCalls {
   ServedReply AddRecipients(const Call& call);
   ServedReply EndBatch(const Call& call);
   ServedReply GetMessage(const Call& call);
+  ServedReply GetSubmission(const Call& call);
 
   void Count(const Accepted& accepted);
   ServedReply Submit(const Call& call, const std::function<Accepted(Connection&)>& accept);

@@ -37,6 +37,8 @@ constexpr std::array kRefusals{
     RefusalRow{ErrorCode::kBatchEnded, "batch_ended", 409, "The batch has ended"},
     RefusalRow{ErrorCode::kNumberRefused, "number_refused", 422,
                "The number is refused by the network"},
+    RefusalRow{ErrorCode::kNoSuchSubmission, "no_such_submission", 404,
+               "No submission with this key in this account"},
     RefusalRow{ErrorCode::kServiceFailed, "service_failed", 500,
                "The service failed; nothing was accepted"},
     RefusalRow{ErrorCode::kNetworkDown, "network_down", 503,

@@ -23,6 +23,7 @@ enum class ErrorCode : int {
   kKeyReused = 206,
   kBatchEnded = 207,
   kNumberRefused = 208,
+  kNoSuchSubmission = 209,
   kServiceFailed = 500,
   kNetworkDown = 503,
   kNoSuchAddress = 601,

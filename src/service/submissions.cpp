@@ -11,8 +11,10 @@
 namespace orvalo::service {
 namespace {
 
-constexpr std::int64_t kKeepSeconds = 48 * 3600;
-constexpr int kTidyEvery = 256;
+constexpr std::int64_t kKeepSeconds = 31 * 24 * 3600;
+// In steps that nobody feels, and faster than rows can come.
+constexpr int kTidyEvery = 16;
+constexpr int kTidyAtOnce = 2 * kTidyEvery;
 
 // "1", "1.0" and "1e0" are one value. (The names of members are in order already.)
 void UnifyNumbers(nlohmann::json& value) {
@@ -58,6 +60,16 @@ ServedReply Submissions::Once(const KeyedRequest& request,
   return *reply;
 }
 
+std::optional<Submissions::KeptReply> Submissions::Find(std::int64_t account,
+                                                        std::string_view key) {
+  return database_.Read([&](Connection& connection) -> std::optional<KeptReply> {
+    Query row(connection, "SELECT time,status,reply FROM submission WHERE account=? AND key=?",
+              account, Blob{key});
+    if (!row.Step()) return std::nullopt;
+    return KeptReply{row.Int(0), static_cast<int>(row.Int(1)), row.Text(2)};
+  });
+}
+
 std::optional<ServedReply> Submissions::Kept(Connection& connection, const KeyedRequest& request) {
   Query row(connection, "SELECT request,status,reply FROM submission WHERE account=? AND key=?",
             request.account, Blob{request.key});
@@ -81,11 +93,15 @@ void Submissions::Keep(Connection& connection, const KeyedRequest& request,
       .Run();
   if (++since_tidied_ < kTidyEvery) return;
   since_tidied_ = 0;
-  // Rows stand in the order of their time, so the old ones are found without an index.
+  Tidy(connection, now);
+}
+
+// Rows stand in the order of their time, so the old ones are found without an index.
+void Submissions::Tidy(Connection& connection, std::int64_t now) {
   Query(connection,
         "DELETE FROM submission WHERE time<? AND seq IN "
         "(SELECT seq FROM submission ORDER BY seq LIMIT ?)",
-        now - kKeepSeconds, 4 * kTidyEvery)
+        now - kKeepSeconds, kTidyAtOnce)
       .Run();
 }
 

@@ -26,9 +26,15 @@ struct KeyedRequest {
 KeyedRequest KeyedRequestOf(const Call& call);
 
 // Does each keyed request at most once: what it did and the reply to it are kept in one
-// transaction, and the same request gets the same reply again, for two days at least. Any thread.
+// transaction, and the same request gets the same reply again, for 31 days at least. Any thread.
 class Submissions {
  public:
+  struct KeptReply {
+    std::int64_t time = 0;  // when it was first given, in seconds since 1970 UTC
+    int status = 0;
+    std::string body;
+  };
+
   // `drop_replies` is the share (0 to 1) of replies that are thrown away, with the work done, to
   // try clients out; which ones is the same in every run.
   Submissions(Database& database, const platform::Clock& clock, double drop_replies);
@@ -39,9 +45,13 @@ class Submissions {
                    const std::function<std::optional<ServedReply>()>& admit,
                    const std::function<ServedReply(Connection&)>& work);
 
+  // The reply that is kept under an account's key (16 bytes); nothing when there is none.
+  std::optional<KeptReply> Find(std::int64_t account, std::string_view key);
+
  private:
   static std::optional<ServedReply> Kept(Connection& connection, const KeyedRequest& request);
   void Keep(Connection& connection, const KeyedRequest& request, const ServedReply& reply);
+  void Tidy(Connection& connection, std::int64_t now);
   bool DropsThis();
 
   Database& database_;

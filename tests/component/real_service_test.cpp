@@ -51,6 +51,34 @@ TEST(RealService, UnderstandsTheComponentAndIsUnderstood) {
   EXPECT_EQ(lines.substr(0, 6), "0 ID: ");
   EXPECT_NE(lines.find(" To: 27821110002\nERR: 208, "), lines.npos) << lines;
   EXPECT_EQ(call(u"EndBatch"), "0 OK: 1 accepted");
+
+  // With keys of the caller's own: what is asked later is what was answered.
+  std::map<std::string, std::string> answers;
+  const auto keyed = [&](char digit, std::u16string_view name,
+                         std::vector<platform::Variant> arguments) {
+    const std::string key(32, digit);
+    caller.Put(u"smsSUBMISSION_KEY", text(key));
+    return answers[key] = call(name, std::move(arguments));
+  };
+  keyed('1', u"SendMsg", {Caller::Flag(1), text("Hello"), text("27821110003")});
+  keyed('2', u"SendMsg", {Caller::Flag(1), text("Hello"), text("27821119900")});
+  keyed('3', u"StartBatch", {text("Hello")});
+  std::string many;
+  for (int i = 0; i < 1'200; ++i) many += "27821" + std::to_string(100'000 + i) + ",";
+  keyed('4', u"QuickBatchSend", {text(many)});
+  const auto balance = call(u"QueryBalance");
+  EXPECT_EQ(call(u"StartBatch", {text("Other")}), "0 OK");
+  for (const auto& [key, answer] : answers) {
+    EXPECT_EQ(call(u"QuerySubmission", {text(key)}), answer) << key;
+  }
+  // The batch that was asked about is the current one again: the same list is a repetition.
+  EXPECT_EQ(answers[std::string(32, '4')], keyed('4', u"QuickBatchSend", {text(many)}));
+  EXPECT_EQ(call(u"QueryBalance"), balance);
+  keyed('5', u"EndBatch", {});
+  EXPECT_EQ(answers[std::string(32, '5')].substr(0, 5), "0 OK:");
+  EXPECT_EQ(keyed('5', u"EndBatch", {}).substr(0, 4), "205 ");
+  EXPECT_EQ(call(u"QuerySubmission", {text(std::string(32, '5'))}).substr(0, 5), "0 OK:");
+  EXPECT_EQ(call(u"QuerySubmission", {text(std::string(32, '6'))}).substr(0, 4), "209 ");
   EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}), "0 OK: 50.0");
   EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}).substr(0, 9), "607 ERR: ");
   EXPECT_EQ(call(u"RecoverPassword", {text("demo"), text("demo@example.org")}), "0 OK");

@@ -67,6 +67,79 @@ TEST(IdempotencyKeys, MakeARequestHappenOnce) {
   EXPECT_TRUE(running.LedgerAddsUp());
 }
 
+// The reply kept under a key, or the code of the refusal to tell it.
+std::string KeptReply(GatewayCaller& caller, const std::string& key) {
+  const auto reply = caller.Get("/v1/submissions/" + key);
+  if (reply.status != 200) return std::to_string(reply.code());
+  EXPECT_EQ(reply.body["key"], key);
+  return reply.body["status"].dump() + reply.body["reply"].dump();
+}
+
+TEST(IdempotencyKeys, TellTheirAccountWhatBecameOfThem) {
+  RunningService running;
+  auto early = running.Caller();
+  std::string keys[5];
+  for (auto& key : keys) key = NewKey();
+  const auto batch = early.Post("/v1/batches", {{"text", "Hello"}}, keys[0]);
+  const auto path = "/v1/batches/" + batch.body.value("batch", "");
+  const JsonReply replies[] = {
+      batch, early.Post(path + "/recipients", {{"to", {"27821110001", "27829900", "1"}}}, keys[1]),
+      early.Post(path + "/end", nlohmann::json::object(), keys[2]),
+      early.Post(path + "/end", nlohmann::json::object(), keys[3]),  // refused
+      early.Message("27821110001", keys[4])};
+  EXPECT_EQ(replies[3].code(), 207);
+  const auto first_time = running.clock.Now();
+  running.Restart(31 * 24 * 3600);
+  auto ann = running.Caller(), bob = running.Caller("bob");
+  for (std::size_t i = 0; i < std::size(keys); ++i) {
+    EXPECT_EQ(KeptReply(ann, keys[i]), std::to_string(replies[i].status) + replies[i].body.dump());
+    EXPECT_EQ(KeptReply(bob, keys[i]), "209");
+  }
+  EXPECT_EQ(ann.Get("/v1/submissions/" + keys[0]).body["time"], first_time);
+  for (const auto* bad : {"0", "x"}) EXPECT_EQ(KeptReply(ann, bad), "101") << bad;
+  // Not kept: what would be refused again anyway.
+  const auto malformed = NewKey();
+  EXPECT_EQ(ann.Message("12", malformed).code(), 201);
+  EXPECT_EQ(KeptReply(ann, malformed), "209");
+
+  // From the 31st day on each submission takes older ones away, and no younger one.
+  const auto young = NewKey();
+  ann.Message("27821110001", young);
+  const auto charged = ann.Balance();
+  const auto count = [&] {
+    return running.service().database().Read([](service::Connection& connection) {
+      return connection.database().execAndGet("SELECT count(*) FROM submission").getInt();
+    });
+  };
+  for (int i = 0; i < 20; ++i) ann.Post("/v1/batches", {{"text", ""}});
+  EXPECT_EQ(count(), 26) << "not yet";
+  running.clock.Advance(1'000);
+  for (int i = 0; i < 20; ++i) ann.Post("/v1/batches", {{"text", ""}});
+  EXPECT_EQ(count(), 41);
+  for (const auto& key : keys) EXPECT_EQ(KeptReply(ann, key), "209");
+  EXPECT_EQ(KeptReply(ann, young).substr(0, 3), "200");
+  ann.Message("27821110001", young);
+  EXPECT_EQ(ann.Balance(), charged);
+}
+
+TEST(IdempotencyKeys, AreTidiedFasterThanTheyCome) {
+  RunningService running;
+  auto ann = running.Caller();
+  running.service().database().Write([&](service::Connection& connection) {
+    connection.database().exec(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<500) "
+        "INSERT INTO submission(account,key,request,status,reply,time) "
+        "SELECT 9,randomblob(16),'',200,'{}',0 FROM n");
+  });
+  for (int i = 0; i < 300; ++i) ann.Post("/v1/batches", {{"text", ""}});
+  running.service().database().Read([](service::Connection& connection) {
+    EXPECT_EQ(connection.database()
+                  .execAndGet("SELECT count(*) FROM submission WHERE account=9")
+                  .getInt(),
+              0);
+  });
+}
+
 TEST(IdempotencyKeys, HoldWhenTheSameRequestComesManyTimesAtOnce) {
   RunningService running;
   auto ann = running.Caller();

@@ -89,6 +89,9 @@ TEST(OpenApi, HasTheCallsAndExamplesOfTheGuide) {
     if (line.starts_with("### ")) {
       call = line.substr(4, line.find(' ', line.find('/')) - 4);
       if (const auto id = call.find("/ID"); id != std::string::npos) call.replace(id, 3, "/{id}");
+      if (const auto key = call.find("/KEY"); key != std::string::npos) {
+        call.replace(key, 4, "/{key}");
+      }
       if (line.find('/') != std::string::npos) guided.insert(call);
       request.clear();
     } else if (line.starts_with("    ") && !call.empty()) {
@@ -130,7 +133,8 @@ class OpenApiTest : public testing::Test {
     running_.service().accounts().Add("demo", "demo@example.org", "demo", 10'000'000);
     running_.service().vouchers().Add("1234567890123456", 50'000);
     token_ = Ask("POST /v1/session").json().value("token", "");
-    ids_["/v1/messages/"] = Ask("POST /v1/messages").json().value("id", "");
+    const auto key = ids_["/v1/submissions/"] = NewKey();
+    ids_["/v1/messages/"] = Ask("POST /v1/messages", {.key = key}).json().value("id", "");
     ids_["/v1/batches/"] = Ask("POST /v1/batches").json().value("batch", "");
   }
 
@@ -232,6 +236,8 @@ void OpenApiTest::BeRefused() {
        {"GET /v1/messages/{id}", "POST /v1/batches/{id}/recipients", "POST /v1/batches/{id}/end"}) {
     ExpectCode(205, name, {.id = none});
   }
+  ExpectCode(209, "GET /v1/submissions/{key}", {.id = none});
+  ExpectCode(101, "GET /v1/submissions/{key}", {.id = none + "0"});
   ExpectCode(201, "POST /v1/messages", {.body = R"({"to":"0012","text":""})"});
   ExpectCode(203, "POST /v1/messages", {.body = R"({"to":"123",)" + long_text.substr(1)});
   ExpectCode(204, "POST /v1/messages", {.body = R"({"to":"123","text":"","type":3})"});
