@@ -20,7 +20,7 @@ std::string StoredSetting(const std::string& folder, const std::string& key) {
   return value;
 }
 
-TEST_F(CommandsTest, AConfigurationThatCannotBeReadIsNamed) {
+TEST_F(CommandsTest, AFolderThatNobodyCanMeanIsRefused) {
   std::filesystem::create_directories(folder() + "/Corvane/Orvalo3.conf");
   const ScopedVariable home("XDG_CONFIG_HOME", folder().c_str());
   const ScopedVariable none("ORVALO_DATA_PATH", nullptr);
@@ -28,6 +28,9 @@ TEST_F(CommandsTest, AConfigurationThatCannotBeReadIsNamed) {
   std::ostringstream out, err;
   EXPECT_EQ(cli::RunOrvaloctl({"outbox"}, {in, out, err}, registry_, clock_), 1);
   EXPECT_THAT(err.str(), HasSubstr("Corvane/Orvalo3.conf\" cannot be read: "));
+  const std::vector<std::string> long_path{"--data", "/" + std::string(259, 'd'), "outbox"};
+  EXPECT_EQ(cli::RunOrvaloctl(long_path, {in, out, err}, registry_, clock_), 1);
+  EXPECT_THAT(err.str(), HasSubstr("longer than 259 bytes"));
 }
 
 TEST_F(CommandsTest, OnlyInitMakesADataFolder) {

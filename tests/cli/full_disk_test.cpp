@@ -57,7 +57,7 @@ TEST_F(FullDiskTest, EndsACommandInWordsAndCostsNothing) {
     const Outcome run = RunOnce();
     EXPECT_THAT(run, FailsWith(1, "The disk is full: \"" + folder()));
     EXPECT_THAT(run, FailsWith(1, "Not all that became of messages could be stored"));
-    EXPECT_TRUE(fake_.Calls("SendMessage").empty()) << "what cannot be marked is not sent";
+    EXPECT_TRUE(fake_.Calls("SendMsg").empty()) << "what cannot be marked is not sent";
     looking.reset();
     std::filesystem::remove(filler);
     EXPECT_EQ(StoredMessages().at(0).stat, static_cast<int>(SmsStatus::kPending));

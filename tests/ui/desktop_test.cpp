@@ -11,14 +11,21 @@
 #include <QTableView>
 #include <QTimer>
 #include <QTreeView>
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/scripted_http_server.h"
 #include "ui/application.h"
+#include "ui/desktop_run.h"
 #include "ui/desktop_stage.h"
 #include "ui/message_dialogs.h"
+#include "ui/window_fixture.h"
 
 namespace orvalo::ui {
 namespace {
@@ -27,6 +34,9 @@ using test::DesktopStage;
 using ::testing::AllOf;
 using ::testing::Field;
 using ::testing::IsEmpty;
+
+using ShutdownTest = test::WindowTest;
+constexpr auto npos = std::string::npos;
 
 // What the store holds of every message, by id.
 std::vector<MessageRow> Messages(Program& program) {
@@ -233,6 +243,45 @@ TEST_F(DesktopJourney, ExitStoresTheOptionsInFrontAndCloseAppOnlyHides) {
   });
 }
 
+// A handler's fault while the end is shown in its three steps, and one after them.
+TEST_F(ShutdownTest, AFaultIsToldUntilTheLastMoment) {
+  constexpr int kPauses = 3;
+  for (int at = 0; at <= kPauses; ++at) {
+    int pauses = 0;
+    bool thrown = false;
+    std::unique_ptr<Program> program;
+    test::RecordingClipboard clipboard;
+    const Surroundings around{files_,
+                              browser_,
+                              clipboard,
+                              [&](const std::function<void()>& end) {
+                                if (!end) return;
+                                program->GetSettings().SetFlag(FlagSetting::kWriteLog, true);
+                                QTimer::singleShot(0, qApp, [&program, end] {
+                                  EXPECT_TRUE(program->GetEngine().StartEngine());
+                                  end();
+                                });
+                              },
+                              [&] {
+                                if (std::exchange(thrown, false))
+                                  throw std::runtime_error("fault at the end");
+                              },
+                              [&] { thrown = thrown || (at == kPauses && pauses == kPauses); },
+                              [&](int) { thrown = pauses++ == at; }};
+    program = std::make_unique<Program>(boxes_, clock_, registry_);
+    Program::Options options;
+    options.data_folder = folder_.path();
+    options.enter_data_folder = false;
+    std::filesystem::remove(folder_.File("SMS.log"));
+    EXPECT_EQ(RunDesktop(*program, options, around), EXIT_FAILURE) << at;
+    EXPECT_EQ(pauses, std::min(at + 1, kPauses));
+    ASSERT_EQ(boxes_.shown().size(), static_cast<std::size_t>(at) + 1) << at;
+    EXPECT_EQ(boxes_.shown().back().caption, "Unexpected error ...");
+    const bool logged = test::Slurp(folder_.File("SMS.log")).find("fault at the end") != npos;
+    EXPECT_EQ(logged, at < kPauses) << "the log is closed last";
+  }
+}
+
 // The fault of a handler ends every loop; the message that tells of it needs one of its own.
 TEST(ApplicationTest, AFaultIsThrownAgainAndCanBeTold) {
   auto& application = dynamic_cast<Application&>(*qApp);
@@ -242,9 +291,15 @@ TEST(ApplicationTest, AFaultIsThrownAgainAndCanBeTold) {
   without_window.exec();
   EXPECT_NO_THROW(application.RethrowFault());
 
-  QTimer::singleShot(0, [] { throw std::runtime_error("no more"); });
+  QTimer::singleShot(0, [] { throw std::runtime_error("the first"); });
+  QTimer::singleShot(0, [] { throw std::runtime_error("what comes of it"); });
   QEventLoop().exec();
-  EXPECT_THROW(application.RethrowFault(), std::runtime_error);
+  try {
+    application.RethrowFault();
+    ADD_FAILURE() << "forgotten";
+  } catch (const std::runtime_error& fault) {
+    EXPECT_STREQ(fault.what(), "the first");
+  }
   bool told = false;
   test::RecordingShell shell;
   MessageDialogs boxes(shell);
