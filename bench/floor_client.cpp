@@ -16,16 +16,16 @@ std::size_t Append(char* data, std::size_t size, std::size_t count, void* reply)
 
 }  // namespace
 
-FloorClient::FloorClient(const std::string& url)
+FloorClient::FloorClient(const std::string& url, const std::string& user)
     : easy_(curl_easy_init()), url_(url), next_key_(std::random_device()()) {
   next_key_ <<= 32;
   curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, Append);
   curl_easy_setopt(easy_, CURLOPT_WRITEDATA, &reply_);
   curl_easy_setopt(easy_, CURLOPT_TCP_NODELAY, 1L);
   curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
-  const auto session = nlohmann::json::parse(
-      Post("/v1/session", R"({"client_id":"bench","user":"bench","password":"bench"})"));
-  authorisation_ = "Authorization: Bearer " + session.at("token").get<std::string>();
+  const nlohmann::json login{{"client_id", "bench"}, {"user", user}, {"password", "bench"}};
+  token_ = nlohmann::json::parse(Post("/v1/session", login.dump())).at("token").get<std::string>();
+  authorisation_ = "Authorization: Bearer " + token_;
 }
 
 FloorClient::~FloorClient() { curl_easy_cleanup(easy_); }

@@ -11,7 +11,8 @@ namespace orvalo::bench {
 // bodies, and nothing else.
 class FloorClient {
  public:
-  explicit FloorClient(const std::string& url);  // logs in as bench/bench; throws when it cannot
+  // Logs in, with the password "bench"; throws when it cannot.
+  explicit FloorClient(const std::string& url, const std::string& user = "bench");
   ~FloorClient();
   FloorClient(const FloorClient&) = delete;
   FloorClient& operator=(const FloorClient&) = delete;
@@ -21,11 +22,14 @@ class FloorClient {
   const std::string& Post(const std::string& path, const std::string& body);
   const std::string& Get(const std::string& path);
 
+  const std::string& token() const { return token_; }  // of the session
+
  private:
   const std::string& Perform(const std::string& path, curl_slist* headers);
 
   CURL* easy_;
   std::string url_;
+  std::string token_;
   std::string authorisation_;
   std::string reply_;
   unsigned long long next_key_;

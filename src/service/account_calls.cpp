@@ -2,16 +2,16 @@
 
 #include <fmt/format.h>
 
+#include <optional>
+
 #include "service/api_reply.h"
 #include "service/message_request.h"
 #include "service/money.h"
-#include "service/secrets.h"
 
 namespace orvalo::service {
 namespace {
 
-constexpr int kWrongVouchersPerMinute = 20;
-constexpr int kRecoveriesPerMinute = 5;
+constexpr int kRecoveriesOfUser = 5, kRecoveriesOfAddress = 15;
 constexpr std::int64_t kMinuteMs = 60'000;
 constexpr std::size_t kLongestCredential = 256;
 
@@ -21,9 +21,10 @@ ServedReply TrueReply() { return {200, R"({"ok":true})", {}, false}; }
 
 AccountCalls::AccountCalls(const Parts& parts)
     : parts_(parts),
-      logins_(parts.clock),
-      recoveries_(parts.clock, kRecoveriesPerMinute, kMinuteMs),
-      voucher_tries_(parts.clock, kWrongVouchersPerMinute, kMinuteMs) {}
+      logins_(parts.database, parts.clock),
+      strangers_(parts.clock),
+      recoveries_of_user_(parts.clock, kRecoveriesOfUser, kMinuteMs),
+      recoveries_of_address_(parts.clock, kRecoveriesOfAddress, kMinuteMs) {}
 
 void AccountCalls::Register(Router& router) {
   router.Add({"POST", "/v1/session", Access::kOpen,
@@ -52,9 +53,19 @@ ServedReply AccountCalls::OpenSession(const Call& call) {
   const auto client = TextMember(call.body, "client_id", kLongestCredential);
   if (!user || !password || !client) return ReplyOf(Refuse(ErrorCode::kMalformed));
   const auto& address = call.request.address;
-  if (IsHashingCrowded()) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
+  const bool is_known = logins_.IsKnown(*user, address);
   if (!logins_.Take(*user, address)) return ReplyOf(Refuse(ErrorCode::kTooManyPasswords));
-  const auto account = parts_.accounts.Verify(*user, *password);
+  std::optional<std::int64_t> account;
+  const auto verify = [&] {
+    account = parts_.accounts.Verify(*user, *password);
+    return account.has_value();
+  };
+  if (is_known) {
+    verify();
+  } else if (!strangers_.Run(verify)) {
+    logins_.GiveBack(*user, address);
+    return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
+  }
   if (!account) return ReplyOf(Refuse(ErrorCode::kWrongPassword));
   logins_.Succeeded(*user, address);
   const auto token = parts_.sessions.Open(*account, *client);
@@ -70,29 +81,22 @@ ServedReply AccountCalls::GetBalance(const Call& call) {
 ServedReply AccountCalls::RedeemVoucher(const Call& call) {
   const auto number = TextMember(call.body, "number", kLongestCredential);
   if (!number) return ReplyOf(Refuse(ErrorCode::kMalformed));
-  const auto account = std::to_string(call.account);
-  bool tried = false;
-  auto reply = parts_.submissions.Once(
-      KeyedRequestOf(call),
-      [&]() -> std::optional<ServedReply> {
-        tried = voucher_tries_.Take(account);
-        if (tried) return std::nullopt;
-        return ReplyOf({ErrorCode::kTooManyPasswords, "Too many wrong vouchers: wait a minute"});
-      },
-      [&](Connection& connection) {
-        return ReplyOf(parts_.vouchers.Redeem(connection, call.account, *number));
-      });
-  if (tried && reply.status == 200) voucher_tries_.GiveBack(account);
-  return reply;
+  return parts_.vouchers.Redeem(KeyedRequestOf(call), *number);
 }
 
 ServedReply AccountCalls::RecoverPassword(const Call& call) {
   const auto user = TextMember(call.body, "user", kLongestCredential);
   const auto email = TextMember(call.body, "email", kLongestCredential);
   if (!user || !email) return ReplyOf(Refuse(ErrorCode::kMalformed));
-  if (!recoveries_.Take(*user)) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
-  if (IsHashingCrowded()) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
-  const auto password = parts_.accounts.GiveTemporaryPassword(*user, *email);
+  if (!recoveries_of_address_.Take(call.request.address) || !recoveries_of_user_.Take(*user)) {
+    return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
+  }
+  std::optional<std::string> password;
+  const bool tried = strangers_.Run([&] {
+    password = parts_.accounts.GiveTemporaryPassword(*user, *email);
+    return password.has_value();
+  });
+  if (!tried) return ReplyOf(Refuse(ErrorCode::kTooManyRequests));
   if (!password) return ReplyOf(Refuse(ErrorCode::kNoSuchAddress));
   parts_.mail.Send(*user, *email, *password);
   return TrueReply();

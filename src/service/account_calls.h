@@ -5,12 +5,12 @@
 #include "service/accounts.h"
 #include "service/attempts.h"
 #include "service/carrier.h"
+#include "service/hashing_pace.h"
 #include "service/login_guard.h"
 #include "service/recovery_mail.h"
 #include "service/router.h"
 #include "service/sessions.h"
-#include "service/submissions.h"
-#include "service/vouchers.h"
+#include "service/voucher_desk.h"
 
 namespace orvalo::service {
 
@@ -19,13 +19,13 @@ namespace orvalo::service {
 class AccountCalls {
  public:
   struct Parts {
+    Database& database;
     Accounts& accounts;
     Sessions& sessions;
-    Submissions& submissions;
-    Vouchers& vouchers;
+    VoucherDesk& vouchers;
     Carrier& carrier;
     RecoveryMail& mail;
-    const platform::Clock& clock;
+    platform::Clock& clock;
   };
 
   explicit AccountCalls(const Parts& parts);
@@ -41,7 +41,8 @@ class AccountCalls {
 
   Parts parts_;
   LoginGuard logins_;
-  Attempts recoveries_, voucher_tries_;
+  HashingPace strangers_;
+  Attempts recoveries_of_user_, recoveries_of_address_;
 };
 
 }  // namespace orvalo::service

@@ -16,8 +16,6 @@ namespace {
 
 constexpr char kCookie[] = "orvalo_account";
 constexpr int kShownMessages = 25;
-constexpr int kVoucherTriesPerMinute = 20;
-constexpr std::int64_t kTriesMs = 60'000;
 constexpr std::size_t kKeyBytes = 16;
 
 constexpr char kNoSession[] =
@@ -70,6 +68,8 @@ PageNotice VoucherNotice(const ServedReply& reply) {
       return {"There is no voucher with this number. Please compare the digits."};
     case ErrorCode::kVoucherUsed:
       return {"This voucher has already been redeemed."};
+    case ErrorCode::kTooManyPasswords:
+      return {"Too many tries. Please wait a minute."};
     default:
       return {"The voucher could not be redeemed. Please try again."};
   }
@@ -77,10 +77,7 @@ PageNotice VoucherNotice(const ServedReply& reply) {
 
 }  // namespace
 
-AccountPage::AccountPage(const Parts& parts)
-    : parts_(parts),
-      visits_(parts.clock),
-      voucher_tries_(parts.clock, kVoucherTriesPerMinute, kTriesMs) {}
+AccountPage::AccountPage(const Parts& parts) : parts_(parts), visits_(parts.clock) {}
 
 void AccountPage::Register(Router& router) {
   router.Add({"POST", "/v1/page-token", Access::kSession,
@@ -187,16 +184,10 @@ ServedReply AccountPage::RefuseForm(const ServedRequest& request) {
 PageNotice AccountPage::Redeem(std::int64_t account, const ServedRequest& request) {
   const auto number = DigitsOf(FormField(request.body, "number").value_or(""));
   if (!Vouchers::IsNumber(number)) return {"A voucher number has 16 digits."};
-  if (!voucher_tries_.Take(std::to_string(account))) {
-    return {"Too many tries. Please wait a minute."};
-  }
   const auto fingerprint = Digest(fmt::format(
       "{}\n{}\n{}", kVoucherPath, FormField(request.body, "once").value_or(""), number));
-  return VoucherNotice(parts_.submissions.Once(
-      {account, fingerprint.substr(0, kKeyBytes), fingerprint, ""}, [] { return std::nullopt; },
-      [&](Connection& connection) {
-        return ReplyOf(parts_.vouchers.Redeem(connection, account, number));
-      }));
+  return VoucherNotice(
+      parts_.vouchers.Redeem({account, fingerprint.substr(0, kKeyBytes), fingerprint, ""}, number));
 }
 
 bool AccountPage::IsOverTls(const ServedRequest& request) const {

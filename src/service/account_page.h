@@ -4,14 +4,12 @@
 
 #include "platform/clock.h"
 #include "service/account_page_view.h"
-#include "service/attempts.h"
 #include "service/carrier.h"
 #include "service/database.h"
 #include "service/page_sessions.h"
 #include "service/router.h"
 #include "service/sessions.h"
-#include "service/submissions.h"
-#include "service/vouchers.h"
+#include "service/voucher_desk.h"
 
 namespace orvalo::service {
 
@@ -27,8 +25,7 @@ class AccountPage {
   struct Parts {
     Database& database;
     Sessions& sessions;
-    Submissions& submissions;
-    Vouchers& vouchers;
+    VoucherDesk& vouchers;
     Carrier& carrier;
     const platform::Clock& clock;
     bool over_tls;  // the service speaks TLS itself
@@ -57,7 +54,6 @@ class AccountPage {
 
   Parts parts_;
   PageSessions visits_;
-  Attempts voucher_tries_;
 };
 
 }  // namespace orvalo::service

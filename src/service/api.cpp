@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "service/api_reply.h"
+#include "service/database.h"
 #include "service/message_request.h"
 #include "service/secrets.h"
 
@@ -13,6 +14,24 @@ namespace {
 
 // Of requests that anybody can make: a name, a password, an address.
 constexpr std::size_t kLargestOpenBody = 4096;
+constexpr int kRefusedAtOnce = 10;
+constexpr std::int64_t kSecondMs = 1000;
+
+// What a program that guesses, or floods, is told.
+bool IsForGuesses(ErrorCode code) {
+  switch (code) {
+    case ErrorCode::kWrongPassword:
+    case ErrorCode::kNoSession:
+    case ErrorCode::kTooManyPasswords:
+    case ErrorCode::kTooManyRequests:
+    case ErrorCode::kNoSuchAddress:
+    case ErrorCode::kNoSuchVoucher:
+    case ErrorCode::kVoucherUsed:
+      return true;
+    default:
+      return false;
+  }
+}
 
 bool IsJsonType(std::string_view content_type) {
   constexpr std::string_view kJson = "application/json";
@@ -30,25 +49,35 @@ std::string_view BearerToken(std::string_view authorization) {
 
 }  // namespace
 
-Api::Api(const Router& router, Sessions& sessions, Attempts& requests, Metrics& metrics,
+Api::Api(const Parts& parts, std::chrono::milliseconds hold,
          std::function<void(const std::string&)> report)
-    : router_(router),
-      sessions_(sessions),
-      requests_(requests),
-      metrics_(metrics),
+    : parts_(parts),
+      hold_(hold),
+      refusals_(parts.clock, kRefusedAtOnce, kSecondMs),
       report_(std::move(report)) {}
 
 ServedReply Api::Handle(const ServedRequest& request) {
   try {
-    return Counted(Answer(request));
+    return Held(Counted(Answer(request)), request.address);
   } catch (const std::exception& failure) {
+    const bool is_full = dynamic_cast<const DiskFull*>(&failure) != nullptr;
     report_(fmt::format("{} {} failed: {}", request.method, request.path, failure.what()));
-    return Counted(ReplyOf(Refuse(ErrorCode::kServiceFailed)));
+    return Counted(ReplyOf(is_full
+                               ? Refusal{ErrorCode::kServiceFailed,
+                                         "The disk of the service is full; nothing was accepted"}
+                               : Refuse(ErrorCode::kServiceFailed)));
   }
 }
 
 ServedReply Api::Counted(ServedReply reply) {
-  if (reply.error != 0) CountRefusal(metrics_, static_cast<ErrorCode>(reply.error));
+  if (reply.error != 0) CountRefusal(parts_.metrics, static_cast<ErrorCode>(reply.error));
+  return reply;
+}
+
+ServedReply Api::Held(ServedReply reply, const std::string& address) {
+  if (IsForGuesses(static_cast<ErrorCode>(reply.error)) && !refusals_.Take(address)) {
+    reply.hold = hold_;
+  }
   return reply;
 }
 
@@ -62,12 +91,12 @@ ServedReply Api::Malformed(int status) {
 }
 
 bool Api::TakesLong(std::string_view method, std::string_view path) const {
-  const auto match = router_.Find(method, path);
+  const auto match = parts_.router.Find(method, path);
   return match.route && match.route->takes_long;
 }
 
 ServedReply Api::Answer(const ServedRequest& request) {
-  const auto match = router_.Find(request.method, request.path);
+  const auto match = parts_.router.Find(request.method, request.path);
   if (!match.route) {
     if (match.other_methods.empty()) return ReplyOf(Refuse(ErrorCode::kNoSuchPath));
     auto reply = ReplyOf(Refuse(ErrorCode::kNoSuchMethod));
@@ -90,10 +119,11 @@ ServedReply Api::Answer(const ServedRequest& request) {
 
 std::optional<Refusal> Api::Authorise(const Route& route, Call& call) {
   if (route.access == Access::kOpen || route.access == Access::kPage) return std::nullopt;
-  const auto account = sessions_.AccountOf(BearerToken(call.request.header("Authorization")));
+  const auto account = parts_.sessions.AccountOf(BearerToken(call.request.header("Authorization")));
   if (!account) return Refuse(ErrorCode::kNoSession);
   call.account = *account;
-  if (!requests_.Take(std::to_string(call.account))) return Refuse(ErrorCode::kTooManyRequests);
+  if (!parts_.requests.Take(std::to_string(call.account)))
+    return Refuse(ErrorCode::kTooManyRequests);
   if (route.access != Access::kKeyed) return std::nullopt;
   call.key = FromHex(call.request.header("Idempotency-Key"));
   if (call.key.size() != 16) {

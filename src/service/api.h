@@ -1,4 +1,5 @@
 #pragma once
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,10 +15,21 @@ namespace orvalo::service {
 
 // The protocol's common part: finds the route, checks session, rate, content type, JSON and key,
 // calls the handler, and turns whatever goes wrong into the protocol's errors. Any thread.
+//
+// Whoever asks again as soon as it is refused would take the place of those who are served: of the
+// refusals that guesses and floods get, an address gets ten in a second at once, and the others
+// only after `hold`.
 class Api : public HttpHandler {
  public:
   // `report` gets a line for the service's own log when a call fails by our fault.
-  Api(const Router& router, Sessions& sessions, Attempts& requests, Metrics& metrics,
+  struct Parts {
+    const Router& router;
+    Sessions& sessions;
+    Attempts& requests;  // of an account
+    Metrics& metrics;
+    const platform::Clock& clock;
+  };
+  Api(const Parts& parts, std::chrono::milliseconds hold,
       std::function<void(const std::string&)> report);
 
   ServedReply Handle(const ServedRequest& request) override;
@@ -26,13 +38,13 @@ class Api : public HttpHandler {
 
  private:
   ServedReply Counted(ServedReply reply);
+  ServedReply Held(ServedReply reply, const std::string& address);
   ServedReply Answer(const ServedRequest& request);
   std::optional<Refusal> Authorise(const Route& route, Call& call);
 
-  const Router& router_;
-  Sessions& sessions_;
-  Attempts& requests_;
-  Metrics& metrics_;
+  const Parts parts_;
+  const std::chrono::milliseconds hold_;
+  Attempts refusals_;  // of an address
   std::function<void(const std::string&)> report_;
 };
 

@@ -19,6 +19,9 @@ void CheckUrl(const char* option, const std::string& url) {
   }
   auto host = url.substr(tls ? kTls.size() : kPlain.size());
   host = host.substr(0, host.find_first_of("/?#"));
+  if (host.empty() || host.front() == ':') {
+    throw UsageError(fmt::format("{}: this is no address of the web", option));
+  }
   // Addresses are logged.
   if (host.find('@') != std::string::npos || url.find("password=") != std::string::npos) {
     throw UsageError(fmt::format("{}: no user and password in the address", option));

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 
 #include "platform/disk_full.h"
@@ -26,16 +27,37 @@ void SwitchStatisticsOff() {
 
 }  // namespace
 
+void PrepareFolder(const std::string& folder) {
+  if (platform::MakeFolder(folder)) return;
+  std::error_code error;
+  auto above = std::filesystem::absolute(folder, error);
+  while (above.has_relative_path() && !std::filesystem::exists(above, error)) {
+    above = above.parent_path();
+  }
+  if (platform::IsDiskFull(above.string())) throw DiskFull(folder);
+  throw std::runtime_error("the folder " + folder + " cannot be made by the user " +
+                           platform::UserName());
+}
+
 Database::Database(const std::string& folder)
     : folder_(folder), path_(folder + "/gateway.db"), fold_at_(kFoldPages) {
   SwitchStatisticsOff();
-  if (!platform::MakeFolder(folder)) {
-    throw std::runtime_error("the folder " + folder + " cannot be made");
-  }
-  if (!platform::FileSize(path_) && !platform::ReplaceFile(path_, "")) {
+  PrepareFolder(folder);
+  platform::FileError error;
+  if (!platform::FileSize(path_) && !platform::ReplaceFile(path_, "", &error)) {
+    if (error.kind == platform::FileError::Kind::kFull) throw DiskFull(folder);
     throw std::runtime_error("the file " + path_ + " cannot be made by the user " +
-                             platform::UserName());
+                             platform::UserName() + ": " + error.detail);
   }
+  try {
+    Open();
+  } catch (const SQLite::Exception& failure) {
+    ThrowIfFull(failure);
+    throw;
+  }
+}
+
+void Database::Open() {
   writer_ = std::make_unique<Connection>(path_, SQLite::OPEN_READWRITE);
   PrepareSchema(*writer_);
   // In place of SQLite's own folding, which never ends while others read one after the other.
@@ -81,11 +103,16 @@ void Database::Write(const std::function<void(Connection&)>& work,
   try {
     std::rethrow_exception(job.error);
   } catch (const SQLite::Exception& failure) {
-    const bool is_full = failure.getErrorCode() == SQLITE_FULL ||
-                         (failure.getErrorCode() == SQLITE_IOERR && platform::IsDiskFull(path_));
-    if (!is_full) throw;
-    throw std::runtime_error("the disk that holds " + folder_ + " is full: make room there");
+    ThrowIfFull(failure);
+    throw;
   }
+}
+
+// SQLite says so of the file itself only, not of what stands beside it.
+void Database::ThrowIfFull(const SQLite::Exception& failure) const {
+  const int code = failure.getErrorCode();
+  const bool may_be = code == SQLITE_IOERR || code == SQLITE_CANTOPEN;
+  if (code == SQLITE_FULL || (may_be && platform::IsDiskFull(folder_))) throw DiskFull(folder_);
 }
 
 // Every page of the journal can be folded once nobody reads an older state; those who come

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +16,16 @@
 #include "service/connection.h"
 
 namespace orvalo::service {
+
+// There is no room left on a disk of the service's; the text says on which, and what to do.
+class DiskFull : public std::runtime_error {
+ public:
+  explicit DiskFull(const std::string& folder)
+      : std::runtime_error("the disk that holds " + folder + " is full: make room there") {}
+};
+
+// Makes a folder (0700) and those above it; throws when it cannot be had, DiskFull when for that.
+void PrepareFolder(const std::string& folder);
 
 // The service's data file, `<folder>/gateway.db`: one connection that writes, and as many that read
 // as there are readers at a time, which never wait for the writer. Any thread.
@@ -28,8 +39,8 @@ namespace orvalo::service {
 // Another process may work on the same file (the administration commands do, beside a running
 // service); ForeignChanges tells that caches must be read again.
 //
-// Failures throw: SQLite::Exception, or std::runtime_error when the file cannot be used at all, or
-// its disk is full.
+// Failures throw: SQLite::Exception, DiskFull, or std::runtime_error when the file cannot be used
+// at all.
 class Database {
  public:
   // Makes the folder (0700), the file (0600) and the tables when they are missing.
@@ -43,8 +54,13 @@ class Database {
   // Runs `work` on a reading connection and returns its result.
   template <class Work>
   auto Read(Work&& work) {
-    const Lease lease(*this);
-    return std::forward<Work>(work)(*lease.connection);
+    try {
+      const Lease lease(*this);
+      return std::forward<Work>(work)(*lease.connection);
+    } catch (const SQLite::Exception& failure) {
+      ThrowIfFull(failure);
+      throw;
+    }
   }
 
   // Runs `work` in a transaction. When it throws, everything it did is undone and the exception
@@ -81,6 +97,8 @@ class Database {
     std::unique_ptr<Connection> connection;
   };
 
+  void Open();
+  void ThrowIfFull(const SQLite::Exception& failure) const;
   void PassTheLead();  // with the lock held
   void RunGroup(const std::vector<Job*>& group);
   void RunJob(Job& job);

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "platform/file.h"
+#include "platform/file_replacement.h"
 #include "platform/terminal.h"
 #include "service/settings.h"
 
@@ -12,18 +12,25 @@ namespace orvalo::service {
 namespace {
 
 std::unique_ptr<platform::NamedMutex> TakeFolder(const std::string& folder) {
-  if (!platform::MakeFolder(folder)) {
-    throw std::runtime_error("the folder " + folder + " cannot be made");
-  }
-  auto outcome = platform::NamedMutex::Outcome::kHeld;
-  auto lock = platform::NamedMutex::Create(folder, "orvalo-gateway", &outcome);
-  if (outcome == platform::NamedMutex::Outcome::kElsewhere) {
+  using platform::NamedMutex;
+  constexpr const char* kName = "orvalo-gateway";
+  PrepareFolder(folder);
+  auto outcome = NamedMutex::Outcome::kHeld;
+  platform::FileError error;
+  auto lock = NamedMutex::Create(folder, kName, &outcome, &error);
+  if (outcome == NamedMutex::Outcome::kElsewhere) {
     throw std::runtime_error("the folder " + folder + " is being served already");
   }
+  if (!lock && error.kind == platform::FileError::Kind::kFull) throw DiskFull(folder);
   if (!lock) {
-    throw std::runtime_error("the folder " + folder + " cannot be written to by the user " +
-                             platform::UserName() + ": run this as its owner, or change the owner");
+    throw std::runtime_error(fmt::format(
+        "{} cannot be locked by the user {}: {}. The folder must be this user's, and on a disk "
+        "that can be written to",
+        NamedMutex::PathOf(folder, kName), platform::UserName(), error.detail));
   }
+  // What killed writes have left; nobody else works here now.
+  platform::RemoveDeadTemporaries(folder);
+  platform::RemoveDeadTemporaries(folder + "/mail");
   return lock;
 }
 
@@ -60,14 +67,15 @@ GatewayService::GatewayService(const ServiceOptions& options, platform::Clock& c
       carrier_(MakeCarrier(options, clock)),
       ledger_(pricing_, *carrier_, clock),
       submissions_(database_, clock, options.drop_replies),
+      voucher_desk_(submissions_, vouchers_, clock),
       mail_(options.folder + "/mail", clock),
-      account_calls_({accounts_, sessions_, submissions_, vouchers_, *carrier_, mail_, clock}),
+      account_calls_({database_, accounts_, sessions_, voucher_desk_, *carrier_, mail_, clock}),
       message_calls_({database_, submissions_, ledger_, *carrier_, metrics_, clock}),
-      account_page_({database_, sessions_, submissions_, vouchers_, *carrier_, clock,
-                     options.http.has_tls()}),
+      account_page_(
+          {database_, sessions_, voucher_desk_, *carrier_, clock, options.http.has_tls()}),
       router_(MakeRouter(account_calls_, message_calls_, account_page_)),
       requests_(clock, options.rate_limit, 1000),
-      api_(router_, sessions_, requests_, metrics_,
+      api_({router_, sessions_, requests_, metrics_, clock}, options.hold_refusals,
            [this](const std::string& line) {
              log_.Error("call_failed", {{"reason", line}});
            }),

@@ -1,4 +1,5 @@
 #pragma once
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,6 +24,7 @@
 #include "service/sessions.h"
 #include "service/simulated_carrier.h"
 #include "service/submissions.h"
+#include "service/voucher_desk.h"
 #include "service/vouchers.h"
 
 namespace orvalo::service {
@@ -30,7 +32,8 @@ namespace orvalo::service {
 struct ServiceOptions {
   std::string folder;
   HttpServerOptions http;
-  int rate_limit = 2000;  // requests of one account in a second
+  int rate_limit = 2000;                          // requests of one account in a second
+  std::chrono::milliseconds hold_refusals{1000};  // of those who are refused often
   SimulationOptions simulation;
   double drop_replies = 0;              // share of the submissions, 0 to 1
   std::optional<KannelOptions> kannel;  // the carrier; nothing: the simulated one
@@ -78,6 +81,7 @@ class GatewayService {
   std::unique_ptr<Carrier> carrier_;
   Ledger ledger_;
   Submissions submissions_;
+  VoucherDesk voucher_desk_;
   RecoveryMail mail_;
   AccountCalls account_calls_;
   MessageCalls message_calls_;

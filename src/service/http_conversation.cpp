@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <boost/asio/post.hpp>
 #include <boost/asio/ssl/stream.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/error.hpp>
@@ -46,7 +47,8 @@ class Conversation final : public HttpConversation {
  public:
   static constexpr bool kTls = !std::is_same_v<Stream, tcp::socket>;
 
-  Conversation(Stream stream, HttpHost& host) : stream_(std::move(stream)), host_(host) {}
+  Conversation(Stream stream, HttpHost& host)
+      : stream_(std::move(stream)), host_(host), hold_(stream_.get_executor()) {}
 
   void Start() override {
     Await(host_.options().patience.first_byte);
@@ -63,6 +65,7 @@ class Conversation final : public HttpConversation {
   void End() override {
     error_code ignored;
     socket().close(ignored);
+    hold_.cancel();
   }
 
   // A slow request is told so; whatever else takes too long just ends.
@@ -176,7 +179,7 @@ class Conversation final : public HttpConversation {
     error_code error;
     const auto peer = socket().remote_endpoint(error).address();
     const auto& proxies = host_.options().proxies;
-    if (std::find(proxies.begin(), proxies.end(), peer.to_string()) != proxies.end()) {
+    if (std::find(proxies.begin(), proxies.end(), NameOf(peer)) != proxies.end()) {
       const auto told = asio::ip::make_address(ForwardedFor(parser_->get()), error);
       if (!error) return CountedAddress(told);
     }
@@ -190,10 +193,21 @@ class Conversation final : public HttpConversation {
     const bool close = reply.drop || request.version() < 11 || !self->parser_->keep_alive();
     auto text = ReplyText(reply, request.method() == http::verb::head, close);
     const auto executor = self->stream_.get_executor();
-    asio::post(executor, [self = std::move(self), text = std::move(text), close,
-                          drop = reply.drop]() mutable {
+    asio::post(executor, [self = std::move(self), text = std::move(text), close, drop = reply.drop,
+                          hold = reply.hold]() mutable {
       if (drop) return self->Finish();
+      if (hold.count() > 0) return self->Hold(hold, std::move(text), !close);
       self->Reply(std::move(text), !close, false);
+    });
+  }
+
+  // Meanwhile it may be ended for another's sake.
+  void Hold(std::chrono::milliseconds hold, std::string text, bool keep) {
+    host_.Waits(*this);
+    hold_.expires_after(hold);
+    hold_.async_wait([self = Self(), text = std::move(text), keep](error_code) mutable {
+      self->host_.Works(*self);
+      self->Reply(std::move(text), keep, false);
     });
   }
 
@@ -240,6 +254,7 @@ class Conversation final : public HttpConversation {
 
   Stream stream_;
   HttpHost& host_;
+  asio::steady_timer hold_;
   boost::beast::flat_buffer buffer_{kReadAtOnce};
   std::optional<http::request_parser<LimitedBody>> parser_;
   ServedRequest served_;
@@ -259,13 +274,14 @@ std::shared_ptr<HttpConversation> MakeConversation(tcp::socket socket, asio::ssl
   return std::make_shared<Conversation<TlsStream>>(TlsStream(std::move(socket), *tls), host);
 }
 
+std::string NameOf(const asio::ip::address& address) {
+  if (address.is_v4() || !address.to_v6().is_v4_mapped()) return address.to_string();
+  return asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6()).to_string();
+}
+
 std::string CountedAddress(const asio::ip::address& address) {
-  if (address.is_v4()) return address.to_string();
-  auto bytes = address.to_v6();
-  if (bytes.is_v4_mapped()) {
-    return asio::ip::make_address_v4(asio::ip::v4_mapped, bytes).to_string();
-  }
-  auto network = bytes.to_bytes();
+  if (address.is_v4() || address.to_v6().is_v4_mapped()) return NameOf(address);
+  auto network = address.to_v6().to_bytes();
   std::fill(network.begin() + 8, network.end(), std::uint8_t{0});
   return asio::ip::address_v6(network).to_string() + "/64";
 }

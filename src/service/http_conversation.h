@@ -48,6 +48,9 @@ class HttpConversation : public std::enable_shared_from_this<HttpConversation> {
 std::shared_ptr<HttpConversation> MakeConversation(boost::asio::ip::tcp::socket socket,
                                                    boost::asio::ssl::context* tls, HttpHost& host);
 
+// An address in the form in which it is compared: one of IPv4 as such, even on an IPv6 socket.
+std::string NameOf(const boost::asio::ip::address& address);
+
 // The name under which an address is counted: IPv6 by its first 64 bits.
 std::string CountedAddress(const boost::asio::ip::address& address);
 

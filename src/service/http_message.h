@@ -1,4 +1,5 @@
 #pragma once
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -28,6 +29,7 @@ struct ServedReply {
   bool drop = false;  // close the connection and send nothing
   std::string content_type = "application/json";
   int error = 0;  // the code of the error that the body tells, for whoever counts; 0: none
+  std::chrono::milliseconds hold{0};  // before it is sent; nothing but its connection waits
 };
 
 // What answers the requests. Called on many threads at a time; must not throw.

@@ -89,7 +89,7 @@ struct HttpServer::Impl final : HttpHost {
     if (error) return;
     socket.set_option(tcp::no_delay(true), error);
     const bool is_proxy =
-        std::find(its.proxies.begin(), its.proxies.end(), peer.to_string()) != its.proxies.end();
+        std::find(its.proxies.begin(), its.proxies.end(), NameOf(peer)) != its.proxies.end();
     const auto guest = MakeConversation(std::move(socket), tls ? &*tls : nullptr, *this);
     HttpConversation* leaver = nullptr;
     const bool enters = guests.Enter(guest.get(), CountedAddress(peer), is_proxy, leaver);
@@ -156,6 +156,13 @@ HttpServer::HttpServer(const HttpServerOptions& options, HttpHandler& handler)
 
 HttpServer::~HttpServer() { impl_->Stop(); }
 
+std::optional<std::string> NumericAddress(const std::string& text) {
+  error_code error;
+  const auto address = asio::ip::make_address(text, error);
+  if (error) return std::nullopt;
+  return NameOf(address);
+}
+
 bool SplitAddress(const std::string& text, std::string& address, int& port) {
   const auto colon = text.rfind(':');
   if (colon == std::string::npos || colon == 0) return false;
@@ -165,10 +172,10 @@ bool SplitAddress(const std::string& text, std::string& address, int& port) {
   address = text.substr(0, colon);
   if (address.front() == '[' && address.back() == ']') {
     address = address.substr(1, address.size() - 2);
-    return address.find_first_not_of("0123456789abcdefABCDEF:.") == std::string::npos;
+    return address.find(':') != std::string::npos && NumericAddress(address).has_value();
   }
   if (address == "localhost") address = "127.0.0.1";
-  return address.find_first_not_of("0123456789.") == std::string::npos;
+  return address.find(':') == std::string::npos && NumericAddress(address).has_value();
 }
 
 bool IsLoopback(const std::string& address) {

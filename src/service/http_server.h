@@ -2,6 +2,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,8 +27,8 @@ struct HttpServerOptions {
   int slow_threads = 40;                 // and of those that wait for something scarce
   int connections = 2000;
   int connections_of_an_address = 256;
-  // Numeric addresses whose "X-Forwarded-For" tells who asks; they may have any number of
-  // connections.
+  // Addresses, as NumericAddress has them, whose "X-Forwarded-For" tells who asks; they may have
+  // any number of connections.
   std::vector<std::string> proxies;
   std::size_t largest_body = 1u << 20;
   HttpPatience patience;
@@ -57,6 +58,10 @@ class HttpServer {
   std::unique_ptr<Impl> impl_;
   int port_ = 0;
 };
+
+// A numeric address in the one form in which it is compared ("::1" for "0:0::1", "10.0.0.1" for
+// "::ffff:10.0.0.1"); nothing for anything else, such as a name or a network.
+std::optional<std::string> NumericAddress(const std::string& text);
 
 // An address in the form "127.0.0.1:8480" or "[::1]:8480"; false for anything else.
 bool SplitAddress(const std::string& text, std::string& address, int& port);

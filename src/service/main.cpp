@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -8,9 +9,11 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "platform/clock.h"
 #include "platform/file.h"
+#include "platform/open_file_limit.h"
 #include "platform/stop_signal.h"
 #include "platform/terminal.h"
 #include "service/admin_commands.h"
@@ -87,9 +90,40 @@ void WarnOfAnOpenKey(const std::string& file) {
   }
 }
 
+void CheckProxies(std::vector<std::string>& proxies) {
+  for (auto& proxy : proxies) {
+    const auto address = NumericAddress(proxy);
+    if (!address) {
+      throw UsageError(fmt::format(
+          "--proxy: \"{}\" is no numeric address, such as 10.0.0.5 or ::1; one for each", proxy));
+    }
+    proxy = *address;
+  }
+}
+
+// The system's files are as scarce as its sockets: a service that has none left can neither accept
+// nor read.
+void FitOpenFiles(ServiceOptions& options) {
+  // The data file with its journal for each worker, and the engine's connections beside the rest.
+  constexpr int kFilesOfAWorker = 3, kOthers = 64, kFewest = 16;
+  int besides = kOthers + kFilesOfAWorker * (options.http.threads + options.http.slow_threads);
+  if (options.kannel) besides += options.kannel->connections;
+  if (options.operations) besides += options.operations->connections + options.operations->threads;
+  auto& connections = options.http.connections;
+  const auto wanted = static_cast<std::uint64_t>(connections) + static_cast<std::uint64_t>(besides);
+  const auto allowed = platform::RaiseOpenFileLimit(wanted);
+  if (allowed >= wanted) return;
+  connections = std::max(static_cast<int>(allowed) - besides, kFewest);
+  fmt::print(stderr,
+             "orvalo-gateway: warning: {} files may be open at a time, so there will be {} "
+             "connections at most; for more, raise the limit to {} (ulimit -n, LimitNOFILE=)\n",
+             allowed, connections, wanted);
+}
+
 // The listening address as the HTTP server wants it, with key and certificate.
 HttpServerOptions ListeningOptions(const ServeOptions& options) {
   auto http = options.service.http;
+  CheckProxies(http.proxies);
   if (!SplitAddress(options.listen, http.address, http.port)) {
     throw UsageError(fmt::format("--listen: \"{}\" is no address and port, such as 127.0.0.1:8480",
                                  options.listen));
@@ -125,6 +159,7 @@ int Serve(ServeOptions options, platform::Clock& clock) {
   auto& service_options = options.service;
   service_options.http = ListeningOptions(options);
   options.carrier.Apply(service_options);
+  FitOpenFiles(service_options);
   service_options.report = [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
   GatewayService service(service_options, clock);
   if (options.demo) fmt::print("{}", LayOutDemoData(service.accounts(), service.vouchers()));
@@ -141,10 +176,12 @@ int Serve(ServeOptions options, platform::Clock& clock) {
     fmt::print("operations on port {}\n", operations_port);
   }
   std::fflush(stdout);
+  platform::FileError error;
   if (!options.port_file.empty() &&
-      !(platform::ReplaceFile(options.port_file + ".operations", operations_port + "\n") &&
-        platform::ReplaceFile(options.port_file, port + "\n"))) {
-    throw std::runtime_error("the file " + options.port_file + " cannot be written");
+      !(platform::ReplaceFile(options.port_file + ".operations", operations_port + "\n", &error) &&
+        platform::ReplaceFile(options.port_file, port + "\n", &error))) {
+    throw std::runtime_error("the file " + options.port_file +
+                             " cannot be written: " + error.detail);
   }
   stop.Wait();
   return 0;

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "platform/file.h"
+#include "service/database.h"
 #include "service/secrets.h"
 
 namespace orvalo::service {
@@ -31,10 +32,11 @@ void RecoveryMail::Send(const std::string& user, const std::string& email,
       "\r\n"
       "It opens your account for 24 hours. Your old password stays valid.\r\n",
       email, fmt::gmtime(static_cast<std::time_t>(now)), name, user, password);
-  if (!platform::MakeFolder(folder_) ||
-      !platform::ReplaceFile(folder_ + "/" + name + ".eml", mail)) {
-    throw std::runtime_error("cannot lay a mail into " + folder_);
-  }
+  PrepareFolder(folder_);
+  platform::FileError error;
+  if (platform::ReplaceFile(folder_ + "/" + name + ".eml", mail, &error)) return;
+  if (error.kind == platform::FileError::Kind::kFull) throw DiskFull(folder_);
+  throw std::runtime_error("cannot lay a mail into " + folder_ + ": " + error.detail);
 }
 
 }  // namespace orvalo::service

@@ -42,11 +42,15 @@ CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWI
 )";
 
 // What an account's page reads, without the tables themselves, and the long messages to a number:
-// those that have a second part. Made also for older files.
-constexpr const char* kLaterIndices = R"(
+// those that have a second part; and whence users have logged in, by digests. Made also for older
+// files; a version that does not know of them works on such a file nevertheless.
+constexpr const char* kLaterAdditions = R"(
 CREATE INDEX IF NOT EXISTS message_account ON message(account, accepted, charge);
 CREATE INDEX IF NOT EXISTS voucher_account ON voucher(redeemed_by, redeemed_at);
 CREATE INDEX IF NOT EXISTS outbox_long ON outbox(number, message, reference) WHERE part=1;
+CREATE TABLE IF NOT EXISTS login_place(
+  place BLOB PRIMARY KEY, user TEXT NOT NULL, last_login INTEGER NOT NULL) WITHOUT ROWID;
+CREATE INDEX IF NOT EXISTS login_place_user ON login_place(user, last_login);
 )";
 
 // Parts on their way to an engine. `state` is a PartState; `since` is when the part came into it,
@@ -88,7 +92,7 @@ void PrepareSchema(Connection& connection) {
   if (number < kSchemaNumber) {
     database.exec(fmt::format("PRAGMA user_version={}", kSchemaNumber));
   }
-  database.exec(kLaterIndices);
+  database.exec(kLaterAdditions);
   transaction.commit();
 }
 

@@ -3,7 +3,6 @@
 #include <sodium.h>
 
 #include <array>
-#include <atomic>
 #include <semaphore>
 #include <stdexcept>
 #include <thread>
@@ -18,16 +17,7 @@ std::counting_semaphore<2>& HashingPlaces() {
 
 class HashingPlace {
  public:
-  static std::atomic<int>& Waiting() {
-    static std::atomic<int> waiting{0};
-    return waiting;
-  }
-
-  HashingPlace() {
-    ++Waiting();
-    HashingPlaces().acquire();
-    --Waiting();
-  }
+  HashingPlace() { HashingPlaces().acquire(); }
   ~HashingPlace() { HashingPlaces().release(); }
   HashingPlace(const HashingPlace&) = delete;
   HashingPlace& operator=(const HashingPlace&) = delete;
@@ -96,11 +86,6 @@ std::string HashPassword(const std::string& password) {
     throw std::runtime_error("not enough memory to hash a password");
   }
   return hash.data();
-}
-
-bool IsHashingCrowded() {
-  constexpr int kCrowd = 32;
-  return HashingPlace::Waiting() >= kCrowd;
 }
 
 bool PasswordMatches(const std::string& hash, const std::string& password) {

@@ -20,8 +20,6 @@ bool SameSecret(std::string_view a, std::string_view b);  // takes the same time
 // The password as it may be kept: salted and slow to try. At most two run at a time, on a small
 // machine one (each takes 64 MiB and some 50 ms), further callers wait.
 std::string HashPassword(const std::string& password);
-// Whether so many wait that nobody else should: about a second of work.
-bool IsHashingCrowded();
 bool PasswordMatches(const std::string& hash, const std::string& password);
 
 // Twelve characters that are easily told apart, some 58 bits of chance.

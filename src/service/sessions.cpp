@@ -69,9 +69,13 @@ std::optional<std::int64_t> Sessions::AccountOf(std::string_view token) {
     if (now - session.saved < kSaveSeconds) return account;
     session.saved = now;
   }
-  database_.Write([&](Connection& connection) {
-    Query(connection, "UPDATE session SET last_call=? WHERE token=?", now, Blob{digest}).Run();
-  });
+  try {
+    database_.Write([&](Connection& connection) {
+      Query(connection, "UPDATE session SET last_call=? WHERE token=?", now, Blob{digest}).Run();
+    });
+  } catch (const DiskFull&) {
+    // Who only asks needs nothing written; the next call in five minutes tries again.
+  }
   return account;
 }
 

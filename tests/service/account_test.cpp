@@ -1,8 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
+#include <stdexcept>
+#include <thread>
+#include <vector>
 
+#include "service/hashing_pace.h"
 #include "service/running_service.h"
 
 namespace orvalo::test {
@@ -95,6 +100,38 @@ TEST(Passwords, CanBeRecoveredByMail) {
 
   for (int i = 0; i < 5; ++i) recover("bob", "bob@example.org");
   EXPECT_EQ(recover("bob", "bob@example.org"), 113);
+  for (int i = 6; i < 15; ++i) EXPECT_EQ(recover(std::to_string(i), "a@b"), 601);
+  EXPECT_EQ(recover("eve", "a@b"), 113) << "the sixteenth from one address, whatever the names";
+}
+
+TEST(Passwords, LeaveTheProcessorToOthersWhenStrangersGuess) {
+  FakeClock clock;
+  service::HashingPace pace(clock);
+  std::atomic<int> ran = 0, turned_away = 0;
+  const auto guess = [&](bool right) {
+    const bool tried = pace.Run([&] {
+      ++ran;
+      clock.Advance(100);
+      return right;
+    });
+    if (!tried) ++turned_away;
+  };
+  for (int i = 0; i < 20; ++i) guess(true);
+  for (int i = 0; i < 3; ++i) guess(false);
+  EXPECT_THROW(pace.Run([]() -> bool { throw std::runtime_error("no memory"); }),
+               std::runtime_error);
+  guess(false);
+  EXPECT_EQ(ran, 24) << "right ones, and a few wrong ones, wait for nothing";
+  std::vector<std::thread> others;
+  for (int i = 0; i < 17; ++i) others.emplace_back([&] { guess(true); });
+  while (turned_away == 0) std::this_thread::yield();
+  EXPECT_EQ(ran, 24);
+  clock.Advance(199);
+  EXPECT_EQ(ran, 24) << "the fourth wrong one is paid for by 600 ms";
+  clock.Advance(1);
+  for (auto& other : others) other.join();
+  EXPECT_EQ(ran, 40);
+  EXPECT_EQ(turned_away, 1);
 }
 
 TEST(Requests, AreLimitedPerAccountAndSecond) {

@@ -98,5 +98,22 @@ TEST(Door, KeepsNobodyWaitingForThoseWhoAreSlow) {
   EXPECT_THAT(late.HearsOut(0), StartsWith("HTTP/1.1 408 "));
 }
 
+TEST(Door, KeepsThoseWaitingWhoAreRefusedAgainAndAgain) {
+  RunningService running;
+  running.options.hold_refusals = std::chrono::hours(1);
+  running.options.http.connections_of_an_address = 3;
+  running.Restart();
+  const int port = running.service().port();
+  const std::string request = "GET /v1/ping HTTP/1.1\r\nHost: a\r\n\r\n";
+  auto ann = running.Caller(), nobody = running.Caller("");
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(nobody.Get("/v1/ping").code(), 111);
+  const Loiterers held(port, 1, request);
+  EXPECT_EQ(ann.Get("/v1/ping").status, 200) << "whoever is served does not notice";
+  const Loiterers more(port, 3, request);
+  EXPECT_EQ(held.HearsOut(0), "") << "it made room for others";
+  running.Restart();
+  EXPECT_EQ(more.HearsOut(2), "") << "and nobody waits for it at the end";
+}
+
 }  // namespace
 }  // namespace orvalo::test

@@ -11,6 +11,7 @@
 #include "service/ledger_check.h"
 #include "service/running_service.h"
 #include "service/secrets.h"
+#include "support/small_disk.h"
 
 namespace orvalo::test {
 namespace {
@@ -298,12 +299,43 @@ TEST(Ledger, AcceptsNothingOnAFullDisk) {
   }
   EXPECT_EQ(reply.status, 500);
   EXPECT_EQ(reply.code(), 500);
+  EXPECT_EQ(reply.body["error"]["message"],
+            "The disk of the service is full; nothing was accepted");
+  running.clock.Advance(600'000);
+  EXPECT_EQ(ann.Get("/v1/balance").status, 200) << "who only asks is answered";
   EXPECT_EQ(running.Entries().size(), static_cast<std::size_t>(accepted - 1));
   EXPECT_TRUE(running.LedgerAddsUp());
   EXPECT_NE(log.find("the disk that holds " + running.options.folder + " is full"), log.npos);
   limit_pages(100'000);
   EXPECT_EQ(ann.Post("/v1/messages", large, key).status, 200) << "the key may be tried again";
   EXPECT_TRUE(running.LedgerAddsUp());
+}
+
+// On a small disk of its own, which is full a page later each time.
+TEST(Ledger, NamesAFullDiskWhereverItIsMet) {
+  const TemporaryFolder folder;
+  const std::string disk = folder.File("disk"), data = disk + "/a/data";
+  const auto met = OnSmallDisk(disk, 512 << 10, [&] {
+    service::PrepareSecrets();
+    FakeClock clock;
+    service::ServiceOptions options;
+    options.folder = data;
+    int told = 0;
+    bool opened = false;
+    for (std::size_t pages = 0; pages < 127 && !opened; ++pages) {
+      Spill(disk + "/filler", std::string((127 - pages) * 4096, 'x'));
+      try {
+        opened = service::GatewayService(options, clock).accounts().Add("ann", "", "ann", 1);
+      } catch (const std::exception& failure) {
+        ASSERT_EQ(failure.what(), "the disk that holds " + data + " is full: make room there")
+            << pages << " pages";
+        ++told;
+      }
+    }
+    EXPECT_TRUE(opened && told > 3) << told;
+  });
+  if (!met) GTEST_SKIP() << "no disk can be made here";
+  EXPECT_TRUE(*met);
 }
 
 TEST(Database, FoldsItsJournalWhileOthersReadAndWrite) {

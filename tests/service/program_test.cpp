@@ -19,6 +19,7 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 // The objects that a command prints, one a line.
 std::vector<nlohmann::json> JsonLines(const std::string& text) {
@@ -125,6 +126,8 @@ TEST(Program, IsAdministeredWhileItRuns) {
       {{"frobnicate"}, 2, ""},
       {{"--listen", "0.0.0.0:0"}, 2, "--tls-key"},
       {{"--listen", "nowhere"}, 2, "--listen"},
+      {{"--listen", "999.0.0.1:0"}, 2, "--listen"},
+      {{"--proxy", "::1", "--proxy", "10.0.0.0/8"}, 2, "--proxy: \"10.0.0.0/8\" is no numeric"},
       {{"--listen", "127.0.0.1:0", "--tls-key", password}, 2, "--tls-cert"},
       {{"--listen", "127.0.0.1:0"}, 1, "being served already"},
   };
@@ -137,10 +140,11 @@ TEST(Program, IsAdministeredWhileItRuns) {
     EXPECT_THAT(result.out + result.err, HasSubstr(command.says));
   }
   // No lock can be taken there, and nobody serves it.
-  const auto closed = folder.File("closed");
-  ASSERT_TRUE(std::filesystem::create_directories(closed + "/.orvalo-gateway.lock"));
-  EXPECT_THAT(RunGateway({"--listen", "127.0.0.1:0", "--data", closed}).err,
-              HasSubstr(closed + " cannot be written to by the user "));
+  const auto lock = folder.File("closed/.orvalo-gateway.lock");
+  ASSERT_TRUE(std::filesystem::create_directories(lock));
+  EXPECT_THAT(RunGateway({"--listen", "127.0.0.1:0", "--data", folder.File("closed")}).err,
+              AllOf(HasSubstr(lock + " cannot be locked by the user "),
+                    HasSubstr(": Is a directory."), Not(HasSubstr("served"))));
   GatewayCaller carl(program.port(), "");
   ASSERT_TRUE(carl.LogIn("carl", "secret"));
   EXPECT_EQ(carl.Message("27821110001").status, 200);
@@ -186,14 +190,35 @@ TEST(Program, IsReadyBeforeItListens) {
   EXPECT_EQ(reply.status, 200) << "whoever comes first is known";
 }
 
+TEST(Program, TakesNoMoreConnectionsThanItMayHaveFiles) {
+  const TemporaryFolder folder;
+  const auto start = [&](const std::string& limits) {
+    ChildProcess program(
+        {"/bin/sh", "-c", limits + " && exec \"$@\"", "sh", GatewayPath(), "--data",
+         folder.File("data"), "--listen", "127.0.0.1:0", "--port-file", folder.File("port")},
+        folder.File("out"), folder.File("err"));
+    while (Slurp(folder.File("port")).empty() && program.IsRunning()) std::this_thread::yield();
+    const auto said = Slurp(folder.File("err"));
+    std::filesystem::remove(folder.File("port"));
+    program.Signal(SIGTERM);
+    EXPECT_EQ(program.Wait(), 0) << said;
+    return said;
+  };
+  EXPECT_EQ(start("ulimit -S -n 100"), "") << "it may raise that";
+  EXPECT_THAT(start("ulimit -n 500"), HasSubstr("500 files may be open at a time"));
+}
+
 TEST(Program, DemonstratesAgainOnTheSameFolder) {
   const TemporaryFolder folder;
+  ASSERT_TRUE(std::filesystem::create_directory(folder.File("data")));
+  Spill(folder.File("data/.orvalo-aB3xYz"), "of a killed write");
   for (const char* balance : {"1000.0", "999.2"}) {
     GatewayProgram program(folder.path(), {"--demo"});
     GatewayCaller demo(program.port(), "demo");
     EXPECT_EQ(demo.Balance(), balance);
     EXPECT_EQ(demo.Message("27821110001").status, 200);
     EXPECT_THAT(Slurp(folder.File("out")), HasSubstr("1234567890123456"));
+    EXPECT_FALSE(std::filesystem::exists(folder.File("data/.orvalo-aB3xYz")));
     EXPECT_EQ(program.Stop(SIGTERM), 0);
   }
 }

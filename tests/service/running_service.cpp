@@ -63,6 +63,7 @@ RunningService::RunningService(const service::SimulationOptions& simulation, dou
   service::PrepareSecrets();
   options.folder = folder.File("data");
   options.http.threads = 12;
+  options.hold_refusals = std::chrono::milliseconds(0);
   options.simulation = simulation;
   options.drop_replies = drop_replies;
   service_ = std::make_unique<service::GatewayService>(options, clock);
