@@ -311,19 +311,19 @@ TEST(Ledger, AcceptsNothingOnAFullDisk) {
   EXPECT_TRUE(running.LedgerAddsUp());
 }
 
-// On a small disk of its own, which is full a page later each time.
+// On a small disk of its own, which is full some pages later each time.
 TEST(Ledger, NamesAFullDiskWhereverItIsMet) {
   const TemporaryFolder folder;
   const std::string disk = folder.File("disk"), data = disk + "/a/data";
-  const auto met = OnSmallDisk(disk, 512 << 10, [&] {
+  const auto met = OnSmallDisk(disk, 1 << 20, [&] {
     service::PrepareSecrets();
     FakeClock clock;
     service::ServiceOptions options;
     options.folder = data;
     int told = 0;
     bool opened = false;
-    for (std::size_t pages = 0; pages < 127 && !opened; ++pages) {
-      Spill(disk + "/filler", std::string((127 - pages) * 4096, 'x'));
+    for (std::size_t pages = 6; pages < 254 && !opened; pages += 6) {
+      Spill(disk + "/filler", std::string((255 - pages) * 4096, 'x'));
       try {
         opened = service::GatewayService(options, clock).accounts().Add("ann", "", "ann", 1);
       } catch (const std::exception& failure) {
