@@ -188,11 +188,17 @@ std::optional<LdapProfile> LdapProfiles::Section::Profile(std::string* why_not) 
   return profile;
 }
 
-std::vector<LdapProfiles::Section> LdapProfiles::Sections() const {
+std::optional<std::vector<LdapProfiles::Section>> LdapProfiles::Sections(
+    std::string* problem) const {
   std::vector<Section> sections;
   for (const std::string& file : files_) {
-    const std::optional<std::string> text = ReadFile(file, kLargestProfileFile);
-    if (!text) continue;
+    FileError error;
+    const std::optional<std::string> text = ReadFile(file, kLargestProfileFile, &error);
+    if (!text && error.kind == FileError::Kind::kMissing) continue;
+    if (!text) {
+      *problem = file + " cannot be read: " + error.detail;
+      return std::nullopt;
+    }
     bool inside = false;  // a section of this file
     ReadConfigLines(*text, [&](const ConfigLine& line) {
       if (line.kind == ConfigLine::Kind::kSection) {
@@ -213,21 +219,24 @@ std::vector<LdapProfiles::Section> LdapProfiles::Sections() const {
 
 std::optional<LdapProfile> LdapProfiles::Find(std::string_view name, std::string* problem) const {
   if (name.find("://") != std::string_view::npos) return ParseLdapAddress(name, problem);
-  for (const Section& section : Sections())
+  const auto sections = Sections(problem);
+  if (!sections) return std::nullopt;
+  for (const Section& section : *sections)
     if (EqualNoCase(section.name, name)) return section.Profile(problem);
   *problem = "There is no profile \"" + std::string(name) + "\"";
   return std::nullopt;
 }
 
 std::optional<LdapProfile> LdapProfiles::Default(std::string* problem) const {
-  const std::vector<Section> sections = Sections();
-  if (sections.empty()) {
+  const auto sections = Sections(problem);
+  if (!sections) return std::nullopt;
+  if (sections->empty()) {
     *problem = "No LDAP profile is defined";
     return std::nullopt;
   }
-  const auto chosen = std::find_if(sections.begin(), sections.end(),
+  const auto chosen = std::find_if(sections->begin(), sections->end(),
                                    [](const Section& section) { return section.is_default; });
-  return (chosen == sections.end() ? sections.front() : *chosen).Profile(problem);
+  return (chosen == sections->end() ? sections->front() : *chosen).Profile(problem);
 }
 
 }  // namespace orvalo::platform

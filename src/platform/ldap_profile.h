@@ -35,6 +35,7 @@ std::string AddressWithBase(const std::string& address, const std::string& base)
 
 // The profiles that are written down in files: sections "[name]" with "key = value" lines, as
 // docs/address-books.md describes. Read anew at every call; of several files the earlier counts.
+// One that stands there and cannot be read might say anything: there are no profiles then.
 class LdapProfiles {
  public:
   explicit LdapProfiles(std::vector<std::string> files) : files_(std::move(files)) {}
@@ -47,7 +48,7 @@ class LdapProfiles {
 
  private:
   struct Section;
-  std::vector<Section> Sections() const;
+  std::optional<std::vector<Section>> Sections(std::string* problem) const;
 
   std::vector<std::string> files_;
 };

@@ -41,11 +41,12 @@ TEST_F(FullDiskTest, EndsACommandInWordsAndCostsNothing) {
     ASSERT_THAT(Run({"settings", "WorkingOnLine", "0"}), EndsWith(0));
     ASSERT_THAT(Run({"send", "--to", "27820000001", "--text", "x"}), EndsWith(0));
     std::optional<SmsDatabase> looking;  // keeps the room that a closed database leaves
-    fake_.On("AuthenticateClient", [&](const FakeGateway::Call&) {
+    const auto fill_for_good = [&](const FakeGateway::Call&) {
       looking.emplace(folder(), texts_, clock_, true);
       FillDisk(filler);
       return FakeGateway::Answer{};
-    });
+    };
+    fake_.On("AuthenticateClient", fill_for_good);
     const Outcome login = LogIn();
     EXPECT_THAT(login, FailsWith(1, "The settings could not be saved in \"" + folder()));
     EXPECT_THAT(login, FailsWith(1, "The disk is full, or your share of it. Make room on it."));
@@ -53,7 +54,14 @@ TEST_F(FullDiskTest, EndsACommandInWordsAndCostsNothing) {
     std::filesystem::remove(filler);
     EXPECT_EQ(Setting("WorkingOnLine"), "0\n");
 
-    ASSERT_THAT(Run({"settings", "WorkingOnLine", "1"}), EndsWith(0));
+    fake_.On("AuthenticateClient", [&](const FakeGateway::Call&) {
+      FillDisk(filler);
+      return FakeGateway::Answer{};
+    });
+    EXPECT_THAT(LogIn(), EndsWith(0)) << "the closed database has left room";
+    std::filesystem::remove(filler);
+    EXPECT_EQ(Setting("WorkingOnLine"), "1\n");
+    fake_.On("AuthenticateClient", fill_for_good);
     const Outcome run = RunOnce();
     EXPECT_THAT(run, FailsWith(1, "The disk is full: \"" + folder()));
     EXPECT_THAT(run, FailsWith(1, "Not all that became of messages could be stored"));

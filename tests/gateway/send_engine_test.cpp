@@ -188,6 +188,7 @@ TEST_F(SendEngineTest, WhatAnOperatorsQuestionWasNotToldIsSaid) {
       {{first}, 208, "The gateway did not tell the status of one message; ", 1},
       {{first, second}, 208, "The gateway did not tell the status of 2 messages; ", 2},
       {{first, second}, 99, "The gateway could not be asked for the status of all messages; ", 1},
+      {{first, second}, 0, "", 2},
   };
   for (const auto& c : cases) {
     bench_.fake.On("GetMsgCharge", "status: 001 charge: 1", c.error);

@@ -4,6 +4,7 @@
 #include "platform/ldap_index.h"
 #include "platform/ldap_profile.h"
 #include "platform/vcard.h"
+#include "support/temporary_folder.h"
 
 namespace orvalo::platform {
 namespace {
@@ -20,6 +21,20 @@ std::string Read(const std::string& bytes) {
 
 std::string Card(const std::string& lines) {
   return "BEGIN:VCARD\r\n" + lines + "\r\nEND:VCARD\r\n";
+}
+
+TEST(LdapProfilesTest, AFileThatCannotBeReadIsNotTakenForNone) {
+  const test::TemporaryFolder folder;
+  test::Spill(folder.File("good"), "[Staff]\naddress = ldap://127.0.0.1\n");
+  const std::string missing = folder.File("missing"), unreadable = folder.path();
+  std::string problem;
+  EXPECT_TRUE(LdapProfiles({missing, folder.File("good")}).Default(&problem));
+  const LdapProfiles profiles({missing, unreadable, folder.File("good")});
+  EXPECT_FALSE(profiles.Find("staff", &problem));
+  EXPECT_TRUE(problem.starts_with(unreadable + " cannot be read: ")) << problem;
+  problem.clear();
+  EXPECT_FALSE(profiles.Default(&problem));
+  EXPECT_NE(problem, "");
 }
 
 TEST(VcardTest, CardsAsPhonesAndProgramsWriteThem) {

@@ -148,6 +148,9 @@ TEST_F(DesktopJourney, AGroupGetsItsMessage) {
     auto& list = DesktopStage::Find<QTableView>(desktop, "outboxList");
     EXPECT_EQ(list.model()->rowCount(), 3);
     EXPECT_EQ(list.model()->index(0, 4).data().toString(), QStringLiteral("See you tonight"));
+    program.GetNotices().QueryFailed("No news.");  // the engine, of what the operator has asked
+    ASSERT_TRUE(DesktopStage::Until([&] { return !stage_.boxes.shown().empty(); }));
+    EXPECT_EQ(stage_.boxes.shown().back().caption, "Query failed");
   });
 }
 
