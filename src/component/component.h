@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "component/account_calls.h"
 #include "component/gateway_protocol.h"
@@ -60,6 +61,8 @@ class Component : public platform::Dispatch {
   struct Method;
   struct Property;
   static std::span<const Method> Methods();
+  static std::vector<Method> MessageMethods();
+  static std::vector<Method> AccountMethods();
   static std::span<const Property> PropertyList();
 
   platform::HResult CallMethod(const Method& method, std::span<const platform::Variant> arguments,

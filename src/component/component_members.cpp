@@ -14,12 +14,23 @@ constexpr Kind kInteger = Kind::kInteger;
 
 }  // namespace
 
-// An id is a method's place in its table, counted from 1, or a property's, counted on from the last
-// method; 0 is nobody's.
+// An id is a method's place in this table, counted from 1, or a property's in the other, counted on
+// from the last method; 0 is nobody's.
 std::span<const Component::Method> Component::Methods() {
+  static const std::vector<Method> methods = [] {
+    auto all = MessageMethods();
+    auto others = AccountMethods();
+    all.insert(all.end(), others.begin(), others.end());
+    return all;
+  }();
+  return methods;
+}
+
+// QuerySubmission and ListMessages go beyond what every component behind this name has.
+std::vector<Component::Method> Component::MessageMethods() {
   using C = Component;
   using A = Arguments;
-  static const std::vector<Method> methods = {
+  return {
       {u"SendSimpleSMS",
        {kText, kText},
        [](C& c, const A& a) { return c.SendSimple(a.Key(), a.Wide(0), a.Wide(1)); },
@@ -30,23 +41,8 @@ std::span<const Component::Method> Component::Methods() {
          return c.messages_.Send(a.Key(), c.OptionsFor(a.Wide(1)), a.Text(1), a.Text(2));
        },
        true},
-      {u"Authenticate", {}, [](C& c, const A&) { return c.Authenticate(); }},
-      {u"AuthenticateClient",
-       {kText, kText, kText},
-       [](C& c, const A& a) {
-         return c.account_.LogIn({a.Text(0), a.Text(1), a.Text(2)});
-       }},
-      {u"Ping", {}, [](C& c, const A&) { return c.account_.Ping(); }},
       {u"QueryMsg", {kText}, [](C& c, const A& a) { return c.messages_.QueryStatus(a.Text(0)); }},
-      {u"QueryBalance", {}, [](C& c, const A&) { return c.account_.QueryBalance(); }},
       {u"ResetSMS", {}, [](C& c, const A&) { return c.ResetMessage(); }},
-      {u"RecoverPassword",
-       {kText, kText},
-       [](C& c, const A& a) { return c.account_.RecoverPassword(a.Text(0), a.Text(1)); }},
-      {u"TokenPay", {kText}, [](C& c, const A& a) { return c.account_.RedeemVoucher(a.Text(0)); }},
-      {u"TokenPayWithURL",
-       {kText, kText},
-       [](C& c, const A& a) { return c.account_.RedeemVoucherAt(a.Text(0), a.Text(1)); }},
       {u"EncodeToUnicode", {kText}, [](C& c, const A& a) { return c.EncodeToUnicode(a.Wide(0)); }},
       {u"StartBatch",
        {kText},
@@ -59,6 +55,37 @@ std::span<const Component::Method> Component::Methods() {
        [](C& c, const A& a) { return c.messages_.SendToBatch(a.Key(), a.Text(0)); },
        true},
       {u"EndBatch", {}, [](C& c, const A& a) { return c.messages_.EndBatch(a.Key()); }, true},
+      {u"GetMsgCharge",
+       {kFlag, kText},
+       [](C& c, const A& a) { return c.messages_.QueryCharge(a.Text(1)); }},
+      {u"QuerySubmission",
+       {kText},
+       [](C& c, const A& a) { return c.messages_.QuerySubmission(a.Text(0)); }},
+      {u"ListMessages",
+       {kText, kText},
+       [](C& c, const A& a) { return c.messages_.ListMessages(a.Text(0), a.Text(1)); }},
+  };
+}
+
+std::vector<Component::Method> Component::AccountMethods() {
+  using C = Component;
+  using A = Arguments;
+  return {
+      {u"Authenticate", {}, [](C& c, const A&) { return c.Authenticate(); }},
+      {u"AuthenticateClient",
+       {kText, kText, kText},
+       [](C& c, const A& a) {
+         return c.account_.LogIn({a.Text(0), a.Text(1), a.Text(2)});
+       }},
+      {u"Ping", {}, [](C& c, const A&) { return c.account_.Ping(); }},
+      {u"QueryBalance", {}, [](C& c, const A&) { return c.account_.QueryBalance(); }},
+      {u"RecoverPassword",
+       {kText, kText},
+       [](C& c, const A& a) { return c.account_.RecoverPassword(a.Text(0), a.Text(1)); }},
+      {u"TokenPay", {kText}, [](C& c, const A& a) { return c.account_.RedeemVoucher(a.Text(0)); }},
+      {u"TokenPayWithURL",
+       {kText, kText},
+       [](C& c, const A& a) { return c.account_.RedeemVoucherAt(a.Text(0), a.Text(1)); }},
       {u"SetBaseURL", {kText}, [](C& c, const A& a) { return c.account_.SetBase(a.Text(0)); }},
       {u"ConfigureProxy",
        {kInteger, kText, kText, kText, kText},
@@ -77,14 +104,7 @@ std::span<const Component::Method> Component::Methods() {
        [](C&, const A&) {
          return Answer{kSuccess, kVersionText};
        }},
-      {u"GetMsgCharge",
-       {kFlag, kText},
-       [](C& c, const A& a) { return c.messages_.QueryCharge(a.Text(1)); }},
-      {u"QuerySubmission",
-       {kText},
-       [](C& c, const A& a) { return c.messages_.QuerySubmission(a.Text(0)); }},
   };
-  return methods;
 }
 
 std::span<const Component::Property> Component::PropertyList() {

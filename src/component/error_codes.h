@@ -12,6 +12,7 @@ inline constexpr int kNotUnderstood = 98;
 inline constexpr int kServiceUnreachable = 99;
 inline constexpr int kMalformed = 101;
 inline constexpr int kNoSuchCall = 102;
+inline constexpr int kNoSuchMethod = 105;
 inline constexpr int kNoSession = 111;
 inline constexpr int kTooManyRequests = 113;
 inline constexpr int kNoSuchMessage = 205;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "component/error_codes.h"
+#include "component/message_list.h"
 #include "component/reply_fields.h"
 #include "component/reply_texts.h"
 #include "component/submission_key.h"
@@ -12,9 +13,7 @@
 namespace orvalo::component {
 namespace {
 
-constexpr std::size_t kIdDigits = 32;
 constexpr std::size_t kMostRecipients = 1'000;  // of one request
-constexpr int kHighestStatus = 999;             // three digits; later versions may know more
 constexpr char kNoBatch[] = "There is no current batch";
 
 nlohmann::json MessageBody(const MessageOptions& options, const std::string& text) {
@@ -140,6 +139,14 @@ Answer MessageCalls::QuerySubmission(const std::string& key) {
   auto answer = OpenedAnswer(kept, &batch);
   if (!batch.empty()) set_current_batch(batch);
   return answer;
+}
+
+Answer MessageCalls::ListMessages(const std::string& cursor, const std::string& since) {
+  Call call;
+  if (!ListCall(cursor, since, &call)) {
+    return RefusalAnswer(Failed(kMalformed, "Not a cursor or not a time"));
+  }
+  return ListAnswer(protocol_.Perform(call), cursor);
 }
 
 // A full request may have been followed by others of the same call.

@@ -58,6 +58,10 @@ class MessageCalls {
   // their lines.
   Answer QuerySubmission(const std::string& key);
 
+  // A page of the account's messages, as JSON (message_list.h). Error 101: the cursor or the time
+  // is none; 102: the service does not list messages.
+  Answer ListMessages(const std::string& cursor, const std::string& since);
+
  private:
   std::string current_batch() const;
   void set_current_batch(const std::string& batch);

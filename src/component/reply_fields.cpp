@@ -9,8 +9,6 @@ namespace {
 constexpr std::size_t kMostDigits = 9;
 constexpr std::int64_t kLargestAmount = INT32_MAX / 10 - 1;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
 bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 bool IsShortNumber(std::string_view text) {
@@ -25,6 +23,8 @@ const nlohmann::json* FindField(const nlohmann::json& object, const char* name) 
 }
 
 }  // namespace
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsHex(std::string_view text, std::size_t digits) {
   return text.size() == digits && std::all_of(text.begin(), text.end(), IsHexDigit);

@@ -1,10 +1,15 @@
 #pragma once
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace orvalo::component {
+
+inline constexpr std::size_t kIdDigits = 32;  // of a message or a batch
+inline constexpr int kHighestStatus =
+    999;  // of a message: three digits, later versions may know more
 
 // Members of a reply's objects, each checked before it is believed: nothing when the member is
 // missing, of another kind, or out of range, and when `object` is no object. Any thread.
@@ -22,6 +27,7 @@ std::optional<std::string> DecimalField(const nlohmann::json& object, const char
 std::optional<int> IntegerField(const nlohmann::json& object, const char* name, int lowest,
                                 int highest);
 
+bool IsDigit(char c);
 bool IsHex(std::string_view text, std::size_t digits);
 
 }  // namespace orvalo::component

@@ -2,7 +2,6 @@
 
 #include <sodium.h>
 
-#include <algorithm>
 #include <array>
 
 namespace orvalo::component {
@@ -16,7 +15,11 @@ std::string DigitsOf(const KeyBytes& bytes) {
   return sodium_bin2hex(digits.data(), digits.size(), bytes.data(), bytes.size());
 }
 
-char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+KeyBytes BytesOf(std::string_view key) {
+  KeyBytes bytes{};
+  sodium_hex2bin(bytes.data(), bytes.size(), key.data(), key.size(), nullptr, nullptr, nullptr);
+  return bytes;
+}
 
 }  // namespace
 
@@ -28,8 +31,7 @@ std::string DrawKey() {
 
 std::string KeyOfRequest(const std::string& key, std::size_t place) {
   if (place == 0) return key;
-  KeyBytes secret{};
-  sodium_hex2bin(secret.data(), secret.size(), key.data(), key.size(), nullptr, nullptr, nullptr);
+  const auto secret = BytesOf(key);
   const auto number = std::to_string(place);
   KeyBytes derived;
   crypto_generichash(derived.data(), derived.size(),
@@ -39,8 +41,7 @@ std::string KeyOfRequest(const std::string& key, std::size_t place) {
 }
 
 bool IsSameKey(std::string_view one, std::string_view other) {
-  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                    [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
+  return BytesOf(one) == BytesOf(other);
 }
 
 }  // namespace orvalo::component

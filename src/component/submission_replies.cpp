@@ -11,9 +11,8 @@
 namespace orvalo::component {
 namespace {
 
-constexpr std::size_t kIdDigits = 32;
-constexpr int kLowestStatus = 200;  // of HTTP
-constexpr int kHighestStatus = 599;
+constexpr int kLowestHttpStatus = 200;
+constexpr int kHighestHttpStatus = 599;
 
 // One line about one recipient; `understood` is cleared when the service's result is not one.
 std::string ResultLine(const nlohmann::json& result, const std::string& number, bool* understood) {
@@ -74,7 +73,7 @@ Answer EndedAnswer(const Outcome& outcome) {
 Outcome KeptOutcome(const Outcome& told, const std::string& key) {
   if (!told.ok()) return told;
   const auto named = HexField(told.reply, "key", kKeyDigits);
-  const auto status = IntegerField(told.reply, "status", kLowestStatus, kHighestStatus);
+  const auto status = IntegerField(told.reply, "status", kLowestHttpStatus, kHighestHttpStatus);
   const auto reply = told.reply.find("reply");
   if (!named || !IsSameKey(*named, key) || !status || reply == told.reply.end()) {
     return NotUnderstood();

@@ -18,6 +18,7 @@ namespace {
 constexpr char kClassName[] = "SMS_COMAPI.SMS";
 constexpr char16_t kSubmissionKey[] = u"smsSUBMISSION_KEY";
 constexpr char16_t kQuerySubmission[] = u"QuerySubmission";
+constexpr char16_t kListMessages[] = u"ListMessages";
 
 Variant TextArgument(std::u16string_view text) { return Variant(std::u16string(text)); }
 Variant FlagArgument(std::int16_t flag) { return Variant(VariantFlag{flag}); }
@@ -206,6 +207,14 @@ HResult GatewayClient::SetSubmissionKey(Text key) {
 
 HResult GatewayClient::QuerySubmission(Text key, std::u16string* reply) {
   return CallFurther(kQuerySubmission, {TextArgument(key)}, reply);
+}
+
+bool GatewayClient::ListsMessages() const {
+  return FurtherId(further_methods_, kListMessages) != 0;
+}
+
+HResult GatewayClient::ListMessages(Text cursor, Text since, std::u16string* page) {
+  return CallFurther(kListMessages, {TextArgument(cursor), TextArgument(since)}, page);
 }
 
 HResult GatewayClient::CallFurther(Text name, std::initializer_list<Variant> arguments,

@@ -83,6 +83,20 @@ class GatewayClient {
   // with it, unless a request with it is still on its way. 102: the gateway cannot tell.
   platform::HResult QuerySubmission(Text key, std::u16string* reply);
 
+  // Whether the component lists messages: then the next works.
+  bool ListsMessages() const;
+
+  // A page of all messages that the gateway has accepted from the account, oldest first, at most
+  // 1,000, as JSON:
+  //   {"messages": [{"id": 32 hexadecimal digits, "key": that of its submission, "to": the number
+  //    without "+" or "00", "parts": 1, "charge": "0.8", "status": 4, "accepted": seconds since
+  //    1970 UTC}…], "next": "CURSOR"}
+  // `cursor` is the "next" of the page before, "" for the first page, which begins with what was
+  // accepted at or after `since` (seconds since 1970 UTC as a decimal text; "" for everything).
+  // Without "next" the page is the last. Messages that are accepted meanwhile come at the end: none
+  // is missed and none comes twice. 102: the gateway does not list messages.
+  platform::HResult ListMessages(Text cursor, Text since, std::u16string* page);
+
   // The error code as a number: what ErrorCode gives, or kGatewayUnreachable when it cannot be
   // read.
   std::int32_t LastError();

@@ -53,7 +53,9 @@ MemberTable MemberTable::Properties() {
                      u"smsDELIVERY_TIME"};
 }
 
-MemberTable MemberTable::FurtherMethods() { return MemberTable{u"QuerySubmission"}; }
+MemberTable MemberTable::FurtherMethods() {
+  return MemberTable{u"QuerySubmission", u"ListMessages"};
+}
 
 MemberTable MemberTable::FurtherProperties() {
   return MemberTable{u"smsERROR_TEXT", u"smsERROR_CAUSE", u"smsSUBMISSION_KEY"};

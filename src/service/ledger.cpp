@@ -114,6 +114,38 @@ std::vector<Ledger::Entry> Ledger::Latest(Connection& connection, std::int64_t a
   return entries;
 }
 
+std::vector<Ledger::Entry> Ledger::After(Connection& connection, std::int64_t account,
+                                         std::int64_t row, int count) {
+  std::vector<Entry> entries;
+  Query rows(connection,
+             "SELECT id,number,parts,accepted,due,charge,key,seq FROM message "
+             "INDEXED BY message_list WHERE account=? AND seq>? ORDER BY seq LIMIT ?",
+             account, row, count);
+  while (rows.Step()) {
+    Entry entry;
+    entry.message.id = ToHex(rows.Text(0));
+    entry.message.number = rows.Text(1);
+    entry.message.parts = static_cast<int>(rows.Int(2));
+    entry.message.accepted = rows.Int(3);
+    entry.message.due = rows.Int(4);
+    entry.charge = rows.Int(5);
+    entry.key = ToHex(rows.Text(6));
+    entry.message.row = rows.Int(7);
+    entries.push_back(std::move(entry));
+  }
+  return entries;
+}
+
+// The rows of one second stand in the index by their charges, so all of that second are looked at.
+std::int64_t Ledger::RowBefore(Connection& connection, std::int64_t account, std::int64_t time) {
+  Query row(connection,
+            "SELECT min(seq) FROM message INDEXED BY message_account WHERE account=?1 AND accepted="
+            "(SELECT min(accepted) FROM message INDEXED BY message_account "
+            "WHERE account=?1 AND accepted>=?2)",
+            account, time);
+  return row.Step() && !row.IsNull(0) ? row.Int(0) - 1 : INT64_MAX;
+}
+
 void Ledger::ForEach(Connection& connection, const std::function<void(const Entry&)>& visit) {
   Query rows(connection,
              "SELECT " ORVALO_ENTRY_COLUMNS

@@ -50,6 +50,16 @@ class Ledger {
   // The account's latest entries, newest first.
   static std::vector<Entry> Latest(Connection& connection, std::int64_t account, int count);
 
+  // The account's entries whose rows follow `row`, in the order of their acceptance, at most
+  // `count` and without their texts. Costs as much as what it gives. What is accepted later has
+  // a later row, whatever the clock says: who goes on from the last row misses none.
+  static std::vector<Entry> After(Connection& connection, std::int64_t account, std::int64_t row,
+                                  int count);
+
+  // The row to begin after for what was accepted since `time`, in seconds since 1970 UTC. (Of what
+  // came before the clock was set back some may be left out, or come too much.)
+  static std::int64_t RowBefore(Connection& connection, std::int64_t account, std::int64_t time);
+
   // Every entry, oldest first.
   static void ForEach(Connection& connection, const std::function<void(const Entry&)>& visit);
 

@@ -2,13 +2,39 @@
 
 #include <fmt/format.h>
 
+#include <charconv>
+#include <iterator>
+
 #include "service/api_reply.h"
 #include "service/money.h"
+#include "service/page_text.h"
 #include "service/secrets.h"
 
 namespace orvalo::service {
 
+namespace {
+
+constexpr std::int64_t kMostListed = 1'000;
+constexpr std::int64_t kUsuallyListed = 500;
+
+// A whole number of a query, `usual` when it is not there; nothing when it is none or out of range.
+std::optional<std::int64_t> NumberField(std::string_view query, const char* name,
+                                        std::int64_t lowest, std::int64_t highest,
+                                        std::int64_t usual) {
+  const auto field = FormField(query, name, query.size());
+  if (!field) return usual;
+  std::int64_t value = 0;
+  const auto* const end = field->data() + field->size();
+  const auto [last, error] = std::from_chars(field->data(), end, value);
+  if (error != std::errc() || last != end || value < lowest || value > highest) return std::nullopt;
+  return value;
+}
+
+}  // namespace
+
 void MessageCalls::Register(Router& router) {
+  router.Add({"GET", "/v1/messages", Access::kSession,
+              [this](const Call& call) { return ListMessages(call); }});
   router.Add({"POST", "/v1/messages", Access::kKeyed,
               [this](const Call& call) { return PostMessage(call); }});
   router.Add({"POST", "/v1/batches", Access::kKeyed,
@@ -138,6 +164,38 @@ ServedReply MessageCalls::GetSubmission(const Call& call) {
                       kept->status, kept->body),
           {},
           false};
+}
+
+ServedReply MessageCalls::ListMessages(const Call& call) {
+  const auto query = call.request.query;
+  const auto after = NumberField(query, "after", 0, INT64_MAX, -1);
+  const auto since = NumberField(query, "since", 0, INT64_MAX, 0);
+  const auto limit = NumberField(query, "limit", 1, kMostListed, kUsuallyListed);
+  if (!after || !since || !limit || !PercentDecoded(query, true)) {
+    return ReplyOf(Refuse(ErrorCode::kMalformed));
+  }
+  const auto now = parts_.clock.Now();
+  std::string list, next;
+  parts_.database.Read([&](Connection& connection) {
+    const auto row = *after >= 0  ? *after
+                     : *since > 0 ? Ledger::RowBefore(connection, call.account, *since)
+                                  : 0;
+    // One more tells whether there are more.
+    auto entries = Ledger::After(connection, call.account, row, static_cast<int>(*limit) + 1);
+    if (entries.size() > static_cast<std::size_t>(*limit)) {
+      entries.pop_back();
+      next = fmt::format(R"(,"next":"{}")", entries.back().message.row);
+    }
+    for (const auto& [message, user, key, charge] : entries) {
+      const auto status = parts_.carrier.StatusOf(connection, message, now);
+      fmt::format_to(
+          std::back_inserter(list),
+          R"({}{{"id":"{}","key":"{}","to":"{}","parts":{},"charge":"{}","status":{},"accepted":{}}})",
+          list.empty() ? "" : ",", message.id, key, message.number, message.parts,
+          MoneyText(charge), static_cast<int>(status), message.accepted);
+    }
+  });
+  return {200, fmt::format(R"({{"messages":[{}]{}}})", list, next), {}, false};
 }
 
 // The refusal of a single message is the reply's, and counted with that.

@@ -44,6 +44,7 @@ class MessageCalls {
   ServedReply EndBatch(const Call& call);
   ServedReply GetMessage(const Call& call);
   ServedReply GetSubmission(const Call& call);
+  ServedReply ListMessages(const Call& call);
 
   void Count(const Accepted& accepted);
   ServedReply Submit(const Call& call, const std::function<Accepted(Connection&)>& accept);

@@ -41,11 +41,13 @@ INSERT INTO price VALUES('', 800);
 CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
 )";
 
-// What an account's page reads, without the tables themselves, and the long messages to a number:
-// those that have a second part; and whence users have logged in, by digests. Made also for older
-// files; a version that does not know of them works on such a file nevertheless.
+// What an account's page reads, without the tables themselves, an account's messages in the order
+// of their rows, and the long messages to a number: those that have a second part; and whence users
+// have logged in, by digests. Made also for older files; a version that does not know of them works
+// on such a file nevertheless.
 constexpr const char* kLaterAdditions = R"(
 CREATE INDEX IF NOT EXISTS message_account ON message(account, accepted, charge);
+CREATE INDEX IF NOT EXISTS message_list ON message(account);
 CREATE INDEX IF NOT EXISTS voucher_account ON voucher(redeemed_by, redeemed_at);
 CREATE INDEX IF NOT EXISTS outbox_long ON outbox(number, message, reference) WHERE part=1;
 CREATE TABLE IF NOT EXISTS login_place(

@@ -18,7 +18,8 @@ constexpr char kMethods[] =
     "SendSimpleSMS/TT SendMsg/FTT Authenticate/ AuthenticateClient/TTT Ping/ QueryMsg/T "
     "QueryBalance/ ResetSMS/ RecoverPassword/TT TokenPay/T TokenPayWithURL/TT EncodeToUnicode/T "
     "StartBatch/T QuickBatchSend/T EndBatch/ SetBaseURL/T ConfigureProxy/ITTTT "
-    "ConfigureProxyEx/FITTTT Version/F GetMsgCharge/FT QuerySubmission/T";
+    "ConfigureProxyEx/FITTTT Version/F GetMsgCharge/FT QuerySubmission/T "
+    "ListMessages/TT";
 constexpr char kPuttable[] =
     "smsUSER/T smsPASSWORD/T smsTEXT/T smsFROM/T smsTO/T smsMSG_TYPE/I smsCONCAT/I smsUNICODE/F "
     "smsDELIVERY_ACK/F smsDELIVERY_TIME/I";

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
+
 #include "component_fixture.h"
 #include "service/demo_data.h"
 #include "service/gateway_service.h"
@@ -79,6 +83,17 @@ TEST(RealService, UnderstandsTheComponentAndIsUnderstood) {
   EXPECT_EQ(keyed('5', u"EndBatch", {}).substr(0, 4), "205 ");
   EXPECT_EQ(call(u"QuerySubmission", {text(std::string(32, '5'))}).substr(0, 5), "0 OK:");
   EXPECT_EQ(call(u"QuerySubmission", {text(std::string(32, '6'))}).substr(0, 4), "209 ");
+
+  std::set<std::string> listed;
+  std::string cursor;
+  do {
+    const auto page =
+        nlohmann::json::parse(call(u"ListMessages", {text(cursor), text("")}).substr(2));
+    for (const auto& message : page["messages"]) listed.insert(message["id"].get<std::string>());
+    cursor = page.value("next", "");
+  } while (!cursor.empty());
+  EXPECT_EQ(listed.size(), 3u + 1u + 1u + 1'200u);
+  EXPECT_TRUE(listed.contains(sent.substr(4)));
   EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}), "0 OK: 50.0");
   EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}).substr(0, 9), "607 ERR: ");
   EXPECT_EQ(call(u"RecoverPassword", {text("demo"), text("demo@example.org")}), "0 OK");

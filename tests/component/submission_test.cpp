@@ -188,5 +188,47 @@ TEST_F(SubmissionTest, ABatchThatTheKeyOpenedIsTheCurrentOne) {
   EXPECT_EQ(Requests().back().path, "/v1/batches/" + kId + "/recipients");
 }
 
+TEST_F(SubmissionTest, ListsMessagesPageByPageAndBelievesNothingElse) {
+  const json good = {{"id", kId},       {"key", kKey}, {"to", "27821110001"},      {"parts", 2},
+                     {"charge", "1.6"}, {"status", 4}, {"accepted", 4'102'444'800}};
+  const auto list = [&](std::string_view cursor, std::string_view since) {
+    const auto text = caller_.Call(u"ListMessages", {Caller::Text(cursor), Caller::Text(since)});
+    return std::to_string(caller_.Error()) + " " + text;
+  };
+  auto more = good;
+  more["unheard_of"] = 1;
+  Script({Json(json{{"messages", {more, good}}, {"next", "2-a"}, {"x", 1}}.dump())});
+  const json page = {{"messages", {good, good}}, {"next", "2-a"}};
+  EXPECT_EQ(list("", ""), "0 " + page.dump());
+  EXPECT_EQ(Requests().back().path + "?" + Requests().back().query, "/v1/messages?limit=1000");
+  EXPECT_EQ(list("1_b.", "1763900000"), "0 " + page.dump());
+  EXPECT_EQ(Requests().back().query, "limit=1000&after=1_b.&since=1763900000");
+  EXPECT_EQ(list("2-a", "").substr(0, 3), "98 ") << "would never end";
+  Script({Json(R"({"messages": []})")});
+  EXPECT_EQ(list("", ""), R"(0 {"messages":[]})");
+
+  const std::pair<const char*, json> bad_members[] = {
+      {"id", "short"},    {"key", 7},      {"to", "12\nx"},  {"parts", 0},     {"charge", 1.6},
+      {"charge", "-1.6"}, {"status", "4"}, {"accepted", -1}, {"accepted", 1.5}};
+  for (const auto& [name, value] : bad_members) {
+    auto bad = good;
+    bad[name] = value;
+    Script({Json(json{{"messages", {good, bad}}}.dump())});
+    EXPECT_EQ(list("", "").substr(0, 3), "98 ") << bad;
+  }
+  for (const char* bad : {"{}", R"({"messages": {}})", R"({"messages": [7]})",
+                          R"({"messages": [], "next": 5})", R"({"messages": [], "next": "a b"})"}) {
+    Script({Json(bad)});
+    EXPECT_EQ(list("", "").substr(0, 3), "98 ") << bad;
+  }
+  Script({Refusal(405, 105, "Not with this method"), Refusal(404, 102, "No such path")});
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(list("", "").substr(0, 4), "102 ");
+  const auto asked = Requests().size();
+  for (const auto& [cursor, since] : {std::pair("a&b=", ""), {"", "now"}, {"", "-1"}}) {
+    EXPECT_EQ(list(cursor, since).substr(0, 4), "101 ");
+  }
+  EXPECT_EQ(Requests().size(), asked);
+}
+
 }  // namespace
 }  // namespace orvalo::test

@@ -78,6 +78,25 @@ TEST(GatewayClient, KeepsKeysWithAComponentThatHasBothMembersOnly) {
   EXPECT_EQ(none.QuerySubmission(u"0a", &reply), platform::kFail);
 }
 
+TEST(GatewayClient, ListsMessagesWithAComponentThatDoes) {
+  std::u16string page;
+  for (const bool lists : {true, false}) {
+    test::FakeGateway fake;
+    if (lists) fake.TellMessages();
+    fake.On("ListMessages", "{}");
+    platform::ClassRegistry registry;
+    fake.Register(registry);
+    GatewayClient client(registry);
+    EXPECT_EQ(client.ListsMessages(), lists);
+    EXPECT_EQ(client.ListMessages(u"7", u"1763900000", &page),
+              lists ? platform::kOk : platform::kFail);
+    if (!lists) continue;
+    EXPECT_EQ(fake.Calls("ListMessages").at(0).Argument(0), "7");
+    EXPECT_EQ(fake.Calls("ListMessages").at(0).Argument(1), "1763900000");
+    EXPECT_EQ(page, u"{}");
+  }
+}
+
 TEST(GatewayClient, RefusesWithoutComponentNameOrPlace) {
   GatewayClient none{platform::ClassRegistry()};
   EXPECT_FALSE(none.IsConnected());

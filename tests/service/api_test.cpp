@@ -95,7 +95,7 @@ TEST(Api, AnswersWhateverComes) {
   EXPECT_THAT(RawExchange(running.service().port(),
                           "PUT /v1/messages HTTP/1.1\r\nHost: a\r\nContent-Length: 0\r\n"
                           "Connection: close\r\n\r\n"),
-              HasSubstr("\r\nAllow: POST\r\n"));
+              HasSubstr("\r\nAllow: GET, POST\r\n"));
   nobody.token = std::string(64, 'a');
   EXPECT_EQ(nobody.Get("/v1/ping").status, 401);
   EXPECT_EQ(nobody.Get("/v1/version").body.value("protocol", 0), 1);

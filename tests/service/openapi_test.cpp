@@ -238,6 +238,8 @@ void OpenApiTest::BeRefused() {
   }
   ExpectCode(209, "GET /v1/submissions/{key}", {.id = none});
   ExpectCode(101, "GET /v1/submissions/{key}", {.id = none + "0"});
+  ExpectCode(101, "GET /v1/messages", {.query = "?limit=0"});
+  EXPECT_TRUE(Ask("GET /v1/messages", {.query = "?limit=1"}).json().contains("next"));
   ExpectCode(201, "POST /v1/messages", {.body = R"({"to":"0012","text":""})"});
   ExpectCode(203, "POST /v1/messages", {.body = R"({"to":"123",)" + long_text.substr(1)});
   ExpectCode(204, "POST /v1/messages", {.body = R"({"to":"123","text":"","type":3})"});

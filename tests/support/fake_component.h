@@ -56,6 +56,7 @@ class FakeGateway {
 
   // The same: it has the members about the keys of submissions, too.
   void KeepKeys() { Learn({"smsSUBMISSION_KEY", "QuerySubmission"}); }
+  void TellMessages() { Learn({"ListMessages"}); }
 
   std::vector<Call> Calls(const std::string& member = "") const {
     std::lock_guard guard(mutex_);
@@ -143,7 +144,7 @@ class FakeGateway {
   std::vector<Call> calls_;
   std::map<std::string, Handler> handlers_;
   std::set<std::string> unknown_ = {"smsERROR_TEXT", "smsERROR_CAUSE", "smsSUBMISSION_KEY",
-                                    "QuerySubmission"};
+                                    "QuerySubmission", "ListMessages"};
 };
 
 }  // namespace orvalo::test

@@ -15,7 +15,12 @@ namespace {
 
 RecordedRequest ReadRequest(mg_connection* connection) {
   const auto* info = mg_get_request_info(connection);
-  RecordedRequest request{info->request_method, info->local_uri, "", {}, info->remote_port};
+  RecordedRequest request{info->request_method,
+                          info->local_uri,
+                          "",
+                          {},
+                          info->remote_port,
+                          info->query_string == nullptr ? "" : info->query_string};
   for (int i = 0; i < info->num_headers; ++i) {
     std::string name = info->http_headers[i].name;
     std::transform(name.begin(), name.end(), name.begin(),

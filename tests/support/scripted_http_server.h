@@ -15,6 +15,7 @@ struct RecordedRequest {
   std::string method, path, body;
   std::map<std::string, std::string> headers;  // names in lower case
   int remote_port = 0;                         // tells the client's connections apart
+  std::string query = "";                      // without the "?"
 
   std::string header(const std::string& name) const {
     const auto place = headers.find(name);
