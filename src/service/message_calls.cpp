@@ -49,24 +49,26 @@ void MessageCalls::Register(Router& router) {
               [this](const Call& call) { return GetSubmission(call); }});
 }
 
-std::variant<MessageContent, Refusal> MessageCalls::ContentOf(const Call& call) {
-  auto content = ParseContent(call.body);
-  if (auto* parsed = std::get_if<MessageContent>(&content)) {
-    if (auto refusal = parts_.carrier.Fit(*parsed)) return std::move(*refusal);
-  }
-  return content;
+std::optional<Refusal> MessageCalls::ReadContent(const Call& call, MessageContent* content) {
+  auto parsed = ParseContent(call.body);
+  if (auto* refusal = std::get_if<Refusal>(&parsed)) return std::move(*refusal);
+  *content = std::get<MessageContent>(std::move(parsed));
+  return parts_.carrier.Fit(*content);
 }
 
 ServedReply MessageCalls::PostMessage(const Call& call) {
-  const auto number = ParseNumber(call.body);
-  if (const auto* refusal = std::get_if<Refusal>(&number)) return ReplyOf(*refusal);
-  const auto content = ContentOf(call);
-  if (const auto* refusal = std::get_if<Refusal>(&content)) return ReplyOf(*refusal);
-  return Submit(call, [&](Connection& connection) {
+  std::string number;
+  MessageContent content;
+  const auto check = [&]() -> std::optional<Refusal> {
+    auto parsed = ParseNumber(call.body);
+    if (auto* refusal = std::get_if<Refusal>(&parsed)) return std::move(*refusal);
+    number = std::get<std::string>(std::move(parsed));
+    return ReadContent(call, &content);
+  };
+  return Submit(call, check, [&](Connection& connection) {
     Accepted accepted;
     accepted.outcomes =
-        parts_.ledger.Accept(connection, {call.account, call.key, 0},
-                             std::get<MessageContent>(content), {std::get<std::string>(number)});
+        parts_.ledger.Accept(connection, {call.account, call.key, 0}, content, {number});
     const auto& outcome = accepted.outcomes.front();
     if (const auto* refusal = std::get_if<Refusal>(&outcome)) {
       accepted.reply = ReplyOf(*refusal);
@@ -78,21 +80,29 @@ ServedReply MessageCalls::PostMessage(const Call& call) {
 }
 
 ServedReply MessageCalls::OpenBatch(const Call& call) {
-  const auto content = ContentOf(call);
-  if (const auto* refusal = std::get_if<Refusal>(&content)) return ReplyOf(*refusal);
+  MessageContent content;
   return parts_.submissions.Once(
-      KeyedRequestOf(call), [] { return std::nullopt; },
+      KeyedRequestOf(call),
+      [&]() -> std::optional<ServedReply> {
+        if (const auto refusal = ReadContent(call, &content)) return ReplyOf(*refusal);
+        return std::nullopt;
+      },
       [&](Connection& connection) {
-        const auto id = batches_.Open(connection, call.account, std::get<MessageContent>(content));
+        const auto id = batches_.Open(connection, call.account, content);
         return ServedReply{200, fmt::format(R"({{"batch":"{}"}})", id), {}, false};
       });
 }
 
 ServedReply MessageCalls::AddRecipients(const Call& call) {
-  const auto numbers = ParseNumbers(call.body);
-  if (const auto* refusal = std::get_if<Refusal>(&numbers)) return ReplyOf(*refusal);
-  return Submit(call, [&](Connection& connection) {
-    return AcceptRecipients(connection, call, std::get<std::vector<std::string>>(numbers));
+  std::vector<std::string> numbers;
+  const auto check = [&]() -> std::optional<Refusal> {
+    auto parsed = ParseNumbers(call.body);
+    if (auto* refusal = std::get_if<Refusal>(&parsed)) return std::move(*refusal);
+    numbers = std::get<std::vector<std::string>>(std::move(parsed));
+    return std::nullopt;
+  };
+  return Submit(call, check, [&](Connection& connection) {
+    return AcceptRecipients(connection, call, numbers);
   });
 }
 
@@ -215,11 +225,13 @@ void MessageCalls::Count(const Accepted& accepted) {
 
 // What was accepted goes to the carrier once it is on the disk, and never for a replay.
 ServedReply MessageCalls::Submit(const Call& call,
+                                 const std::function<std::optional<Refusal>()>& check,
                                  const std::function<Accepted(Connection&)>& accept) {
   Accepted accepted;
   auto reply = parts_.submissions.Once(
       KeyedRequestOf(call),
       [&]() -> std::optional<ServedReply> {
+        if (const auto refusal = check()) return ReplyOf(*refusal);
         if (const auto refusal = parts_.carrier.Admit()) return ReplyOf(*refusal);
         return std::nullopt;
       },

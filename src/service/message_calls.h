@@ -37,7 +37,7 @@ class MessageCalls {
     std::vector<Ledger::Outcome> outcomes;
   };
 
-  std::variant<MessageContent, Refusal> ContentOf(const Call& call);
+  std::optional<Refusal> ReadContent(const Call& call, MessageContent* content);
   ServedReply PostMessage(const Call& call);
   ServedReply OpenBatch(const Call& call);
   ServedReply AddRecipients(const Call& call);
@@ -47,7 +47,9 @@ class MessageCalls {
   ServedReply ListMessages(const Call& call);
 
   void Count(const Accepted& accepted);
-  ServedReply Submit(const Call& call, const std::function<Accepted(Connection&)>& accept);
+  // `check` reads the request and may refuse it, unless it is a replay.
+  ServedReply Submit(const Call& call, const std::function<std::optional<Refusal>()>& check,
+                     const std::function<Accepted(Connection&)>& accept);
   Accepted AcceptRecipients(Connection& connection, const Call& call,
                             const std::vector<std::string>& numbers);
 

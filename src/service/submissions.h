@@ -39,8 +39,9 @@ class Submissions {
   // try clients out; which ones is the same in every run.
   Submissions(Database& database, const platform::Clock& clock, double drop_replies);
 
-  // `admit` runs first (not for a replay) and may send the client away with a reply that is not
-  // kept; `work` then runs in the transaction.
+  // `admit` runs first (not for a replay: what has been done is answered as it was, even if it
+  // would be refused today) and may send the client away with a reply that is not kept; `work` then
+  // runs in the transaction.
   ServedReply Once(const KeyedRequest& request,
                    const std::function<std::optional<ServedReply>()>& admit,
                    const std::function<ServedReply(Connection&)>& work);

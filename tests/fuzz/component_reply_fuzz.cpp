@@ -1,11 +1,14 @@
 // What a service, or something in its place, answers to the gateway component.
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
+#include "component/message_list.h"
 #include "component/reply_fields.h"
 #include "component/reply_texts.h"
 #include "component/reply_verdict.h"
+#include "component/submission_replies.h"
 
 namespace {
 
@@ -33,6 +36,24 @@ void CheckFields(const nlohmann::json& reply) {
   }
 }
 
+// What the members make of a reply that is a success.
+void CheckAnswers(const Outcome& outcome) {
+  static const std::string key(32, '0');
+  std::string batch;
+  OpenedAnswer(outcome, &batch);
+  Require(batch.empty() || IsHex(batch, kIdDigits));
+  const auto kept = KeptOutcome(outcome, key);
+  for (const auto& one : {outcome, kept}) {
+    SentAnswer(one);
+    EndedAnswer(one);
+    const auto numbers = NumbersOf(one);
+    const auto lines = RecipientsAnswer(one, numbers).text;
+    Require(std::count(lines.begin(), lines.end(), '\n') == std::ssize(numbers));
+  }
+  const auto page = ListAnswer(outcome, "7");
+  if (page.error == 0) Require(nlohmann::json::parse(page.text).value("next", "") != "7");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -47,6 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CheckWords(verdict.outcome.message);
   if (!verdict.outcome.ok()) return 0;
   CheckFields(verdict.outcome.reply);
+  CheckAnswers(verdict.outcome);
   for (const auto& result : verdict.outcome.reply) {
     if (!result.is_array()) continue;
     for (const auto& line : result) CheckFields(line);

@@ -123,6 +123,26 @@ TEST(IdempotencyKeys, TellTheirAccountWhatBecameOfThem) {
   EXPECT_EQ(ann.Balance(), charged);
 }
 
+// A service may be started with another carrier, or a later version be stricter.
+TEST(IdempotencyKeys, AnswerAReplayAsBeforeThoughItWouldBeRefusedNow) {
+  RunningService running;
+  auto ann = running.Caller();
+  const nlohmann::json message = {
+      {"to", "27821110001"}, {"text", "Hello"}, {"sender", "No engine takes this name"}};
+  const auto key = NewKey(), batch_key = NewKey();
+  const auto first = ann.Post("/v1/messages", message, key);
+  const auto batch = ann.Post("/v1/batches", message, batch_key);
+  ASSERT_EQ(first.status, 200);
+  running.options.kannel.emplace();
+  running.options.kannel->urls = {"http://127.0.0.1:9/sendsms"};
+  running.options.kannel->sender = "Orvalo";
+  running.Restart();
+  auto later = running.Caller();
+  EXPECT_EQ(later.Post("/v1/messages", message).code(), 101);
+  EXPECT_EQ(later.Post("/v1/messages", message, key).body, first.body);
+  EXPECT_EQ(later.Post("/v1/batches", message, batch_key).body, batch.body);
+}
+
 TEST(IdempotencyKeys, AreTidiedFasterThanTheyCome) {
   RunningService running;
   auto ann = running.Caller();
