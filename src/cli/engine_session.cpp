@@ -70,6 +70,12 @@ void EngineSession::ShowStoreProblem() {
     context_.errors.Line("The send engine could not store its work, and tries again: " + problem);
 }
 
+void EngineSession::ShowWaiting() {
+  const std::string reason = context_.program.GetNotices().TakeWaitingReason();
+  if (!reason.empty())
+    context_.errors.Line("Messages wait, and are tried again by and by: " + reason);
+}
+
 void EngineSession::Post(std::uint32_t message, std::int32_t wparam, std::int32_t lparam) {
   {
     const std::lock_guard lock(mutex_);
@@ -113,6 +119,9 @@ void EngineSession::Show(const Message& message) {
       break;
     case kWmStoreRefused:
       ShowStoreProblem();
+      return;
+    case kWmSendingWaits:
+      ShowWaiting();
       return;
     case kWmBalance:
       balance_due_ = true;

@@ -52,6 +52,7 @@ class EngineSession : private platform::Mailbox, private OutboxView {
   void Show(const Message& message);
   void RefreshBalance();
   void ShowStoreProblem();
+  void ShowWaiting();
 
   Context& context_;
   const char* stage_ = "";          // of the engine's burst, in words

@@ -13,6 +13,7 @@
 #include "cli/message_listing.h"
 #include "cli/message_state.h"
 #include "cli/outcome_tally.h"
+#include "store/send_journal.h"
 
 namespace orvalo::cli {
 
@@ -43,6 +44,8 @@ class RunReport {
     std::set<std::int32_t> left = open_;
     const auto pending = database.PendingSms(kEveryMessage);
     left.insert(pending.begin(), pending.end());
+    const auto unfinished = SendJournal(database).Unfinished();
+    left.insert(unfinished.begin(), unfinished.end());
     for (const std::int32_t id : left) {
       if (const auto row = database.GetSms(id)) tally.Add(*row);
     }

@@ -77,4 +77,23 @@ std::string EngineNotices::TakeQueryProblem() {
   return std::exchange(query_problem_, std::string());
 }
 
+void EngineNotices::SendingWaits(const std::string& why) {
+  {
+    std::lock_guard guard(mutex_);
+    if (std::exchange(sending_waits_, true)) return;
+    waiting_reason_ = why;
+  }
+  ToMainWindow(kWmSendingWaits);
+}
+
+void EngineNotices::SendingGoesOn() {
+  std::lock_guard guard(mutex_);
+  sending_waits_ = false;
+}
+
+std::string EngineNotices::TakeWaitingReason() {
+  std::lock_guard guard(mutex_);
+  return std::exchange(waiting_reason_, std::string());
+}
+
 }  // namespace orvalo

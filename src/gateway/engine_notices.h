@@ -27,6 +27,8 @@ inline constexpr std::uint32_t kWmOffline = platform::kWmApp + 31;
 inline constexpr std::uint32_t kWmStoreRefused = platform::kWmApp + 33;
 // What the operator wanted to know of messages was not told; TakeQueryProblem says why.
 inline constexpr std::uint32_t kWmQueryFailed = platform::kWmApp + 34;
+// Messages wait because nobody answers; TakeWaitingReason says why.
+inline constexpr std::uint32_t kWmSendingWaits = platform::kWmApp + 35;
 inline constexpr std::uint32_t kWmLoggedIn = platform::kWmApp + 32;  // a login has succeeded
 
 // Whoever shows the outbox. Called on the worker thread: store the id, ask your own thread to
@@ -67,11 +69,19 @@ class EngineNotices {
   void QueryFailed(const std::string& text);
   std::string TakeQueryProblem();  // the latest; empty when it has been taken
 
+  // A submission has not been answered: what is left waits and is tried again. Told to the main
+  // window once, until sending goes on.
+  void SendingWaits(const std::string& why);
+  void SendingGoesOn();
+  std::string TakeWaitingReason();  // in words; empty when it has been taken
+
  private:
   mutable std::mutex mutex_;  // guards the receivers and what they are to be told
   bool store_refuses_ = false;
   bool refused_in_round_ = false;
   std::string store_problem_;
+  bool sending_waits_ = false;
+  std::string waiting_reason_;
   std::string query_problem_;
   platform::Mailbox* main_window_ = nullptr;
   platform::Mailbox* options_page_ = nullptr;

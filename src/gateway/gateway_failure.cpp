@@ -81,6 +81,20 @@ bool IsUnreachable(std::int32_t code) {
   return code == kProxyUnreachable || code == kProxyRefused || code == kGatewayUnreachable;
 }
 
+bool IsUnanswered(std::int32_t code) {
+  switch (code) {
+    case kGatewayOk:
+      return false;
+    case kNoSession:
+    case kTooManyRequests:
+    case kServiceFailed:
+    case kNetworkUnavailable:
+      return true;
+    default:
+      return code <= kGatewayUnreachable || (code > kServiceFailed && code <= 504);
+  }
+}
+
 std::string_view RefusalWords(std::string_view reply) {
   constexpr std::string_view kOpening = "ERR: ";
   if (!reply.starts_with(kOpening)) return reply;

@@ -55,6 +55,10 @@ std::string ReasonText(const GatewayFailure& failure, const Texts& texts,
 // True for the codes of a client that has spoken to no service: 95, 96 and 99.
 bool IsUnreachable(std::int32_t code);
 
+// True for what is no answer to a submission: nobody could be reached or understood, nobody is
+// logged in, or the service takes nothing for now. The message may have been accepted all the same.
+bool IsUnanswered(std::int32_t code);
+
 // The words of a reply that says why a call failed: those behind "ERR: 208, ", or all of them when
 // it does not begin like that.
 std::string_view RefusalWords(std::string_view reply);

@@ -6,8 +6,7 @@
 #include "app/settings.h"
 #include "gateway/batch_reply.h"
 #include "gateway/engine_notices.h"
-#include "gateway/gateway_client.h"
-#include "platform/code_page.h"
+#include "gateway/message_submissions.h"
 #include "store/message_type.h"
 
 namespace orvalo {
@@ -19,12 +18,8 @@ constexpr std::size_t kChunkLength = 512;  // characters of joined numbers at wh
 }  // namespace
 
 std::int32_t SendBatch::Send(const OutgoingMessage& message, SendOutcome* outcome) {
-  if (!Start(message, outcome)) {
-    if (outcome->no_session) outcome->retries = outcome->all;
-    return 0;
-  }
-
   const std::span<const RecipientRecord> all(outcome->all);
+  bool started = false;
   std::int32_t sent = 0;
   std::string numbers;
   std::size_t first = 0;
@@ -33,18 +28,33 @@ std::int32_t SendBatch::Send(const OutgoingMessage& message, SendOutcome* outcom
     const bool last = i + 1 == all.size();
     if (numbers.size() < kChunkLength && !last) continue;
 
-    const auto chunk = all.subspan(first, i + 1 - first);
-    if (parts_.notices.Stopping() || outcome->no_session) {
-      outcome->retries.insert(outcome->retries.end(), chunk.begin(), chunk.end());
+    const Chunk chunk{static_cast<std::int32_t>(first), std::string_view(numbers).substr(1),
+                      all.subspan(first, i + 1 - first)};
+    const bool told_before = message.submissions->Knows(chunk.position);
+    if (!told_before && (parts_.notices.Stopping() || outcome->no_session)) {
+      outcome->retries.insert(outcome->retries.end(), chunk.records.begin(), chunk.records.end());
     } else {
-      parts_.notices.ToMainWindow(kWmProgress, message.progress_index,
-                                  static_cast<std::int32_t>(all.size() - i));
-      sent += SendChunk(std::string_view(numbers).substr(1), chunk, outcome);
+      if (!told_before && !started && !message.submissions->AreOnlyAsked()) {
+        if (!Start(message, outcome)) {
+          if (outcome->no_session && !outcome->waiting) {
+            const auto rest = all.subspan(first);
+            outcome->retries.insert(outcome->retries.end(), rest.begin(), rest.end());
+          }
+          return sent;
+        }
+        started = true;
+      }
+      if (!told_before) {
+        parts_.notices.ToMainWindow(kWmProgress, message.progress_index,
+                                    static_cast<std::int32_t>(all.size() - i));
+      }
+      sent += SendChunk(chunk, message, outcome);
+      if (outcome->waiting) return sent;
     }
     numbers.clear();
     first = i + 1;
   }
-  if (sent > 0) End(outcome);
+  if (started && sent > 0) End(message, outcome);
   return sent;
 }
 
@@ -52,54 +62,61 @@ bool SendBatch::Start(const OutgoingMessage& message, SendOutcome* outcome) {
   const std::u16string wire =
       WireText::Of(message.text, IsUnicodeType(message.type), parts_.gateway);
   step_.SetProperties(message);
-  std::u16string wide_reply;
-  parts_.gateway.StartBatch(wire, &wide_reply);
-  const GatewayFailure failure = parts_.gateway.LastFailure(wide_reply);
-  const std::int32_t error = failure.code;
-  const std::string reply = platform::FromWide(wide_reply);
+  const SubmissionAnswer answer = message.submissions->StartBatch(wire);
+  const std::int32_t error = answer.failure.code;
   outcome->highest_error = std::max(outcome->highest_error, error);
-  outcome->unnamed_reason = Reason(failure);
+  outcome->unnamed_reason = Reason(answer.failure);
   if (error == kGatewayOk) {
     if (parts_.log.Enabled()) {
       parts_.log.Write("SMS batch started ok: Msg:%s API_ID:%s", message.text.c_str(),
-                       reply.c_str());
+                       answer.reply.c_str());
     }
     return true;
   }
   outcome->no_session = error == kNoSession;
+  outcome->waiting = answer.open;
+  if (answer.open) outcome->why_waiting = Why(answer.failure);
   if (parts_.log.Enabled()) {
-    parts_.log.Write("SMS Batch start failed: Error:%s Msg:%s", reply.c_str(),
-                     message.text.c_str());
+    parts_.log.Write("SMS Batch start %s: Error:%s Msg:%s", answer.open ? "not answered" : "failed",
+                     answer.reply.c_str(), message.text.c_str());
   }
-  if (error == kGatewayUnreachable)
-    ShowNoConnection(parts_.boxes, parts_.texts, parts_.settings, failure);
+  if (error == kGatewayUnreachable && !answer.open)
+    ShowNoConnection(parts_.boxes, parts_.texts, parts_.settings, answer.failure);
   return false;
 }
 
-std::int32_t SendBatch::SendChunk(std::string_view numbers, std::span<const RecipientRecord> chunk,
+std::int32_t SendBatch::SendChunk(const Chunk& chunk, const OutgoingMessage& message,
                                   SendOutcome* outcome) {
-  std::u16string wide_reply;
-  parts_.gateway.BatchSend(platform::ToWide(numbers), &wide_reply);
-  const GatewayFailure failure = parts_.gateway.LastFailure(wide_reply);
-  const std::int32_t error = failure.code;
-  const std::string reply = platform::FromWide(wide_reply);
+  const SubmissionAnswer answer = message.submissions->BatchSend(chunk.position, chunk.numbers);
+  const std::int32_t error = answer.failure.code;
   outcome->highest_error = std::max(outcome->highest_error, error);
-  if (parts_.log.Enabled()) {
+  if (parts_.log.Enabled() && !answer.told_before) {
     if (error != kGatewayOk) {
-      parts_.log.Write("QuickBatchSend failed: Error:%s", reply.c_str());
+      parts_.log.Write("QuickBatchSend %s: Error:%s", answer.open ? "not answered" : "failed",
+                       answer.reply.c_str());
     } else {
-      parts_.log.Write("QuickBatchSend SMS sent ok: Mobile:,%.*s", static_cast<int>(numbers.size()),
-                       numbers.data());
+      parts_.log.Write("QuickBatchSend SMS sent ok: Mobile:,%.*s",
+                       static_cast<int>(chunk.numbers.size()), chunk.numbers.data());
     }
   }
-  if (error == kNoSession) {
-    outcome->no_session = true;
-    outcome->retries.insert(outcome->retries.end(), chunk.begin(), chunk.end());
+  outcome->no_session = error == kNoSession;
+  outcome->waiting = answer.open;
+  if (answer.open) outcome->why_waiting = Why(answer.failure);
+  if (answer.open) return 0;
+  if (answer.too_late || answer.in_doubt) {
+    auto& list = answer.too_late ? outcome->failures : outcome->in_doubt;
+    for (const RecipientRecord& record : chunk.records)
+      list.push_back({record, answer.failure.words});
     return 0;
   }
-  outcome->unnamed_reason = Reason(error != kGatewayOk ? failure : GatewayFailure{kNotUnderstood});
+  if (outcome->no_session) {
+    outcome->retries.insert(outcome->retries.end(), chunk.records.begin(), chunk.records.end());
+    return 0;
+  }
+  outcome->unnamed_reason =
+      Reason(error != kGatewayOk ? answer.failure : GatewayFailure{kNotUnderstood});
   const std::size_t before = outcome->failures.size();
-  const std::int32_t sent = RecordChunkReply(reply, chunk, outcome);
+  const std::int32_t sent = RecordChunkReply(answer.reply, chunk.records, outcome);
   if (IsUnreachable(error)) {  // all of the chunk for one reason, which the lines tell less well
     for (std::size_t i = before; i < outcome->failures.size(); ++i)
       outcome->failures[i].reason = outcome->unnamed_reason;
@@ -107,22 +124,25 @@ std::int32_t SendBatch::SendChunk(std::string_view numbers, std::span<const Reci
   return sent;
 }
 
-std::string SendBatch::Reason(const GatewayFailure& failure) const {
-  if (failure.code == kGatewayOk) return {};
-  return ReasonText(failure, parts_.texts, parts_.settings.Text(TextSetting::kComBaseUrl));
-}
-
-void SendBatch::End(SendOutcome* outcome) {
-  std::u16string wide_reply;
-  parts_.gateway.EndBatch(&wide_reply);
-  const std::int32_t error = parts_.gateway.LastError();
+void SendBatch::End(const OutgoingMessage& message, SendOutcome* outcome) {
+  const SubmissionAnswer answer = message.submissions->EndBatch();
+  const std::int32_t error = answer.failure.code;
   outcome->highest_error = std::max(outcome->highest_error, error);
   if (!parts_.log.Enabled()) return;
   if (error != kGatewayOk) {
-    parts_.log.Write("EndBatch failed: Error:%s", platform::FromWide(wide_reply).c_str());
+    parts_.log.Write("EndBatch failed: Error:%s", answer.reply.c_str());
   } else {
     parts_.log.Write("EndBatch SMS ok");
   }
+}
+
+std::string SendBatch::Why(const GatewayFailure& failure) const {
+  return FailureText(failure, parts_.texts, parts_.settings.Text(TextSetting::kComBaseUrl));
+}
+
+std::string SendBatch::Reason(const GatewayFailure& failure) const {
+  if (failure.code == kGatewayOk) return {};
+  return ReasonText(failure, parts_.texts, parts_.settings.Text(TextSetting::kComBaseUrl));
 }
 
 std::int32_t RecordChunkReply(std::string_view reply, std::span<const RecipientRecord> chunk,

@@ -16,15 +16,22 @@ class SendBatch {
   SendBatch(const EngineParts& parts, SendStep& step) : parts_(parts), step_(step) {}
 
   // Sends to all of outcome->all and fills the outcome's lists. Recipients that no reply names are
-  // put on none of them; a stop request puts the chunks not yet sent on the retry list. Returns how
-  // many were sent.
+  // put on none of them; a stop request puts the chunks not yet sent on the retry list; where
+  // nobody answers the outcome is waiting. Chunks whose answer the journal has are not sent again.
+  // Returns how many were sent.
   std::int32_t Send(const OutgoingMessage& message, SendOutcome* outcome);
 
  private:
+  struct Chunk {
+    std::int32_t position;  // of its first record among the message's recipients
+    std::string_view numbers;
+    std::span<const RecipientRecord> records;
+  };
+
   bool Start(const OutgoingMessage& message, SendOutcome* outcome);
-  std::int32_t SendChunk(std::string_view numbers, std::span<const RecipientRecord> chunk,
-                         SendOutcome* outcome);
-  void End(SendOutcome* outcome);
+  std::int32_t SendChunk(const Chunk& chunk, const OutgoingMessage& message, SendOutcome* outcome);
+  void End(const OutgoingMessage& message, SendOutcome* outcome);
+  std::string Why(const GatewayFailure& failure) const;
   std::string Reason(const GatewayFailure& failure) const;  // empty for a success
 
   EngineParts parts_;

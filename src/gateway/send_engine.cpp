@@ -145,9 +145,11 @@ void SendEngine::RunRequests() {
 void SendEngine::RunRequest(const EngineRequest& request) {
   switch (request.kind) {
     case RequestKind::kSendOne:
+      if (request.id == kEveryMessage) send_pass_.TryAgain();
       send_pass_.SendQueuedSMSs(request.id);
       break;
     case RequestKind::kSendList:
+      send_pass_.TryAgain();
       for (const std::int32_t id : request.list.ids) send_pass_.SendQueuedSMSs(id);
       if (request.list.go_offline) parts_.notices.GoOffline();
       break;

@@ -2,75 +2,37 @@
 
 #include <algorithm>
 #include <exception>
-#include <unordered_map>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include "app/log_file.h"
 #include "app/settings.h"
-#include "app/texts.h"
 #include "gateway/engine_notices.h"
 #include "gateway/engine_requests.h"
 #include "gateway/gateway_client.h"
+#include "gateway/message_submissions.h"
 #include "platform/clock.h"
 #include "store/sms_database.h"
 
 namespace orvalo {
-
 namespace {
 
-constexpr std::int32_t kFirstQueryInterval = 60;  // seconds
-constexpr int kNoRecipientTextId = 2266;
-
-// Recipients that no list accounts for, counted by number, since a number may be given twice.
-std::vector<RecipientRecord> Unaccounted(const SendOutcome& outcome) {
-  std::unordered_map<std::string_view, std::int32_t> accounted;
-  const auto count = [&](const auto& list) {
-    for (const RecipientRecord& record : list) ++accounted[record.number.view()];
-  };
-  count(outcome.successes);
-  count(outcome.failures);
-  count(outcome.retries);
-  std::vector<RecipientRecord> missing;
-  for (const RecipientRecord& record : outcome.all) {
-    if (const auto found = accounted.find(record.number.view());
-        found != accounted.end() && found->second > 0) {
-      --found->second;
-    } else {
-      missing.push_back(record);
-    }
-  }
-  return missing;
-}
-
-SmsDatabase::SmsOutcome Accepted(SmsStatus status, const RecipientRecord& record,
-                                 std::int64_t now) {
-  return {status, record.gateway_id.view(), kFirstQueryInterval,
-          static_cast<std::int32_t>(now + kFirstQueryInterval), record.number.view()};
-}
-
-SmsDatabase::SmsOutcome Refused(const RecipientRecord& record, std::string_view reason) {
-  return {SmsStatus::kFailed, {}, 0, 0, record.number.view(), reason};
-}
-
-// Every number that the message has gone to, in the order of its recipients.
-std::string NumbersOf(const SendOutcome& outcome) {
-  std::string numbers;
-  for (const RecipientRecord& record : outcome.all) {
-    if (!numbers.empty()) numbers += ',';
-    numbers += record.number.view();
-  }
-  return numbers;
-}
+// Between tries of what nobody has answered, in milliseconds. A little less than the time between
+// two wakes of the engine, so that the first of them counts.
+constexpr std::int64_t kShortestPause = 55'000;
+constexpr std::int64_t kLongestPause = 15 * 60'000;
 
 }  // namespace
 
 SendPass::SendPass(const EngineParts& parts, std::mutex& pass_lock)
     : parts_(parts),
       pass_lock_(pass_lock),
-      personaliser_(parts.texts, parts.database),
+      journal_(parts.database),
+      planner_(parts_, journal_),
       step_(parts_),
-      batch_(parts_, step_) {}
+      batch_(parts_, step_),
+      recorder_(parts_, journal_) {}
 
 void SendPass::SendQueuedSMSs(std::int32_t id) {
   parts_.notices.ToMainWindow(kWmSending);
@@ -78,7 +40,9 @@ void SendPass::SendQueuedSMSs(std::int32_t id) {
   if (!online && !in_hand_) return;
   Guarded([&] {
     const bool recorded = RecordInHand();
-    return (online && WalkPending(id)) || recorded;
+    if (!online) return recorded;
+    const bool any = parts_.gateway.KeepsKeys() ? WalkJournal(id) : WalkPending(id);
+    return any || recorded;
   });
 }
 
@@ -91,6 +55,8 @@ void SendPass::Guarded(const std::function<bool()>& work) {
   try {
     if (work()) parts_.notices.TellOutbox(0);
   } catch (const std::exception& problem) {
+    // What stands in the journal is taken up from there.
+    if (in_hand_ && !in_hand_->complete && parts_.gateway.KeepsKeys()) in_hand_.reset();
     TellStoreRefusal(parts_, problem);
     if (parts_.log.Enabled()) {
       parts_.log.Write("CRITICAL ERROR: Catch in SendQueuedSMSs");
@@ -102,7 +68,7 @@ void SendPass::Guarded(const std::function<bool()>& work) {
 
 bool SendPass::RecordInHand() {
   if (!in_hand_) return false;
-  RecordOutcome(*in_hand_);
+  recorder_.Record(in_hand_->row, in_hand_->delay, in_hand_->outcome);
   in_hand_.reset();
   return true;
 }
@@ -112,15 +78,69 @@ bool SendPass::WalkPending(std::int32_t id) {
   bool any = false;
   for (std::size_t position = pending.size(); position > 0 && !parts_.notices.Stopping();
        --position) {
-    MessageRow row;
-    if (!TakeRow(pending[position - 1], &row)) continue;
-    parts_.notices.TellOutbox(row.id);
-    const bool online = SendRow(std::move(row), static_cast<std::int32_t>(position));
+    PlannedMessage message;
+    if (!TakeRow(pending[position - 1], &message.row)) continue;
+    message.entry = planner_.Fix(message.row);
     any = true;
-    parts_.notices.ToMainWindow(kWmBalance);
-    if (!online) break;  // the rest waits for a login, untried
+    if (SendPlanned(std::move(message), static_cast<std::int32_t>(position)) == After::kGiveUp)
+      break;
   }
   return any;
+}
+
+bool SendPass::WalkJournal(std::int32_t id) {
+  const bool too_early = parts_.clock.Tick() < next_try_;
+  if (too_early && gave_up_) return false;
+  std::vector<std::int32_t> unfinished = journal_.Unfinished();
+  if (id != kEveryMessage)
+    std::erase_if(unfinished, [id](std::int32_t other) { return other != id; });
+  const std::vector<std::int32_t> pending = parts_.database.PendingSms(id);
+  std::span<const std::int32_t> left(pending);
+  auto position = static_cast<std::int32_t>(pending.size() + unfinished.size());
+  waiting_ = 0;
+  bool any = false;
+  After after = After::kGoOn;
+  while (!left.empty() && after == After::kGoOn && !parts_.notices.Stopping()) {
+    auto planned = planner_.Plan(&left);
+    while (!planned.empty() && after == After::kGoOn && !parts_.notices.Stopping()) {
+      PlannedMessage message = std::move(planned.front());
+      planned.pop_front();
+      const std::int32_t index = position--;
+      // The row may have been deleted or opened for editing meanwhile, its entry with it.
+      if (!journal_.Take(message.row.id, message.entry.key)) continue;
+      any = true;
+      after = SendPlanned(std::move(message), index);
+    }
+    ForgetPlanned(planned);
+  }
+  for (auto next = unfinished.rbegin(); !too_early && next != unfinished.rend() &&
+                                        after == After::kGoOn && !parts_.notices.Stopping();
+       ++next) {
+    auto message = planner_.Resume(*next);
+    const std::int32_t index = position--;
+    if (!message) continue;
+    any = true;
+    after = SendPlanned(std::move(*message), index);
+  }
+  gave_up_ = after == After::kGiveUp;
+  if (!too_early) SetNextTry();
+  return any;
+}
+
+void SendPass::SetNextTry() {
+  pause_ = waiting_ == 0 ? 0 : std::clamp(2 * pause_, kShortestPause, kLongestPause);
+  next_try_ = parts_.clock.Tick() + pause_;
+}
+
+// Nothing of them has gone out: the next pass plans them anew. An entry that stays behind does no
+// harm.
+void SendPass::ForgetPlanned(const std::deque<PlannedMessage>& planned) {
+  if (planned.empty()) return;
+  SmsDatabase::Transaction transaction(parts_.database);
+  for (const PlannedMessage& message : planned) {
+    if (message.entry.answers.empty()) journal_.Close(message.row.id);
+  }
+  transaction.Commit();
 }
 
 // The row may have been deleted or opened for editing since the selection was made. One flush of
@@ -135,8 +155,52 @@ bool SendPass::TakeRow(std::int32_t id, MessageRow* row) {
   return true;
 }
 
+SendPass::After SendPass::SendPlanned(PlannedMessage message, std::int32_t progress_index) {
+  parts_.notices.TellOutbox(message.row.id);
+  const After after = SendRow(std::move(message), progress_index);
+  parts_.notices.ToMainWindow(kWmBalance);
+  return after;
+}
+
 // A failure on the way leaves in hand what the gateway has taken so far.
-bool SendPass::SendRow(MessageRow row, std::int32_t progress_index) {
+SendPass::After SendPass::SendRow(PlannedMessage planned, std::int32_t progress_index) {
+  OutgoingMessage message = Outgoing(planned.row, progress_index);
+  MessageSubmissions submissions(parts_, journal_, planned.entry);
+  message.submissions = &submissions;
+  auto& in_hand = in_hand_.emplace(InHand{planned.row, message.delay, {}});
+  SendOutcome& outcome = in_hand.outcome;
+  SendToAll(planned, message, &outcome);
+  if (outcome.waiting) {
+    submissions.KeepAnswers();
+    const SendOutcome left = std::move(outcome);
+    in_hand_.reset();
+    return LeaveWaiting(planned, left);
+  }
+  in_hand.complete = true;
+  const bool online = !outcome.no_session;
+  if (online && outcome.recipients > 0) parts_.notices.SendingGoesOn();
+  if (!online && outcome.successes.empty() && outcome.failures.empty()) {
+    parts_.database.ChangeStatus(planned.row.id, SmsStatus::kProcessing, SmsStatus::kPending);
+    in_hand_.reset();
+  } else {
+    RecordInHand();
+  }
+  return online ? After::kGoOn : After::kGiveUp;
+}
+
+// The journal has what was answered so far, and the keys of the rest.
+SendPass::After SendPass::LeaveWaiting(const PlannedMessage& message, const SendOutcome& outcome) {
+  const bool untried = outcome.no_session && !message.taken && message.entry.answers.empty() &&
+                       outcome.successes.empty() && outcome.failures.empty();
+  if (untried)
+    parts_.database.ChangeStatus(message.row.id, SmsStatus::kProcessing, SmsStatus::kPending);
+  parts_.notices.SendingWaits(outcome.why_waiting);
+  ++waiting_;
+  const bool nobody_there = outcome.no_session || IsUnreachable(outcome.highest_error);
+  return nobody_there || waiting_ > 1 ? After::kGiveUp : After::kGoOn;
+}
+
+OutgoingMessage SendPass::Outgoing(const MessageRow& row, std::int32_t progress_index) const {
   OutgoingMessage message;
   message.type = row.type;
   message.text = row.msg;
@@ -147,93 +211,43 @@ bool SendPass::SendRow(MessageRow row, std::int32_t progress_index) {
         static_cast<std::int32_t>(std::max<std::int64_t>(row.time - parts_.clock.Now(), 0));
   }
   message.progress_index = progress_index;
-  auto& in_hand = in_hand_.emplace(InHand{std::move(row), message.delay, {}});
-  SendMessageRow(message, in_hand.row.to, &in_hand.outcome);
-  const bool online = !in_hand.outcome.no_session;
-  RecordInHand();
-  return online;
+  return message;
 }
 
-void SendPass::SendMessageRow(const OutgoingMessage& message, std::string_view to,
-                              SendOutcome* outcome) {
-  outcome->all = ExpandRecipients(to, parts_.settings.Text(TextSetting::kPrefix), parts_.database);
+void SendPass::SendToAll(const PlannedMessage& planned, const OutgoingMessage& message,
+                         SendOutcome* outcome) {
+  outcome->all.reserve(planned.entry.recipients.size());
+  for (const JournalRecipient& recipient : planned.entry.recipients) {
+    RecipientRecord& record = outcome->all.emplace_back();
+    record.contact_id = recipient.contact_id;
+    record.number = recipient.number;
+    record.entry = recipient.entry;
+  }
   outcome->recipients = static_cast<std::int32_t>(outcome->all.size());
-  const bool plain = GatewayTypeCode(message.type) == 0 && !personaliser_.HasFields(message.text);
-  if (!plain) {
-    SendPersonalised(message, outcome);
-  } else if (outcome->recipients < 2) {
-    SendOneByOne(message, outcome);
-  } else {
+  if (planner_.IsPlain(planned.row) && outcome->recipients >= 2) {
     batch_.Send(message, outcome);
-  }
-}
-
-void SendPass::SendOneByOne(const OutgoingMessage& message, SendOutcome* outcome) {
-  const std::u16string wire =
-      WireText::Of(message.text, IsUnicodeType(message.type), parts_.gateway);
-  std::int32_t to_go = outcome->recipients;
-  for (const RecipientRecord& record : outcome->all) {
-    step_.Send(SendStep::Kind::kPlain, message, message.text, wire, record, to_go--, outcome);
-  }
-}
-
-void SendPass::SendPersonalised(const OutgoingMessage& message, SendOutcome* outcome) {
-  std::int32_t to_go = outcome->recipients;
-  for (const RecipientRecord& record : outcome->all) {
-    const std::string text = personaliser_.Personalise(record.contact_id, message.text);
-    const std::u16string wire = WireText::Of(text, IsUnicodeType(message.type), parts_.gateway);
-    step_.Send(SendStep::Kind::kPersonalised, message, text, wire, record, to_go--, outcome);
-  }
-}
-
-void SendPass::RecordOutcome(const InHand& message) {
-  const auto& [row, delay, outcome] = message;
-  if (outcome.no_session && outcome.successes.empty() && outcome.failures.empty()) {
-    parts_.database.ChangeStatus(row.id, SmsStatus::kProcessing, SmsStatus::kPending);
-  } else if (outcome.recipients >= 2) {
-    RecordChildren(row, outcome);
-  } else if (outcome.recipients == 1) {
-    RecordSingle(row, delay, outcome);
   } else {
-    const std::string reason = parts_.texts.Load(kNoRecipientTextId);
-    parts_.database.SetOutcome(row.id, SmsStatus::kProcessing,
-                               {SmsStatus::kFailed, {}, 0, 0, {}, reason});
+    SendOneByOne(planned, message, outcome);
   }
 }
 
-void SendPass::RecordChildren(const MessageRow& row, const SendOutcome& outcome) {
-  const std::vector<RecipientRecord> missing = Unaccounted(outcome);
-  std::vector<SmsDatabase::ChildSms> children;
-  children.reserve(outcome.successes.size() + outcome.failures.size() + missing.size() +
-                   outcome.retries.size());
-  for (const RecipientRecord& record : outcome.successes) {
-    children.push_back(
-        {record.entry.view(), Accepted(SmsStatus::kUnknown, record, parts_.clock.Now())});
+void SendPass::SendOneByOne(const PlannedMessage& planned, const OutgoingMessage& message,
+                            SendOutcome* outcome) {
+  const bool unicode = IsUnicodeType(message.type);
+  const auto kind =
+      planner_.IsPlain(planned.row) ? SendStep::Kind::kPlain : SendStep::Kind::kPersonalised;
+  const std::u16string shared = WireText::Of(message.text, unicode, parts_.gateway);
+  for (std::int32_t position = 0; position < outcome->recipients; ++position) {
+    const JournalRecipient& recipient =
+        planned.entry.recipients[static_cast<std::size_t>(position)];
+    const RecipientRecord& record = outcome->all[static_cast<std::size_t>(position)];
+    if (recipient.has_own_text) {
+      const std::u16string own = WireText::Of(recipient.text, unicode, parts_.gateway);
+      step_.Send(kind, message, recipient.text, own, record, position, outcome);
+    } else {
+      step_.Send(kind, message, message.text, shared, record, position, outcome);
+    }
   }
-  for (const RefusedRecipient& record : outcome.failures)
-    children.push_back({record.entry.view(), Refused(record, record.reason)});
-  for (const RecipientRecord& record : missing)
-    children.push_back({record.entry.view(), Refused(record, outcome.unnamed_reason)});
-  for (const RecipientRecord& record : outcome.retries) {
-    children.push_back({record.entry.view(), {SmsStatus::kPending}});
-  }
-  SmsDatabase::Transaction transaction(parts_.database);
-  if (!parts_.database.SetExpanded(row.id, SmsStatus::kProcessing, NumbersOf(outcome))) return;
-  parts_.database.AddChildren(row.id, children);
-  transaction.Commit();
-}
-
-void SendPass::RecordSingle(const MessageRow& row, std::int32_t delay, const SendOutcome& outcome) {
-  SmsDatabase::SmsOutcome fate{SmsStatus::kPending};
-  if (!outcome.successes.empty()) {
-    const SmsStatus sent = delay != 0 ? SmsStatus::kScheduledOnServer : SmsStatus::kUnknown;
-    fate = Accepted(sent, outcome.successes.front(), parts_.clock.Now());
-  } else if (!outcome.failures.empty() || outcome.retries.empty()) {
-    const bool told = !outcome.failures.empty();
-    fate = Refused(outcome.all.front(),
-                   told ? std::string_view(outcome.failures.front().reason) : std::string_view());
-  }
-  parts_.database.SetOutcome(row.id, SmsStatus::kProcessing, fate);
 }
 
 }  // namespace orvalo

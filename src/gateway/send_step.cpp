@@ -7,6 +7,7 @@
 #include "app/texts.h"
 #include "gateway/engine_notices.h"
 #include "gateway/gateway_client.h"
+#include "gateway/message_submissions.h"
 #include "platform/code_page.h"
 #include "platform/message_box.h"
 #include "store/message_type.h"
@@ -46,48 +47,60 @@ void SendStep::SetProperties(const OutgoingMessage& message) {
 }
 
 void SendStep::Send(Kind kind, const OutgoingMessage& message, std::string_view text,
-                    const std::u16string& wire, const RecipientRecord& record, std::int32_t to_go,
-                    SendOutcome* outcome) {
-  if (outcome->no_session) {
+                    const std::u16string& wire, const RecipientRecord& record,
+                    std::int32_t position, SendOutcome* outcome) {
+  if (outcome->waiting) return;
+  MessageSubmissions& submissions = *message.submissions;
+  const bool told_before = submissions.Knows(position);
+  if (!told_before && (outcome->no_session || parts_.notices.Stopping())) {
     outcome->retries.push_back(record);
     return;
   }
-  parts_.notices.ToMainWindow(kWmProgress, message.progress_index, to_go);
-  SetProperties(message);
-
-  std::u16string wide_reply;
   const std::string number(record.number.view());
-  parts_.gateway.Send(1, wire, platform::ToWide(number), &wide_reply);
-  const GatewayFailure failure = parts_.gateway.LastFailure(wide_reply);
-  const std::int32_t error = failure.code;
-  const std::string reply = platform::FromWide(wide_reply);
+  if (!told_before) {
+    parts_.notices.ToMainWindow(kWmProgress, message.progress_index,
+                                outcome->recipients - position);
+    SetProperties(message);
+  }
+  const SubmissionAnswer answer = submissions.Send(position, wire, number);
+  const std::int32_t error = answer.failure.code;
+  const std::string& reply = answer.reply;
   outcome->highest_error = std::max(outcome->highest_error, error);
 
   const std::string address = parts_.settings.Text(TextSetting::kComBaseUrl);
-  const bool personalised = kind == Kind::kPersonalised;
+  const char* const name = kind == Kind::kPersonalised ? "ComplexSMS" : "SMS";
+  const bool log = parts_.log.Enabled() && !told_before;
   if (error != kGatewayOk) {
-    if (error == kGatewayUnreachable) {
-      ShowNoConnection(parts_.boxes, parts_.texts, parts_.settings, failure);
+    if (error == kGatewayUnreachable && !answer.open) {
+      ShowNoConnection(parts_.boxes, parts_.texts, parts_.settings, answer.failure);
     }
-    if (parts_.log.Enabled()) {
-      parts_.log.Write("%s failed: Error:%s Mobile:%s Msg:%.*s",
-                       personalised ? "ComplexSMS" : "SMS", reply.c_str(), number.c_str(),
+    if (log) {
+      parts_.log.Write("%s %s: Error:%s Mobile:%s Msg:%.*s", name,
+                       answer.open ? "not answered" : "failed", reply.c_str(), number.c_str(),
                        static_cast<int>(text.size()), text.data());
     }
-    if (error == kNoSession) {
-      outcome->no_session = true;
+    outcome->no_session = error == kNoSession;
+    outcome->waiting = answer.open;
+    if (answer.open) outcome->why_waiting = FailureText(answer.failure, parts_.texts, address);
+    if (answer.open) return;
+    if (answer.in_doubt) {
+      outcome->in_doubt.push_back({record, answer.failure.words});
+      return;
+    }
+    if (outcome->no_session) {
       outcome->retries.push_back(record);
     } else {
-      outcome->failures.push_back({record, ReasonText(failure, parts_.texts, address)});
+      outcome->failures.push_back(
+          {record, answer.too_late ? answer.failure.words
+                                   : ReasonText(answer.failure, parts_.texts, address)});
     }
     return;
   }
   RecipientRecord sent = record;
   sent.gateway_id = "," + reply;
   outcome->successes.push_back(sent);
-  if (parts_.log.Enabled()) {
-    parts_.log.Write("%s sent ok: Mobile:%s Msg:%.*s API_ID:%s",
-                     personalised ? "ComplexSMS" : "SMS", number.c_str(),
+  if (log) {
+    parts_.log.Write("%s sent ok: Mobile:%s Msg:%.*s API_ID:%s", name, number.c_str(),
                      static_cast<int>(text.size()), text.data(), reply.c_str());
   }
 }

@@ -9,13 +9,16 @@
 
 namespace orvalo {
 
+class MessageSubmissions;
+
 // One message on its way out: what every recipient of it shares.
 struct OutgoingMessage {
   std::int32_t type = 0;  // as stored
   std::string text;       // as stored, fields not yet replaced
   std::string sender_id;
-  std::int32_t delay = 0;           // seconds until it is to be delivered; 0: at once
-  std::int32_t progress_index = 0;  // rows of this pass still to do, this one counted
+  std::int32_t delay = 0;                     // seconds until it is to be delivered; 0: at once
+  std::int32_t progress_index = 0;            // rows of this pass still to do, this one counted
+  MessageSubmissions* submissions = nullptr;  // the way out of it
 };
 
 // A recipient that the gateway has not taken, and why: see ReasonText.
@@ -31,6 +34,9 @@ struct SendOutcome {
   std::vector<RefusedRecipient> failures;
   std::vector<RecipientRecord> retries;  // not tried: the engine stops, or nobody is logged in
   bool no_session = false;               // the gateway takes nothing until the next login
+  bool waiting = false;  // a submission is open: what is on no list goes out later, under its key
+  std::string why_waiting;
+  std::vector<RefusedRecipient> in_doubt;  // the gateway cannot tell whether it has them
   std::int32_t highest_error = 0;
   std::string unnamed_reason;  // why recipients failed that no list names
 };
@@ -53,11 +59,12 @@ class SendStep {
   // Hands the per-message properties to the component; they hold until they are set again.
   void SetProperties(const OutgoingMessage& message);
 
-  // Sends `wire` to `record`'s number and puts the record on the outcome's success or failure list.
-  // `text` is the same text for the log; `to_go` counts the recipients not yet handled, this one
-  // included.
+  // Sends `wire` to `record`'s number and puts the record on the outcome's success or failure list;
+  // on the retry list when the engine is to stop; on none when nobody answers: the outcome is then
+  // waiting, and so are all that follow. `text` is the same text for the log; `position` is the
+  // record's among the message's recipients.
   void Send(Kind kind, const OutgoingMessage& message, std::string_view text,
-            const std::u16string& wire, const RecipientRecord& record, std::int32_t to_go,
+            const std::u16string& wire, const RecipientRecord& record, std::int32_t position,
             SendOutcome* outcome);
 
  private:

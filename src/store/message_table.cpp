@@ -2,6 +2,7 @@
 #include "store/connection.h"
 #include "store/id_counters.h"
 #include "store/message_rows.h"
+#include "store/send_journal.h"
 #include "store/sms_database.h"
 
 namespace orvalo {
@@ -38,8 +39,11 @@ constexpr Sql kSelectKeys[] = {
     Sql("SELECT ID, Time, Stat, Charge FROM SMS ORDER BY ID"),
 };
 constexpr Sql kSelectInterrupted(
-    "SELECT ID FROM SMS WHERE Stat = 10 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) ORDER "
-    "BY ID");
+    "SELECT ID, EXISTS(SELECT 1 FROM SENDING WHERE SENDING.ID = SMS.ID) FROM SMS "
+    "WHERE Stat = 10 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat = 10) ORDER BY ID");
+// The mark of a row may be gone where its journal entry, which is flushed, is not.
+constexpr Sql kMarkInterrupted(
+    "UPDATE SMS SET Stat = 10 WHERE ID IN (SELECT ID FROM SENDING) AND +Stat = 0");
 
 std::int32_t CountRows(Connection* connection, const Sql& sql) {
   if (connection == nullptr) return 0;
@@ -106,7 +110,12 @@ bool SmsDatabase::SetSmsStatus(std::int32_t id, SmsStatus status) {
 
 bool SmsDatabase::BeginEditSms(std::int32_t id) {
   Connection* connection = Here();
-  return connection != nullptr && Run(*connection, kBeginEdit, id) > 0;
+  if (connection == nullptr) return false;
+  Transaction transaction(*this);
+  const bool found = Run(*connection, kBeginEdit, id) > 0;
+  if (found) EndJournalEntry(*connection, id);
+  transaction.Commit();
+  return found;
 }
 
 bool SmsDatabase::UpdateEditedSms(std::int32_t id, std::int32_t type, std::string_view to,
@@ -150,6 +159,7 @@ void SmsDatabase::DeleteSms(std::int32_t id) {
   Transaction transaction(*this);
   CatchUp(*connection, kMessageIds);
   Run(*connection, kDeleteMessage, id);
+  EndJournalEntry(*connection, id);
   transaction.Commit();
 }
 
@@ -195,18 +205,22 @@ std::string SmsDatabase::RecipientDisplayText(std::string_view to) {
   return connection == nullptr ? std::string() : DisplayTextOf(*connection, to);
 }
 
-std::vector<std::int32_t> SmsDatabase::FailInterruptedSms() {
-  std::vector<std::int32_t> ids;
+SmsDatabase::InterruptedSms SmsDatabase::TakeUpInterruptedSms() {
+  InterruptedSms interrupted;
   Connection* connection = Here();
-  if (connection == nullptr) return ids;
+  if (connection == nullptr) return interrupted;
   Transaction transaction(*this);
+  Run(*connection, kMarkInterrupted);
   {
     Query query(*connection, kSelectInterrupted);
-    while (query.Step()) ids.push_back(query.Int(0));
+    while (query.Step()) {
+      (query.Int(1) != 0 ? interrupted.going_on : interrupted.failed).push_back(query.Int(0));
+    }
   }
-  for (const std::int32_t id : ids) Run(*connection, kSetStatus, id, SmsStatus::kFailed);
+  for (const std::int32_t id : interrupted.failed)
+    Run(*connection, kSetStatus, id, SmsStatus::kFailed);
   transaction.Commit();
-  return ids;
+  return interrupted;
 }
 
 }  // namespace orvalo

@@ -37,10 +37,20 @@ CREATE TABLE CONTACT_GROUP_MAP(CID INTEGER NOT NULL, GID INTEGER NOT NULL);
 CREATE INDEX MAP_CID ON CONTACT_GROUP_MAP(CID);
 )";
 
+// The journal of what is being sent; see send_journal.h.
+constexpr const char* kJournalTables =
+    "CREATE TABLE SENDING(ID INTEGER PRIMARY KEY, Key TEXT NOT NULL, Since INTEGER NOT NULL);"
+    "CREATE TABLE SENDING_TO(ID INTEGER NOT NULL, Pos INTEGER NOT NULL, CID INTEGER NOT NULL, "
+    "Number TEXT NOT NULL, Entry TEXT NOT NULL, OwnText INTEGER NOT NULL, Text TEXT NOT NULL, "
+    "PRIMARY KEY(ID, Pos)) WITHOUT ROWID;"
+    "CREATE TABLE SENDING_ANSWER(ID INTEGER NOT NULL, Pos INTEGER NOT NULL, Code INTEGER NOT NULL, "
+    "Words TEXT NOT NULL, Reply TEXT NOT NULL, PRIMARY KEY(ID, Pos)) WITHOUT ROWID;";
+
 // What each schema has more than the one before it, from 2 on.
 constexpr const char* kUpgrades[] = {
     "ALTER TABLE SMS ADD COLUMN Number TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE SMS ADD COLUMN Reason TEXT NOT NULL DEFAULT '';",
+    kJournalTables,
 };
 
 constexpr const char* kContactIndices =
@@ -62,7 +72,13 @@ constexpr Sql kTableChecks[] = {
     Sql("SELECT ID FROM NextContactID"),
 };
 
-constexpr Sql kColumnCheck("SELECT Number, Reason FROM SMS LIMIT 1");
+// The same of what later schemas have.
+constexpr Sql kLaterChecks[] = {
+    Sql("SELECT Number, Reason FROM SMS LIMIT 1"),
+    Sql("SELECT ID, Key, Since FROM SENDING LIMIT 1"),
+    Sql("SELECT ID, Pos, CID, Number, Entry, OwnText, Text FROM SENDING_TO LIMIT 1"),
+    Sql("SELECT ID, Pos, Code, Words, Reply FROM SENDING_ANSWER LIMIT 1"),
+};
 
 std::int64_t ReadNumber(Connection& connection, const Sql& sql) {
   Query query(connection, sql);
@@ -71,6 +87,7 @@ std::int64_t ReadNumber(Connection& connection, const Sql& sql) {
 
 void MakeTables(Connection& connection) {
   connection.Execute(kTables);
+  connection.Execute(kJournalTables);
   MakeContactIndices(connection);
   connection.Execute("PRAGMA application_id=" + std::to_string(kApplicationId));
 }
@@ -126,7 +143,7 @@ int PrepareSchema(Connection& connection, bool create) {
     if (!create) return found;
     ChangeSchema(connection, [&] { Upgrade(connection, found); });
   }
-  Query(connection, kColumnCheck).Step();
+  for (const Sql& check : kLaterChecks) Query(connection, check).Step();
   return kSchemaNumber;
 }
 

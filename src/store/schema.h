@@ -5,7 +5,7 @@ namespace orvalo {
 class Connection;
 
 // The tables of "SMS.db" and the number that tells their version.
-inline constexpr int kSchemaNumber = 2;
+inline constexpr int kSchemaNumber = 3;
 inline constexpr int kApplicationId = 0x4f72766c;  // tells our file from another program's
 
 // Creates the tables in an empty file, and brings an older file up to this version. Throws

@@ -95,8 +95,8 @@ class SmsDatabase {
   // For a row that others may have changed since it was read: false, changing nothing, when its
   // status is not the expected one any more or it is gone.
   bool ChangeStatus(std::int32_t id, SmsStatus expected, SmsStatus status);
-  // A row already in Editing keeps its saved status. False, changing nothing, for one that is just
-  // being sent: an edit would send it again.
+  // A row already in Editing keeps its saved status; its entry in the send journal goes. False,
+  // changing nothing, for one that is just being sent: an edit would send it again.
   bool BeginEditSms(std::int32_t id);
   // False, changing nothing, when the row is not in Editing (any more). Delayed messages stay
   // delayed; any other becomes Pending, or with `keep_time` Scheduled.
@@ -134,9 +134,14 @@ class SmsDatabase {
   // there are more; at most 127 characters, cut at a character.
   std::string RecipientDisplayText(std::string_view to);
 
-  // Rows that a killed run left in Processing become Failed: what became of them at the gateway is
-  // not known, and sending them again might double them. Their ids, for the log.
-  std::vector<std::int32_t> FailInterruptedSms();
+  // What a killed run or a power cut left half sent; their ids, for the log. Rows with an entry in
+  // the send journal are marked Processing: the send pass goes on with them. Rows in Processing
+  // without one become Failed: what became of them at the gateway is not known, and sending them
+  // again might double them. To be called before anything sends, edits or deletes.
+  struct InterruptedSms {
+    std::vector<std::int32_t> going_on, failed;
+  };
+  InterruptedSms TakeUpInterruptedSms();
 
   // --- Selections and updates of the send engine
   // -------------------------------------------------------------------------
@@ -255,6 +260,7 @@ class SmsDatabase {
 
  private:
   friend class ContactLoader;
+  friend class SendJournal;
   Connection* Here();  // the calling thread's connection; null when unusable
   std::string path_;
   std::string problem_;

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kProductNameId = 1024;
 constexpr int kStoreRefusedTextId = 2193;
+constexpr int kSendingWaitsTextId = 2360;
 constexpr int kStatusQueryFailedId = 1412;
 
 QImage Banner(const std::string& data_folder) {
@@ -103,6 +104,7 @@ void Desktop::Handle(std::uint32_t message, std::int32_t wparam, std::int32_t lp
   if (message == kWmLoggedIn) banner_.Start();
   if (message == kWmStoreRefused) ShowStoreProblem();
   if (message == kWmQueryFailed) ShowQueryProblem();
+  if (message == kWmSendingWaits) ShowWaiting();
 }
 
 void Desktop::ShowStoreProblem() {
@@ -111,6 +113,14 @@ void Desktop::ShowStoreProblem() {
   program_.GetMessageBoxes().Show(
       program_.GetTexts().Format(kStoreRefusedTextId, {problem}).value_or(problem),
       program_.GetTexts().Load(kProductNameId), platform::BoxIcon::kStop);
+}
+
+void Desktop::ShowWaiting() {
+  const std::string reason = program_.GetNotices().TakeWaitingReason();
+  if (reason.empty()) return;
+  program_.GetMessageBoxes().Show(
+      program_.GetTexts().Format(kSendingWaitsTextId, {reason}).value_or(reason),
+      program_.GetTexts().Load(kProductNameId), platform::BoxIcon::kWarning);
 }
 
 void Desktop::ShowQueryProblem() {

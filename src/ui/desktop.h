@@ -68,6 +68,7 @@ class Desktop : public MainShellActions {
  private:
   void PageShown(ShellPage page);
   void ShowStoreProblem();
+  void ShowWaiting();
   void ShowQueryProblem();
   void RefreshBalance();
   void ShowBalances();

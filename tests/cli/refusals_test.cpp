@@ -103,7 +103,10 @@ TEST_F(RefusalsTest, AMessageKeepsTheReasonOfItsRefusal) {
 TEST_F(RefusalsTest, NewsThatTheGatewayDidNotTellAreMissed) {
   for (const char* number : {"27821110001", "27821110002"})
     ASSERT_THAT(Hurry({"send", "--to", number, "--text", "x"}), EndsWith(0));
-  ASSERT_THAT(Hurry({"run", "--for", "1"}), EndsWith(8));
+  Outcome sent = Hurry({"run", "--for", "1"});
+  for (int runs = 0; runs < 50 && sent.code == 9; ++runs)  // a hurried second may be too short
+    sent = Hurry({"run", "--for", "1"});
+  ASSERT_THAT(sent, EndsWith(8));
   Answer("/v1/messages/", Refusal(404, 205, "No such message"));
   EXPECT_THAT(Hurry({"query", "1"}), FailsWith(5, "No news of 1 message: No such message"));
   Answer("/v1/messages/", Refusal(429, 112, "Wait a minute"));

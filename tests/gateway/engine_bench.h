@@ -73,9 +73,10 @@ struct EngineBench {
   std::unique_ptr<GatewayClient> gateway;
   std::unique_ptr<Account> account;
 
-  // `reasons`: the component tells them apart from its replies.
-  explicit EngineBench(bool reasons = false) {
+  // `reasons`: the component tells them apart from its replies; `keys`: it keeps them.
+  explicit EngineBench(bool reasons = false, bool keys = false) {
     if (reasons) fake.TellReasons();
+    if (keys) fake.KeepKeys();
     fake.Register(registry);
     gateway = std::make_unique<GatewayClient>(registry);
     account = std::make_unique<Account>(settings, *gateway, texts, boxes, &log);

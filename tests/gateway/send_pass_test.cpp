@@ -181,6 +181,23 @@ TEST_F(SendPassTest, AMessageIsMarkedOnTheDiskBeforeItsFirstRequestAndOnce) {
   EXPECT_EQ(flushes - before, marked) << "and never for a recipient";
 }
 
+// With keys, one flush is for all that a pass finds, and it comes before the first of them goes
+// out.
+TEST_F(SendPassTest, APassIsInTheJournalOnTheDiskBeforeItsFirstRequest) {
+  test::EngineBench bench(true, true);
+  SendPass pass(bench.parts(), pass_lock_);
+  for (int i = 0; i < 50; ++i) bench.Add("," + std::to_string(27821110000 + i));
+  int before = flushes, marked = -1;
+  bench.fake.On("SendMsg", [&](const FakeGateway::Call&) {
+    if (marked < 0) marked = flushes - before;
+    return FakeGateway::Answer{"ID: x"};
+  });
+  pass.SendQueuedSMSs(kEveryMessage);
+  EXPECT_GE(marked, 1);
+  EXPECT_EQ(flushes - before, marked) << "and never for a message";
+  EXPECT_EQ(bench.fake.Calls("SendMsg").size(), 50u);
+}
+
 TEST_F(SendPassTest, ARowKeepsTheNumbersItWentTo) {
   bench_.settings.SetText(TextSetting::kPrefix, "27");
   const std::int32_t ann = bench_.AddContact("Ann", "0821110001");

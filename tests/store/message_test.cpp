@@ -158,11 +158,13 @@ TEST_F(MessageTest, CountsWhatWaitsAndFailsWhatWasInterrupted) {
     Add("+1", static_cast<SmsStatus>(status));
   const auto second = Add("+1", SmsStatus::kProcessing);
   EXPECT_EQ(db().CountWaitingSms(), 3);
-  EXPECT_THAT(db().FailInterruptedSms(), ElementsAre(11, second));
+  const auto interrupted = db().TakeUpInterruptedSms();
+  EXPECT_THAT(interrupted.failed, ElementsAre(11, second));
+  EXPECT_THAT(interrupted.going_on, IsEmpty());
   EXPECT_EQ(StatusOf(11), SmsStatus::kFailed);
   EXPECT_EQ(StatusOf(second), SmsStatus::kFailed);
   EXPECT_EQ(StatusOf(12), SmsStatus::kUnknown);
-  EXPECT_THAT(db().FailInterruptedSms(), IsEmpty());
+  EXPECT_THAT(db().TakeUpInterruptedSms().failed, IsEmpty());
 }
 
 TEST_F(MessageTest, SelectionsOfTheSendEngine) {

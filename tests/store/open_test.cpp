@@ -87,7 +87,7 @@ TEST_F(OpenTest, FilesThatAreRefusedAndLeftAlone) {
     std::string reason, bytes, statements;
   };
   const Case cases[] = {
-      {"newer version", good, "PRAGMA user_version=3"},
+      {"newer version", good, "PRAGMA user_version=4"},
       {"no such table", good, "DROP TABLE NextGroupID"},
       {"no such column", good, "ALTER TABLE SMS DROP COLUMN \"To\""},
       {"another program", "", "CREATE TABLE SMS(ID)"},

@@ -11,12 +11,14 @@
 
 namespace orvalo::test {
 
-GatewayProgram::GatewayProgram(const std::string& folder, const std::vector<std::string>& options)
+GatewayProgram::GatewayProgram(const std::string& folder, const std::vector<std::string>& options,
+                               int port)
     : data_(folder + "/data") {
   const std::string port_file = folder + "/port";
   std::remove(port_file.c_str());
-  std::vector<std::string> words{ORVALO_GATEWAY, "--data",      data_,    "--listen",
-                                 "127.0.0.1:0",  "--port-file", port_file};
+  std::vector<std::string> words{
+      ORVALO_GATEWAY, "--data", data_, "--listen", "127.0.0.1:" + std::to_string(port),
+      "--port-file",  port_file};
   words.insert(words.end(), options.begin(), options.end());
   process_ = std::make_unique<ChildProcess>(std::move(words), folder + "/out", folder + "/err");
   const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(20);

@@ -12,8 +12,8 @@ namespace orvalo::test {
 class GatewayProgram {
  public:
   // Returns once it listens. `folder` takes its port file, its output ("out", "err") and, in
-  // "data", its data; `options` are added to its command line.
-  GatewayProgram(const std::string& folder, const std::vector<std::string>& options);
+  // "data", its data; `options` are added to its command line. `port`: 0 for a free one.
+  GatewayProgram(const std::string& folder, const std::vector<std::string>& options, int port = 0);
 
   int port() const { return port_; }                        // 0: it does not listen
   int operations_port() const { return operations_port_; }  // 0: it has none

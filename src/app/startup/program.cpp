@@ -220,9 +220,12 @@ GatewayClient* Program::GetGateway() {
 }
 
 void Program::LogInterrupted() {
-  for (const std::int32_t id : database_->FailInterruptedSms()) {
-    if (log_->Enabled()) log_->Write("Sending was interrupted, not sent again: SMS_ID (%d)", id);
-  }
+  const auto interrupted = database_->TakeUpInterruptedSms();
+  if (!log_->Enabled()) return;
+  for (const std::int32_t id : interrupted.failed)
+    log_->Write("Sending was interrupted, not sent again: SMS_ID (%d)", id);
+  for (const std::int32_t id : interrupted.going_on)
+    log_->Write("Sending was interrupted and goes on: SMS_ID (%d)", id);
 }
 
 void Program::StopEngine() {
