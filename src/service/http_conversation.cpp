@@ -203,6 +203,7 @@ class Conversation final : public HttpConversation {
 
   // Meanwhile it may be ended for another's sake.
   void Hold(std::chrono::milliseconds hold, std::string text, bool keep) {
+    if (host_.stopping()) return Reply(std::move(text), keep, false);
     host_.Waits(*this);
     hold_.expires_after(hold);
     hold_.async_wait([self = Self(), text = std::move(text), keep](error_code) mutable {
