@@ -78,6 +78,18 @@ Answer AccountCalls::QueryBalance() {
   return balance ? Answer{kSuccess, *balance} : RefusalAnswer(NotUnderstood());
 }
 
+Answer AccountCalls::QueryFunds() {
+  const auto outcome = protocol_.Perform(GetCall("/v1/balance"));
+  if (!outcome.ok()) return RefusalAnswer(outcome);
+  if (!outcome.reply.contains("credits")) {
+    return RefusalAnswer(Failed(kNoSuchCall, "The service does not tell the credits"));
+  }
+  const auto balance = DecimalField(outcome.reply, "balance");
+  const auto credits = DecimalField(outcome.reply, "credits");
+  if (!balance || !credits) return RefusalAnswer(NotUnderstood());
+  return {kSuccess, nlohmann::json{{"balance", *balance}, {"credits", *credits}}.dump()};
+}
+
 Answer AccountCalls::RecoverPassword(const std::string& user, const std::string& email) {
   Call call;
   call.method = "POST";

@@ -26,9 +26,12 @@ class AccountCalls {
   // All three must outlive this object.
   AccountCalls(GatewayProtocol& protocol, Session& session, platform::HttpClient& http);
 
-  Answer LogIn(const Credentials& credentials);                                // "OK"
-  Answer Ping();                                                               // "OK"
-  Answer QueryBalance();                                                       // "87.2"
+  Answer LogIn(const Credentials& credentials);  // "OK"
+  Answer Ping();                                 // "OK"
+  Answer QueryBalance();                         // "87.2"
+  // As JSON, {"balance": "87.2", "credits": "100.0"}: what there is, and all that was ever put in;
+  // the difference is what all messages have cost. Error 102: the service does not tell.
+  Answer QueryFunds();
   Answer RecoverPassword(const std::string& user, const std::string& email);   // "OK"
   Answer RedeemVoucher(const std::string& number);                             // "OK: 50.0"
   Answer RedeemVoucherAt(const std::string& number, const std::string& base);  // the same

@@ -26,7 +26,7 @@ std::span<const Component::Method> Component::Methods() {
   return methods;
 }
 
-// QuerySubmission and ListMessages go beyond what every component behind this name has.
+// QuerySubmission, ListMessages and QueryFunds go beyond what every component behind this name has.
 std::vector<Component::Method> Component::MessageMethods() {
   using C = Component;
   using A = Arguments;
@@ -79,6 +79,7 @@ std::vector<Component::Method> Component::AccountMethods() {
        }},
       {u"Ping", {}, [](C& c, const A&) { return c.account_.Ping(); }},
       {u"QueryBalance", {}, [](C& c, const A&) { return c.account_.QueryBalance(); }},
+      {u"QueryFunds", {}, [](C& c, const A&) { return c.account_.QueryFunds(); }},
       {u"RecoverPassword",
        {kText, kText},
        [](C& c, const A& a) { return c.account_.RecoverPassword(a.Text(0), a.Text(1)); }},

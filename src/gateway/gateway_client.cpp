@@ -217,6 +217,10 @@ HResult GatewayClient::ListMessages(Text cursor, Text since, std::u16string* pag
   return CallFurther(kListMessages, {TextArgument(cursor), TextArgument(since)}, page);
 }
 
+HResult GatewayClient::QueryFunds(std::u16string* funds) {
+  return CallFurther(u"QueryFunds", {}, funds);
+}
+
 HResult GatewayClient::CallFurther(Text name, std::initializer_list<Variant> arguments,
                                    std::u16string* result) {
   const auto id = FurtherId(further_methods_, name);

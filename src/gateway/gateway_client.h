@@ -97,6 +97,11 @@ class GatewayClient {
   // is missed and none comes twice. 102: the gateway does not list messages.
   platform::HResult ListMessages(Text cursor, Text since, std::u16string* page);
 
+  // What is left and all that was ever put in, as JSON: {"balance": "87.2", "credits": "100.0"}.
+  // The difference is what all messages together have cost. kFail with a component that lacks it,
+  // 102 when the gateway does not tell.
+  platform::HResult QueryFunds(std::u16string* funds);
+
   // The error code as a number: what ErrorCode gives, or kGatewayUnreachable when it cannot be
   // read.
   std::int32_t LastError();

@@ -54,7 +54,7 @@ MemberTable MemberTable::Properties() {
 }
 
 MemberTable MemberTable::FurtherMethods() {
-  return MemberTable{u"QuerySubmission", u"ListMessages"};
+  return MemberTable{u"QuerySubmission", u"ListMessages", u"QueryFunds"};
 }
 
 MemberTable MemberTable::FurtherProperties() {

@@ -73,9 +73,13 @@ ServedReply AccountCalls::OpenSession(const Call& call) {
 }
 
 ServedReply AccountCalls::GetBalance(const Call& call) {
-  const auto balance = parts_.accounts.Balance(call.account);
-  if (!balance) return ReplyOf(Refuse(ErrorCode::kNoSession));
-  return {200, fmt::format(R"({{"balance":"{}"}})", MoneyText(*balance)), {}, false};
+  const auto funds = parts_.accounts.FundsOf(call.account);
+  if (!funds) return ReplyOf(Refuse(ErrorCode::kNoSession));
+  return {200,
+          fmt::format(R"({{"balance":"{}","credits":"{}"}})", MoneyText(funds->balance),
+                      MoneyText(funds->credits)),
+          {},
+          false};
 }
 
 ServedReply AccountCalls::RedeemVoucher(const Call& call) {

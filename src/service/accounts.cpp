@@ -110,11 +110,11 @@ std::optional<std::int64_t> Accounts::Verify(const std::string& user, const std:
   return id;
 }
 
-std::optional<Money> Accounts::Balance(std::int64_t account) {
-  return database_.Read([&](Connection& connection) -> std::optional<Money> {
-    Query row(connection, "SELECT balance FROM account WHERE id=?", account);
+std::optional<Accounts::Funds> Accounts::FundsOf(std::int64_t account) {
+  return database_.Read([&](Connection& connection) -> std::optional<Funds> {
+    Query row(connection, "SELECT balance,credits FROM account WHERE id=?", account);
     if (!row.Step()) return std::nullopt;
-    return row.Int(0);
+    return Funds{row.Int(0), row.Int(1)};
   });
 }
 

@@ -38,7 +38,11 @@ class Accounts {
   // unknown user.
   std::optional<std::int64_t> Verify(const std::string& user, const std::string& password);
 
-  std::optional<Money> Balance(std::int64_t account);
+  struct Funds {
+    Money balance = 0;
+    Money credits = 0;  // all that was ever put in
+  };
+  std::optional<Funds> FundsOf(std::int64_t account);
 
   // Gives the account of this user and e-mail address (letter case does not count) a temporary
   // password, valid for 24 hours, in place of an earlier one, and returns it. Nothing when there is

@@ -19,7 +19,7 @@ constexpr char kMethods[] =
     "QueryBalance/ ResetSMS/ RecoverPassword/TT TokenPay/T TokenPayWithURL/TT EncodeToUnicode/T "
     "StartBatch/T QuickBatchSend/T EndBatch/ SetBaseURL/T ConfigureProxy/ITTTT "
     "ConfigureProxyEx/FITTTT Version/F GetMsgCharge/FT QuerySubmission/T "
-    "ListMessages/TT";
+    "ListMessages/TT QueryFunds/";
 constexpr char kPuttable[] =
     "smsUSER/T smsPASSWORD/T smsTEXT/T smsFROM/T smsTO/T smsMSG_TYPE/I smsCONCAT/I smsUNICODE/F "
     "smsDELIVERY_ACK/F smsDELIVERY_TIME/I";

@@ -86,14 +86,21 @@ TEST(RealService, UnderstandsTheComponentAndIsUnderstood) {
 
   std::set<std::string> listed;
   std::string cursor;
+  double charged = 0;
   do {
     const auto page =
         nlohmann::json::parse(call(u"ListMessages", {text(cursor), text("")}).substr(2));
-    for (const auto& message : page["messages"]) listed.insert(message["id"].get<std::string>());
+    for (const auto& message : page["messages"]) {
+      listed.insert(message["id"].get<std::string>());
+      charged += std::stod(message["charge"].get<std::string>());
+    }
     cursor = page.value("next", "");
   } while (!cursor.empty());
   EXPECT_EQ(listed.size(), 3u + 1u + 1u + 1'200u);
   EXPECT_TRUE(listed.contains(sent.substr(4)));
+  const auto funds = nlohmann::json::parse(call(u"QueryFunds").substr(2));
+  EXPECT_EQ("0 " + funds.value("balance", ""), balance);
+  EXPECT_NEAR(std::stod(funds.value("credits", "")) - charged, std::stod(balance.substr(2)), 1e-6);
   EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}), "0 OK: 50.0");
   EXPECT_EQ(call(u"TokenPay", {text("1234567890123456")}).substr(0, 9), "607 ERR: ");
   EXPECT_EQ(call(u"RecoverPassword", {text("demo"), text("demo@example.org")}), "0 OK");

@@ -223,6 +223,11 @@ TEST_F(SubmissionTest, ListsMessagesPageByPageAndBelievesNothingElse) {
   }
   Script({Refusal(405, 105, "Not with this method"), Refusal(404, 102, "No such path")});
   for (int i = 0; i < 2; ++i) EXPECT_EQ(list("", "").substr(0, 4), "102 ");
+  Script({Json(R"({"balance": "87.2"})"), Json(R"({"balance": "87.2", "credits": "-1.0"})")});
+  for (const int error : {102, 98}) {
+    caller_.Call(u"QueryFunds");
+    EXPECT_EQ(caller_.Error(), error);
+  }
   const auto asked = Requests().size();
   for (const auto& [cursor, since] : {std::pair("a&b=", ""), {"", "now"}, {"", "-1"}}) {
     EXPECT_EQ(list(cursor, since).substr(0, 4), "101 ");

@@ -94,6 +94,8 @@ TEST(GatewayClient, ListsMessagesWithAComponentThatDoes) {
     EXPECT_EQ(fake.Calls("ListMessages").at(0).Argument(0), "7");
     EXPECT_EQ(fake.Calls("ListMessages").at(0).Argument(1), "1763900000");
     EXPECT_EQ(page, u"{}");
+    EXPECT_EQ(client.QueryFunds(&page), platform::kOk);
+    EXPECT_EQ(fake.Calls("QueryFunds").size(), 1u);
   }
 }
 

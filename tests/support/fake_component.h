@@ -56,7 +56,7 @@ class FakeGateway {
 
   // The same: it has the members about the keys of submissions, too.
   void KeepKeys() { Learn({"smsSUBMISSION_KEY", "QuerySubmission"}); }
-  void TellMessages() { Learn({"ListMessages"}); }
+  void TellMessages() { Learn({"ListMessages", "QueryFunds"}); }
 
   std::vector<Call> Calls(const std::string& member = "") const {
     std::lock_guard guard(mutex_);
@@ -143,8 +143,8 @@ class FakeGateway {
   mutable std::mutex mutex_;
   std::vector<Call> calls_;
   std::map<std::string, Handler> handlers_;
-  std::set<std::string> unknown_ = {"smsERROR_TEXT", "smsERROR_CAUSE", "smsSUBMISSION_KEY",
-                                    "QuerySubmission", "ListMessages"};
+  std::set<std::string> unknown_ = {"smsERROR_TEXT",   "smsERROR_CAUSE", "smsSUBMISSION_KEY",
+                                    "QuerySubmission", "ListMessages",   "QueryFunds"};
 };
 
 }  // namespace orvalo::test
