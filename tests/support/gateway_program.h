@@ -19,6 +19,7 @@ class GatewayProgram {
   int operations_port() const { return operations_port_; }  // 0: it has none
   std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
 
+  void Signal(int signal) const { process_->Signal(signal); }
   int Stop(int signal);  // and its exit status; -1 when a signal ended it
 
   // The lines that its ledger command prints, one JSON object each; also while it is stopped.
