@@ -16,6 +16,7 @@
 #include "cli/send_command.h"
 #include "cli/settings_command.h"
 #include "cli/transfer_commands.h"
+#include "cli/verify_command.h"
 
 namespace orvalo::cli {
 
@@ -37,6 +38,7 @@ CommandTree::CommandTree(CLI::App& root) {
   Add(outbox, std::make_unique<OutboxExportCommand>());
   Add(root, std::make_unique<QueryCommand>());
   Add(root, std::make_unique<RunCommand>());
+  Add(root, std::make_unique<VerifyCommand>());
   CLI::App& groups = AddFamily(root, "group", "The groups of the address book");
   Add(groups, std::make_unique<GroupAddCommand>());
   Add(groups, std::make_unique<GroupListCommand>());

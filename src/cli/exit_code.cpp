@@ -29,6 +29,7 @@ constexpr std::array kMeanings{
                 "There was nobody to send to or nothing to do; nothing was queued."},
     ExitMeaning{ExitCode::kNotWritten, "not-written",
                 "It was done, but not all results could be written out."},
+    ExitMeaning{ExitCode::kDiffers, "differs", "The outbox and the gateway differ."},
 };
 
 }  // namespace

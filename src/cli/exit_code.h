@@ -19,6 +19,7 @@ enum class ExitCode : int {
   kQueued = 9,
   kNothing = 10,
   kNotWritten = 11,
+  kDiffers = 12,
 };
 
 struct ExitMeaning {

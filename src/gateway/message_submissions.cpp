@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "app/texts.h"
+#include "gateway/batch_reply.h"
 #include "gateway/engine_notices.h"
 #include "gateway/gateway_client.h"
 #include "platform/clock.h"
@@ -33,6 +34,14 @@ std::u16string KeyOf(const JournalEntry& entry, std::uint32_t position) {
 }
 
 }  // namespace
+
+// The answer to a chunk of a batch names its recipients, unless all of it was refused.
+std::int32_t CountAnswered(const JournalEntry& entry) {
+  std::size_t count = 0;
+  for (const JournalAnswer& answer : entry.answers)
+    count += std::max<std::size_t>(ParseBatchReply(answer.reply).size(), 1);
+  return static_cast<std::int32_t>(std::min(count, entry.recipients.size()));
+}
 
 MessageSubmissions::MessageSubmissions(const EngineParts& parts, SendJournal& journal,
                                        const JournalEntry& entry)

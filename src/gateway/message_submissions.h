@@ -22,6 +22,9 @@ struct SubmissionAnswer {
   bool in_doubt = false;     // the gateway cannot tell whether it has taken it; the same
 };
 
+// For how many of the message's recipients the journal has the gateway's answer.
+std::int32_t CountAnswered(const JournalEntry& entry);
+
 // The submissions of one message: what it asks the gateway to take, each under a key of its own
 // that follows from the message's journal entry. However often a submission is repeated, by this
 // process or after it died, the gateway takes it once and answers what it answered.

@@ -120,7 +120,7 @@ void EndJournalEntry(Connection& connection, std::int32_t id) {
 
 std::string DrawJournalKey() {
   std::random_device random;
-  std::array<char, 25> digits;
+  std::array<char, kJournalKeyWidth + 1> digits;
   std::snprintf(digits.data(), digits.size(), "%08x%08x%08x", random(), random(), random());
   return digits.data();
 }

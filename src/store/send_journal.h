@@ -1,4 +1,5 @@
 #pragma once
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -78,7 +79,8 @@ class SendJournal {
 // Removes a message's entry, if it has one.
 void EndJournalEntry(Connection& connection, std::int32_t id);
 
-// 24 random hexadecimal digits: the part of a submission's key that is the message's.
+// Random hexadecimal digits: the part of a submission's key that is the message's.
+inline constexpr std::size_t kJournalKeyWidth = 24;
 std::string DrawJournalKey();
 
 }  // namespace orvalo

@@ -1,0 +1,101 @@
+#include <csignal>
+#include <functional>
+#include <map>
+
+#include "gateway/books_check.h"
+#include "orvaloctl_fixture.h"
+#include "support/gateway_program.h"
+
+namespace orvalo::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+// The outbox against the books of the real service.
+class VerifyTest : public OrvaloctlTest {
+ protected:
+  void SetUp() override {
+    ASSERT_NE(gateway_.port(), 0);
+    Init(gateway_.url());
+    ASSERT_THAT(RunWith("demo\n", {"login", "demo", "--remember"}, hurrying_clock_), EndsWith(0));
+  }
+  Outcome Hurry(std::vector<std::string> args) {
+    args.insert(args.begin(), "--json");
+    return RunWith("", std::move(args), hurrying_clock_);
+  }
+  void Change(const std::function<void(SmsDatabase&)>& change) {
+    SmsDatabase database(folder(), texts_, clock_);
+    change(database);
+  }
+  static std::vector<std::string> Kinds(const Outcome& outcome) {
+    std::vector<std::string> kinds;
+    const auto all = outcome.All();
+    for (const auto& difference : all.at("Differences")) kinds.push_back(difference.at("Kind"));
+    return kinds;
+  }
+
+  TemporaryFolder gateway_folder_;
+  GatewayProgram gateway_{gateway_folder_.path(), {"--demo", "--sim-delivery-seconds", "0"}};
+  HurryingClock hurrying_clock_;
+};
+
+TEST_F(VerifyTest, TheOutboxAgreesWithTheGatewayOrTheDifferenceIsNamed) {
+  EXPECT_THAT(Hurry({"verify"}), EndsWith(0)) << "nothing on either side";
+  ASSERT_THAT(Hurry({"send", "--to", "27830000001,27830000002,27830009909", "--text", "x", "--wait",
+                     "500"}),
+              EndsWith(7));
+  ASSERT_THAT(
+      Hurry({"send", "--to", "27830000003", "--type", "flash", "--text", "x", "--wait", "500"}),
+      EndsWith(0));
+  const Outcome well = Hurry({"verify"});
+  ASSERT_THAT(well, EndsWith(0));
+  EXPECT_EQ(well.All().at("Counts").at("Listed"), 4);
+  EXPECT_EQ(well.All().at("Counts").at("Matched"), 4);
+  Money debited;
+  for (const std::string& line : gateway_.Ledger())
+    debited.Add(*Money::Of(nlohmann::json::parse(line).at("charge").get<std::string>()));
+  EXPECT_EQ(well.All().at("Totals").at("Charges"), debited.Text());
+  EXPECT_EQ(well.All().at("Totals").at("Balance"),
+            nlohmann::json::parse(Hurry({"balance"}).out).at("balance"));
+
+  Change([&](SmsDatabase& database) {
+    const auto rows = database.AllSms();  // the expanded one and its three, the flash message
+    ASSERT_EQ(rows.size(), 5u);
+    ASSERT_TRUE(database.SetQueryAnswer(rows[1].id, SmsStatus::kDelivered, {{}, "9.9"}));
+    ASSERT_TRUE(
+        database.ChangeStatus(rows[2].id, SmsStatus::kDelivered, SmsStatus::kMessageExpired));
+    database.DeleteSms(rows[3].id);
+    ASSERT_TRUE(database.SetApiMsgId(rows[4].id, ",ID: " + std::string(32, 'f')));
+  });
+  EXPECT_THAT(Kinds(Hurry({"verify", "--since", "@2000000000"})), ElementsAre())
+      << "nothing was accepted since then";
+  const Outcome differs = Hurry({"verify"});
+  EXPECT_THAT(differs, FailsWith(12,
+                                 "2 missing here, 1 missing there, 1 other charge, 1 other "
+                                 "status"));
+  EXPECT_THAT(Kinds(differs), UnorderedElementsAre("missing-here", "missing-here", "missing-there",
+                                                   "other-charge", "other-status"));
+  const Outcome words = RunWith("", {"verify"}, hurrying_clock_);
+  EXPECT_THAT(words.out, HasSubstr("Other charge: message 2 to 27830000001"));
+  EXPECT_THAT(words.out, HasSubstr("here 9.9, there "));
+  EXPECT_THAT(words.out, HasSubstr("here Message expired, there Delivered"));
+  EXPECT_THAT(words.out, HasSubstr("of another installation, or of a deleted message"));
+
+  EXPECT_THAT(Hurry({"verify", "--mend"}), FailsWith(12, "2 of them mended"));
+  EXPECT_THAT(Kinds(Hurry({"verify"})),
+              UnorderedElementsAre("missing-here", "missing-here", "missing-there"));
+  EXPECT_EQ(gateway_.Ledger().size(), 4u) << "nothing is sent";
+}
+
+TEST_F(VerifyTest, SaysWhenItCannotCompare) {
+  EXPECT_THAT(Hurry({"verify", "--since", "soon"}), FailsWith(2, "soon is no time"));
+  gateway_.Stop(SIGTERM);
+  EXPECT_THAT(Hurry({"verify"}), FailsWith(4, "cannot be reached"));
+  ASSERT_THAT(Run({"settings", "WorkingOnLine", "0"}), EndsWith(0));
+  EXPECT_THAT(Hurry({"verify"}), FailsWith(1, "Working offline"));
+}
+
+}  // namespace
+}  // namespace orvalo::test
