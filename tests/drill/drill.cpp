@@ -71,6 +71,7 @@ void Drill::Step() {
 // Between a death and the next start.
 void Drill::StartClient() {
   client_.Kill();
+  if (!expected_.empty() && CountUnfinished().begun > 0) ++faults_.half_sent;
   if (!contacts_.empty() && Chance(30)) EditContact();
   const int done = faults_.client_kills + faults_.service_kills + faults_.both_kills + faults_.cuts;
   const double share = (done + 1.0) / (plan_.kills + plan_.cuts + 1.0);
@@ -210,7 +211,8 @@ bool Drill::Finish() {
     client_.Start({"run", "--for", "60"});
     while (client_.IsRunning()) {
       Pause(200);
-      if (!NothingLeft()) continue;
+      const Unfinished left = CountUnfinished();
+      if (left.begun + left.waiting > 0) continue;
       client_.End();
       return true;
     }
@@ -219,11 +221,11 @@ bool Drill::Finish() {
   return false;
 }
 
-bool Drill::NothingLeft() const {
+Drill::Unfinished Drill::CountUnfinished() const {
   const Texts texts;
   const FakeClock clock;
   SmsDatabase outbox(client_.folder(), texts, clock, /*read_only=*/true);
-  return outbox.PendingSms(-1).empty() && SendJournal(outbox).Unfinished().empty();
+  return {SendJournal(outbox).Unfinished().size(), outbox.PendingSms(-1).size()};
 }
 
 }  // namespace orvalo::test

@@ -26,6 +26,7 @@ struct DrillPlan {
 struct DrillFaults {
   int client_kills = 0, service_kills = 0, both_kills = 0, cuts = 0;
   int stops = 0, outages = 0, bad_answers = 0, lossy_services = 0, edits = 0, clock_jumps = 0;
+  int half_sent = 0;  // starts of the client that found messages half sent
 };
 
 // Sends messages of all kinds with the real client and the real gateway service, which are killed,
@@ -54,7 +55,10 @@ class Drill {
   void StrikeService();
   void StartService(bool clean);
   bool Finish();  // false when messages are still unsent after a long time
-  bool NothingLeft() const;
+  struct Unfinished {
+    std::size_t begun = 0, waiting = 0;  // messages
+  };
+  Unfinished CountUnfinished() const;
   int Roll(int from, int to);
   bool Chance(int percent) { return Roll(1, 100) <= percent; }
   void Pause(int milliseconds);

@@ -12,8 +12,8 @@ namespace {
 TEST(DrillTest, EverybodyGetsHisMessageOnce) {
   DrillPlan plan;
   plan.seed = 7;
-  plan.kills = 10;
-  plan.cuts = 6;
+  plan.kills = 7;
+  plan.cuts = 4;
   plan.recipients = 2'000;
   plan.power_cut = POWER_CUT;
   const Verdict verdict = Drill(plan).Run();

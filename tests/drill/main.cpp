@@ -24,6 +24,7 @@ void Print(const DrillPlan& plan, const DrillFaults& faults, const Verdict& verd
   row("starts of a service that loses 5 % of replies", faults.lossy_services);
   row("contacts edited between death and start", faults.edits);
   row("starts with the clock up to 6 hours off", faults.clock_jumps);
+  row("starts that found messages half sent", faults.half_sent);
   std::printf("\nAfterwards\n");
   row("recipients", verdict.recipients);
   row("lost", verdict.lost);
