@@ -22,7 +22,8 @@ struct KindName {
 constexpr std::array kNames{
     KindName{"missing-here", "missing here"}, KindName{"missing-there", "missing there"},
     KindName{"other-number", "other number"}, KindName{"other-charge", "other charge"},
-    KindName{"other-status", "other status"}, KindName{"unanswered", "not yet answered"}};
+    KindName{"other-status", "other status"}, KindName{"unanswered", "not yet answered"},
+    KindName{"other-sum", "other sum"}};
 
 const KindName& NameOf(DifferenceKind kind) { return kNames.at(static_cast<std::size_t>(kind)); }
 
@@ -57,6 +58,9 @@ std::string InWords(const BooksDifference& difference, const SmsStatusNames& sta
              Counted(static_cast<std::size_t>(difference.recipients), "recipient") +
              ", the gateway lists " + std::to_string(difference.accepted) +
              "; the next `orvaloctl run` goes on";
+    case DifferenceKind::kOtherSum:
+      return text + "charges and balance make " + difference.here + ", the credits are " +
+             difference.there;
   }
   return text;
 }
@@ -72,9 +76,11 @@ Json AsJson(const BooksDifference& difference, const SmsStatusNames& statuses, b
   const auto name = [&](const char* member, SmsStatus status) {
     json[member] = statuses.Name(static_cast<std::int32_t>(status));
   };
-  if (difference.kind != DifferenceKind::kMissingHere) name("StatusHere", difference.status_here);
+  if (difference.row != 0 && difference.kind != DifferenceKind::kMissingHere)
+    name("StatusHere", difference.status_here);
   if (difference.kind != DifferenceKind::kMissingThere &&
-      difference.kind != DifferenceKind::kUnanswered)
+      difference.kind != DifferenceKind::kUnanswered &&
+      difference.kind != DifferenceKind::kOtherSum)
     name("StatusThere", difference.status_there);
   if (difference.kind == DifferenceKind::kUnanswered) {
     json["Recipients"] = difference.recipients;
@@ -106,7 +112,8 @@ void BooksReport::Add(const BooksDifference& difference, bool mended) {
   }
 }
 
-void BooksReport::End(const BooksTotals& totals, std::int64_t since, const std::string& balance) {
+void BooksReport::End(const BooksTotals& totals, std::int64_t since, const Funds& funds,
+                      bool checked) {
   if (!list_) {
     context_.out << "Accepted by the gateway since "
                  << MessageTimeText(context_.program, static_cast<std::int32_t>(since)) << ": "
@@ -114,8 +121,11 @@ void BooksReport::End(const BooksTotals& totals, std::int64_t since, const std::
                  << totals.charges.Text() << "\nFound in the outbox: " << totals.matched;
     if (totals.news > 0)
       context_.out << ", news of " << totals.news << " (`orvaloctl query` asks for them)";
-    context_.out << "\nBalance: " << (balance.empty() ? "?" : platform::PrintableLine(balance))
-                 << '\n';
+    const auto told = [](const std::string& amount) {
+      return amount.empty() ? std::string("?") : platform::PrintableLine(amount);
+    };
+    context_.out << "\nBalance: " << told(funds.balance) << ", credits " << told(funds.credits)
+                 << (checked ? "" : " (not compared with the charges)") << '\n';
     return;
   }
   list_->End();
@@ -125,8 +135,11 @@ void BooksReport::End(const BooksTotals& totals, std::int64_t since, const std::
   context_.out << ", \"Counts\": ";
   PrintJson(context_.out, counts);
   context_.out << ", \"Totals\": ";
-  PrintJson(context_.out,
-            {{"Since", since}, {"Charges", totals.charges.Text()}, {"Balance", balance}});
+  PrintJson(context_.out, {{"Since", since},
+                           {"Charges", totals.charges.Text()},
+                           {"Balance", funds.balance},
+                           {"Credits", funds.credits},
+                           {"Checked", checked}});
   context_.out << "}\n";
 }
 

@@ -16,15 +16,15 @@ class BooksReport {
  public:
   explicit BooksReport(Context& context);
   void Add(const BooksDifference& difference, bool mended);
-  // `balance`: as the gateway tells it; empty when it does not.
-  void End(const BooksTotals& totals, std::int64_t since, const std::string& balance);
+  // `funds` as the gateway tells them, empty when it does not; `checked`: against the charges.
+  void End(const BooksTotals& totals, std::int64_t since, const Funds& funds, bool checked);
   void BreakOff();  // instead of End: what has been found is not all
 
   std::size_t left() const { return found_ - mended_; }  // differences that are not mended
   std::string Summary() const;                           // "2 missing here, 1 other charge"
 
  private:
-  static constexpr std::size_t kKinds = 6;
+  static constexpr std::size_t kKinds = 7;
 
   Context& context_;
   std::optional<JsonArray> list_;

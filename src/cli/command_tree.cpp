@@ -15,6 +15,7 @@
 #include "cli/schedule_command.h"
 #include "cli/send_command.h"
 #include "cli/settings_command.h"
+#include "cli/stop_command.h"
 #include "cli/transfer_commands.h"
 #include "cli/verify_command.h"
 
@@ -34,6 +35,7 @@ CommandTree::CommandTree(CLI::App& root) {
   outbox.require_subcommand(0, 1);
   Add(outbox, std::make_unique<OutboxShowCommand>());
   Add(outbox, std::make_unique<OutboxResendCommand>());
+  Add(outbox, std::make_unique<OutboxStopCommand>());
   Add(outbox, std::make_unique<OutboxDeleteCommand>());
   Add(outbox, std::make_unique<OutboxExportCommand>());
   Add(root, std::make_unique<QueryCommand>());

@@ -1,7 +1,9 @@
 #include "cli/message_listing.h"
 
 #include "app/startup/program.h"
+#include "gateway/message_submissions.h"
 #include "platform/code_page.h"
+#include "store/send_journal.h"
 
 namespace orvalo::cli {
 
@@ -42,7 +44,9 @@ MessageListing::MessageListing(const Context& context, bool reasons)
 
 void MessageListing::Add(const MessageRow& row) {
   if (json_) {
-    json_->Add(MessageJson(program_, row));
+    Json message = MessageJson(program_, row);
+    if (reasons_) message["Reason"] = ReasonOf(row);
+    json_->Add(message);
   } else {
     std::vector<std::string> cells = {std::to_string(row.id),
                                       MessageTimeText(program_, row.time),
@@ -50,9 +54,20 @@ void MessageListing::Add(const MessageRow& row) {
                                       program_.GetStatusNames().Name(row.stat),
                                       row.charge,
                                       Shortened(row.msg, kMessageWidth)};
-    if (reasons_) cells.push_back(row.reason);
+    if (reasons_) cells.push_back(ReasonOf(row));
     table_->Add(cells);
   }
+}
+
+std::string MessageListing::ReasonOf(const MessageRow& row) const {
+  if (row.stat != static_cast<std::int32_t>(SmsStatus::kProcessing)) return row.reason;
+  const auto entry = SendJournal(program_.GetDatabase()).Find(row.id);
+  if (!entry) return row.reason;
+  const std::string progress = std::to_string(CountAnswered(*entry)) + " of " +
+                               std::to_string(entry->recipients.size()) + " answered";
+  return entry->since == kSendingStopped
+             ? "Stopped, but the gateway is still to be asked: " + progress
+             : "Waits for the gateway: " + progress;
 }
 
 void MessageListing::End() {

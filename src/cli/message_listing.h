@@ -14,12 +14,15 @@ namespace orvalo::cli {
 // printed as they are added; End must follow the last.
 class MessageListing {
  public:
-  // `reasons`: a further column tells why messages were refused. JSON always does.
+  // `reasons`: a further column tells why messages were refused, which JSON always does, and how
+  // far those have come that wait for the gateway.
   explicit MessageListing(const Context& context, bool reasons = false);
   void Add(const MessageRow& row);
   void End();
 
  private:
+  std::string ReasonOf(const MessageRow& row) const;
+
   Program& program_;
   const bool reasons_;
   std::optional<JsonArray> json_;

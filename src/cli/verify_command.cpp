@@ -66,6 +66,8 @@ ExitCode VerifyCommand::Execute(Context& context) {
     report.Add(difference, mend_ && Mend(database, difference));
   });
   AddOutbox(database, &check);
+  Funds before, funds;
+  AskFunds(gateway, &before);
   const GatewayFailure failure = ForEachListed(
       gateway, program.GetClock(), since - BooksCheck::kMargin,
       [&](const ListedMessage& message) { check.AddListed(message); },
@@ -78,8 +80,14 @@ ExitCode VerifyCommand::Execute(Context& context) {
     ThrowNotListed(context, failure);
   }
   check.End();
-  program.GetAccount().QueryBalanceTenths();
-  report.End(check.totals(), since, program.GetAccount().BalanceAsTold());
+  // Another installation may be sending meanwhile.
+  const bool checked = AskFunds(gateway, &funds) && funds == before;
+  if (checked) check.CheckFunds(funds);
+  if (funds.balance.empty()) {
+    program.GetAccount().QueryBalanceTenths();
+    funds.balance = program.GetAccount().BalanceAsTold();
+  }
+  report.End(check.totals(), since, funds, checked);
   if (report.left() > 0)
     throw CommandError(ExitCode::kDiffers,
                        "The outbox and the gateway differ: " + report.Summary());

@@ -244,6 +244,18 @@ void BooksCheck::End() {
   for (const auto& [key, difference] : unanswered_) report_(difference);
 }
 
+void BooksCheck::CheckFunds(const Funds& funds) {
+  const auto balance = Money::Of(funds.balance), credits = Money::Of(funds.credits);
+  if (!balance || !credits) return;
+  Money sum = totals_.charges;
+  sum.Add(*balance);
+  if (since_ <= 0 ? sum == *credits : sum <= *credits) return;
+  BooksDifference difference{DifferenceKind::kOtherSum};
+  difference.here = sum.Text();
+  difference.there = funds.credits;
+  report_(difference);
+}
+
 bool Mend(SmsDatabase& database, const BooksDifference& difference) {
   const SmsStatus here = difference.status_here;
   if (difference.kind == DifferenceKind::kOtherCharge)

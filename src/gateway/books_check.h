@@ -1,5 +1,6 @@
 #pragma once
 #include <array>
+#include <compare>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -22,7 +23,7 @@ class Money {
   static std::optional<Money> Of(std::string_view decimal);  // "0.8"; nothing for what is no amount
   void Add(const Money& other);
   std::string Text() const;  // without zeros at the end, but for one behind the point
-  bool operator==(const Money&) const = default;
+  auto operator<=>(const Money&) const = default;
 
  private:
   std::int64_t units_ = 0, billionths_ = 0;
@@ -37,11 +38,12 @@ struct BooksDifference {
     kOtherCharge,
     kOtherStatus,
     kUnanswered,  // it stands in the send journal: what became of it is not known wholly
+    kOtherSum,    // `here`: the charges and the balance together; `there`: the credits
   };
   Kind kind;
   std::int32_t row = 0;  // id in the outbox. Of kMissingHere: that of a row to the same number
                          // which has no id of the gateway and says Failed or Unknown, or 0
-  std::string gateway_id = {};  // empty of kUnanswered
+  std::string gateway_id = {};  // empty of kUnanswered and kOtherSum
   std::string number = {};
   std::string key = {};  // of kMissingHere: that of the submission
   std::string here = {},
@@ -79,6 +81,9 @@ class BooksCheck {
   void AddListed(const ListedMessage& message);
   // Reports what the gateway has not listed, and what waits.
   void End();
+  // The account's as they were all the while that the messages were listed. Credits less charges
+  // must be the balance, when everything was asked for (since 0 or earlier); else at least that.
+  void CheckFunds(const Funds& funds);
 
   const BooksTotals& totals() const { return totals_; }
 

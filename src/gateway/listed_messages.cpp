@@ -65,4 +65,17 @@ GatewayFailure ForEachListed(GatewayClient& gateway, platform::Clock& clock, std
   return {};
 }
 
+bool AskFunds(GatewayClient& gateway, Funds* funds) {
+  std::u16string reply;
+  if (!platform::Succeeded(gateway.QueryFunds(&reply)) || gateway.LastError() != kGatewayOk)
+    return false;
+  try {
+    const PageJson answer = PageJson::parse(platform::FromWide(reply));
+    *funds = {answer.at("balance"), answer.at("credits")};
+    return true;
+  } catch (const PageJson::exception&) {
+    return false;
+  }
+}
+
 }  // namespace orvalo

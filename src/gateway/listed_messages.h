@@ -31,4 +31,11 @@ GatewayFailure ForEachListed(GatewayClient& gateway, platform::Clock& clock, std
                              const std::function<void(const ListedMessage&)>& visit,
                              const std::function<void()>& page_done);
 
+// What is left in the account, and all that was ever put in. False when the gateway does not tell.
+struct Funds {
+  std::string balance, credits;
+  bool operator==(const Funds&) const = default;
+};
+bool AskFunds(GatewayClient& gateway, Funds* funds);
+
 }  // namespace orvalo

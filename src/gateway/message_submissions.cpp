@@ -26,6 +26,7 @@ constexpr std::int64_t kLongestSending = 86'400;  // seconds
 constexpr std::int32_t kNoSuchCall = 102;
 constexpr int kTooLateTextId = 2361;
 constexpr int kInDoubtTextId = 2362;
+constexpr int kStoppedTextId = 2370;
 
 std::u16string KeyOf(const JournalEntry& entry, std::uint32_t position) {
   std::array<char, 9> digits;
@@ -44,11 +45,13 @@ std::int32_t CountAnswered(const JournalEntry& entry) {
 }
 
 MessageSubmissions::MessageSubmissions(const EngineParts& parts, SendJournal& journal,
-                                       const JournalEntry& entry)
+                                       const JournalEntry& entry, bool resumed)
     : parts_(parts),
       journal_(journal),
       entry_(entry),
-      only_asked_(AreKeyed() && parts.clock.Now() - entry.since > kLongestSending) {
+      only_asked_(AreKeyed() && (entry.since == kSendingStopped ||
+                                 parts.clock.Now() - entry.since > kLongestSending)),
+      resumed_(resumed) {
   for (const JournalAnswer& answer : entry.answers) known_.emplace(answer.position, &answer);
 }
 
@@ -118,7 +121,9 @@ SubmissionAnswer MessageSubmissions::AskFor(std::u16string_view key) {
   answer.open = IsUnanswered(answer.failure.code);
   answer.too_late = answer.failure.code == kNoSuchSubmission;
   answer.in_doubt = answer.failure.code == kNoSuchCall;
-  if (answer.too_late) answer.failure.words = parts_.texts.Load(kTooLateTextId);
+  answer.stopped = answer.too_late && entry_.since == kSendingStopped;
+  if (answer.too_late)
+    answer.failure.words = parts_.texts.Load(answer.stopped ? kStoppedTextId : kTooLateTextId);
   if (answer.in_doubt) answer.failure.words = parts_.texts.Load(kInDoubtTextId);
   return answer;
 }

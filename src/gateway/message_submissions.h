@@ -19,6 +19,7 @@ struct SubmissionAnswer {
   bool open = false;         // nobody has answered: it is repeated later, under its key
   bool told_before = false;  // out of the journal; what there is to log was logged when it came
   bool too_late = false;     // surely not taken, and not sent any more: the words say why
+  bool stopped = false;      // the same: the operator wanted it so
   bool in_doubt = false;     // the gateway cannot tell whether it has taken it; the same
 };
 
@@ -33,8 +34,8 @@ std::int32_t CountAnswered(const JournalEntry& entry);
 // be read, nobody logged in, out of order) is repeated for about half a minute, unless the engine
 // is to stop, and is then open.
 //
-// A message whose sending began more than a day ago is not sent any more: the gateway is only asked
-// what became of its submissions.
+// A message whose sending began more than a day ago, or was stopped by the operator, is not sent
+// any more: the gateway is only asked what became of its submissions.
 //
 // Without a component that keeps keys each submission is made once, and whatever is not accepted
 // counts as refused: `open` is then never set.
@@ -43,11 +44,16 @@ std::int32_t CountAnswered(const JournalEntry& entry);
 // journal cannot be written; the submission is then repeated by whoever takes the message up again.
 class MessageSubmissions {
  public:
-  // `entry` must outlive this object. Without a key it stands in no journal.
-  MessageSubmissions(const EngineParts& parts, SendJournal& journal, const JournalEntry& entry);
+  // `entry` must outlive this object. Without a key it stands in no journal. `resumed`: somebody
+  // has been at it before.
+  MessageSubmissions(const EngineParts& parts, SendJournal& journal, const JournalEntry& entry,
+                     bool resumed = false);
 
   bool AreKeyed() const { return !entry_.key.empty(); }
   bool AreOnlyAsked() const { return only_asked_; }
+  // True when what the journal has no answer for may have gone out all the same: it must go out
+  // under its key and no other.
+  bool MayHaveGoneOut() const { return AreKeyed() && resumed_; }
   // True when the journal has the answer of the submission at this position of the recipients.
   bool Knows(std::int32_t position) const { return known_.count(position) > 0; }
 
@@ -75,6 +81,7 @@ class MessageSubmissions {
   std::unordered_map<std::int32_t, const JournalAnswer*> known_;
   std::vector<JournalAnswer> new_answers_;
   const bool only_asked_;
+  const bool resumed_;
 };
 
 }  // namespace orvalo

@@ -32,6 +32,8 @@ std::int32_t SendBatch::Send(const OutgoingMessage& message, SendOutcome* outcom
                       all.subspan(first, i + 1 - first)};
     const bool told_before = message.submissions->Knows(chunk.position);
     if (!told_before && (parts_.notices.Stopping() || outcome->no_session)) {
+      outcome->waiting = message.submissions->MayHaveGoneOut();
+      if (outcome->waiting) return sent;
       outcome->retries.insert(outcome->retries.end(), chunk.records.begin(), chunk.records.end());
     } else {
       if (!told_before && !started && !message.submissions->AreOnlyAsked()) {
@@ -106,7 +108,7 @@ std::int32_t SendBatch::SendChunk(const Chunk& chunk, const OutgoingMessage& mes
   if (answer.too_late || answer.in_doubt) {
     auto& list = answer.too_late ? outcome->failures : outcome->in_doubt;
     for (const RecipientRecord& record : chunk.records)
-      list.push_back({record, answer.failure.words});
+      list.push_back({record, answer.failure.words, answer.stopped});
     return 0;
   }
   if (outcome->no_session) {

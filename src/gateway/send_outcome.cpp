@@ -47,6 +47,11 @@ SmsDatabase::SmsOutcome Refused(const RecipientRecord& record, std::string_view 
   return {SmsStatus::kFailed, {}, 0, 0, record.number.view(), reason};
 }
 
+SmsDatabase::SmsOutcome Refused(const RefusedRecipient& record) {
+  const SmsStatus status = record.stopped ? SmsStatus::kCancelled : SmsStatus::kFailed;
+  return {status, {}, 0, 0, record.number.view(), record.reason};
+}
+
 // Nothing follows it: there is no id to ask for.
 SmsDatabase::SmsOutcome InDoubt(const RefusedRecipient& record) {
   return {SmsStatus::kUnknown, {}, 0, 0, record.number.view(), record.reason};
@@ -90,7 +95,7 @@ void OutcomeRecorder::RecordChildren(const MessageRow& row, const SendOutcome& o
         {record.entry.view(), Accepted(SmsStatus::kUnknown, record, parts_.clock.Now())});
   }
   for (const RefusedRecipient& record : outcome.failures)
-    children.push_back({record.entry.view(), Refused(record, record.reason)});
+    children.push_back({record.entry.view(), Refused(record)});
   for (const RecipientRecord& record : missing)
     children.push_back({record.entry.view(), Refused(record, outcome.unnamed_reason)});
   for (const RefusedRecipient& record : outcome.in_doubt)
@@ -111,9 +116,8 @@ void OutcomeRecorder::RecordSingle(const MessageRow& row, std::int32_t delay,
   } else if (!outcome.in_doubt.empty()) {
     fate = InDoubt(outcome.in_doubt.front());
   } else if (!outcome.failures.empty() || outcome.retries.empty()) {
-    const bool told = !outcome.failures.empty();
-    fate = Refused(outcome.all.front(),
-                   told ? std::string_view(outcome.failures.front().reason) : std::string_view());
+    fate = outcome.failures.empty() ? Refused(outcome.all.front(), {})
+                                    : Refused(outcome.failures.front());
   }
   parts_.database.SetOutcome(row.id, SmsStatus::kProcessing, fate);
 }

@@ -165,7 +165,7 @@ SendPass::After SendPass::SendPlanned(PlannedMessage message, std::int32_t progr
 // A failure on the way leaves in hand what the gateway has taken so far.
 SendPass::After SendPass::SendRow(PlannedMessage planned, std::int32_t progress_index) {
   OutgoingMessage message = Outgoing(planned.row, progress_index);
-  MessageSubmissions submissions(parts_, journal_, planned.entry);
+  MessageSubmissions submissions(parts_, journal_, planned.entry, planned.taken);
   message.submissions = &submissions;
   auto& in_hand = in_hand_.emplace(InHand{planned.row, message.delay, {}});
   SendOutcome& outcome = in_hand.outcome;
@@ -194,7 +194,7 @@ SendPass::After SendPass::LeaveWaiting(const PlannedMessage& message, const Send
                        outcome.successes.empty() && outcome.failures.empty();
   if (untried)
     parts_.database.ChangeStatus(message.row.id, SmsStatus::kProcessing, SmsStatus::kPending);
-  parts_.notices.SendingWaits(outcome.why_waiting);
+  if (!outcome.why_waiting.empty()) parts_.notices.SendingWaits(outcome.why_waiting);
   ++waiting_;
   const bool nobody_there = outcome.no_session || IsUnreachable(outcome.highest_error);
   return nobody_there || waiting_ > 1 ? After::kGiveUp : After::kGoOn;

@@ -53,7 +53,8 @@ void SendStep::Send(Kind kind, const OutgoingMessage& message, std::string_view 
   MessageSubmissions& submissions = *message.submissions;
   const bool told_before = submissions.Knows(position);
   if (!told_before && (outcome->no_session || parts_.notices.Stopping())) {
-    outcome->retries.push_back(record);
+    outcome->waiting = submissions.MayHaveGoneOut();
+    if (!outcome->waiting) outcome->retries.push_back(record);
     return;
   }
   const std::string number(record.number.view());
@@ -90,9 +91,11 @@ void SendStep::Send(Kind kind, const OutgoingMessage& message, std::string_view 
     if (outcome->no_session) {
       outcome->retries.push_back(record);
     } else {
-      outcome->failures.push_back(
-          {record, answer.too_late ? answer.failure.words
-                                   : ReasonText(answer.failure, parts_.texts, address)});
+      outcome->failures.push_back({record,
+                                   answer.too_late
+                                       ? answer.failure.words
+                                       : ReasonText(answer.failure, parts_.texts, address),
+                                   answer.stopped});
     }
     return;
   }

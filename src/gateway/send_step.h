@@ -24,6 +24,7 @@ struct OutgoingMessage {
 // A recipient that the gateway has not taken, and why: see ReasonText.
 struct RefusedRecipient : RecipientRecord {
   std::string reason;
+  bool stopped = false;  // by the operator
 };
 
 // What became of a message's recipients.
@@ -60,9 +61,10 @@ class SendStep {
   void SetProperties(const OutgoingMessage& message);
 
   // Sends `wire` to `record`'s number and puts the record on the outcome's success or failure list;
-  // on the retry list when the engine is to stop; on none when nobody answers: the outcome is then
-  // waiting, and so are all that follow. `text` is the same text for the log; `position` is the
-  // record's among the message's recipients.
+  // on the retry list when the engine is to stop; on none when nobody answers, or when it is to
+  // stop and the record may have gone out before: the outcome is then waiting, and so are all that
+  // follow. `text` is the same text for the log; `position` is the record's among the message's
+  // recipients.
   void Send(Kind kind, const OutgoingMessage& message, std::string_view text,
             const std::u16string& wire, const RecipientRecord& record, std::int32_t position,
             SendOutcome* outcome);

@@ -10,6 +10,8 @@
 namespace orvalo {
 namespace {
 
+constexpr int kJournalSchema = 3;  // the first that has one
+
 constexpr Sql kOpen("INSERT INTO SENDING(ID, Key, Since) VALUES(?, ?, ?)");
 constexpr Sql kOpenRecipient(
     "INSERT INTO SENDING_TO(ID, Pos, CID, Number, Entry, OwnText, Text) VALUES(?, ?, ?, ?, ?, ?, "
@@ -23,6 +25,9 @@ constexpr Sql kTake(
     "UPDATE SMS SET Stat = 10 WHERE ID = ?1 AND +Stat = 0 AND "
     "EXISTS(SELECT 1 FROM SENDING WHERE SENDING.ID = ?1 AND Key = ?2)");
 constexpr Sql kRenew("UPDATE SENDING SET Since = ?2 WHERE ID = ?1");
+constexpr Sql kStop(
+    "UPDATE SENDING SET Since = ?2 WHERE ID = ?1 AND "
+    "EXISTS(SELECT 1 FROM SMS WHERE SMS.ID = ?1 AND +Stat = 10)");
 constexpr Sql kRecord(
     "INSERT OR REPLACE INTO SENDING_ANSWER(ID, Pos, Code, Words, Reply) VALUES(?, ?, ?, ?, ?)");
 constexpr Sql kClose("DELETE FROM SENDING WHERE ID = ?");
@@ -54,7 +59,7 @@ void SendJournal::Open(const JournalEntry& entry) {
 
 std::optional<JournalEntry> SendJournal::Find(std::int32_t id) {
   Connection* connection = database_.Here();
-  if (connection == nullptr) return std::nullopt;
+  if (connection == nullptr || database_.schema_ < kJournalSchema) return std::nullopt;
   JournalEntry entry;
   entry.id = id;
   {
@@ -84,6 +89,15 @@ bool SendJournal::Take(std::int32_t id, std::string_view key) {
 
 void SendJournal::Renew(std::int32_t id, std::int64_t since) {
   if (Connection* connection = database_.Here()) Run(*connection, kRenew, id, since);
+}
+
+bool SendJournal::Stop(std::int32_t id) {
+  Connection* connection = database_.Here();
+  if (connection == nullptr) return false;
+  SmsDatabase::Transaction transaction(database_, SmsDatabase::Transaction::Reach::kDisk);
+  const bool found = Run(*connection, kStop, id, kSendingStopped) > 0;
+  transaction.Commit();
+  return found;
 }
 
 void SendJournal::Record(std::int32_t id, std::span<const JournalAnswer> answers) {

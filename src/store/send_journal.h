@@ -29,10 +29,14 @@ struct JournalAnswer {
   std::string reply;
 };
 
+// The operator does not want the rest of the message to go out: the gateway is only asked what it
+// has of it.
+inline constexpr std::int64_t kSendingStopped = 0;
+
 struct JournalEntry {
   std::int32_t id = 0;     // of the message
   std::string key;         // see DrawJournalKey
-  std::int64_t since = 0;  // seconds since 1970 UTC
+  std::int64_t since = 0;  // seconds since 1970 UTC, or kSendingStopped
   std::vector<JournalRecipient> recipients;
   std::vector<JournalAnswer> answers;  // in order of position
 };
@@ -56,6 +60,7 @@ class SendJournal {
   // take the key of what has gone out.
   void Open(const JournalEntry& entry);
 
+  // Nothing in a file that is too old to have a journal.
   std::optional<JournalEntry> Find(std::int32_t id);
 
   // Pending → Processing. False, changing nothing, when the message is not Pending any more or has
@@ -64,6 +69,10 @@ class SendJournal {
 
   // The sending begins anew; its key and recipients stay.
   void Renew(std::int32_t id, std::int64_t since);
+
+  // Marks the entry as kSendingStopped, on the disk. False when there is none whose message is in
+  // Processing.
+  bool Stop(std::int32_t id);
 
   void Record(std::int32_t id, std::span<const JournalAnswer> answers);
 

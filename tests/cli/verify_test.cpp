@@ -1,6 +1,7 @@
 #include <csignal>
 #include <functional>
 #include <map>
+#include <memory>
 
 #include "gateway/books_check.h"
 #include "orvaloctl_fixture.h"
@@ -57,6 +58,9 @@ TEST_F(VerifyTest, TheOutboxAgreesWithTheGatewayOrTheDifferenceIsNamed) {
   for (const std::string& line : gateway_.Ledger())
     debited.Add(*Money::Of(nlohmann::json::parse(line).at("charge").get<std::string>()));
   EXPECT_EQ(well.All().at("Totals").at("Charges"), debited.Text());
+  const Outcome all = Hurry({"verify", "--since", "@0"});
+  ASSERT_THAT(all, EndsWith(0));
+  EXPECT_EQ(all.All().at("Totals").at("Checked"), true);
   EXPECT_EQ(well.All().at("Totals").at("Balance"),
             nlohmann::json::parse(Hurry({"balance"}).out).at("balance"));
 
@@ -87,6 +91,43 @@ TEST_F(VerifyTest, TheOutboxAgreesWithTheGatewayOrTheDifferenceIsNamed) {
   EXPECT_THAT(Kinds(Hurry({"verify"})),
               UnorderedElementsAre("missing-here", "missing-here", "missing-there"));
   EXPECT_EQ(gateway_.Ledger().size(), 4u) << "nothing is sent";
+}
+
+// Of ten recipients the gateway takes four, and dies.
+TEST_F(VerifyTest, AMessageThatWaitsIsNamedAndCanBeStopped) {
+  gateway_.Stop(SIGTERM);
+  const auto serve = [&](std::vector<std::string> options) {
+    options.insert(options.begin(), {"--demo", "--sim-delivery-seconds", "0"});
+    return std::make_unique<GatewayProgram>(gateway_folder_.path(), options, gateway_.port());
+  };
+  auto service = serve({"--sim-fail-after", "4"});
+  ASSERT_NE(service->port(), 0);
+  std::string numbers = "27830000010";
+  for (int i = 11; i < 20; ++i) numbers += ",278300000" + std::to_string(i);
+  Hurry({"send", "--to", numbers, "--type", "flash", "--text", "x", "--wait", "60"});
+  ASSERT_THAT(StoredMessages(), testing::SizeIs(1));
+  EXPECT_THAT(Run({"outbox", "--reasons"}).out,
+              HasSubstr("Waits for the gateway: 4 of 10 answered"));
+  service.reset();
+  EXPECT_THAT(Hurry({"outbox", "stop", "1"}), FailsWith(4, "Nothing more is sent, but"));
+  EXPECT_THAT(Run({"outbox", "--reasons"}).out, HasSubstr("Stopped, but the gateway is still"));
+
+  service = serve({});
+  ASSERT_NE(service->port(), 0);
+  const Outcome waits = Hurry({"verify"});
+  EXPECT_THAT(waits, FailsWith(12, "1 not yet answered"));
+  EXPECT_THAT(Kinds(waits), ElementsAre("unanswered"));
+  EXPECT_THAT(Hurry({"outbox", "stop", "1", "9"}), FailsWith(1, "no message 9"));
+  const Outcome stopped = Hurry({"outbox", "stop", "1"});
+  ASSERT_THAT(stopped, EndsWith(0));
+  std::map<std::string, int> count;
+  for (const MessageRow& row : StoredMessages()) ++count[row.reason + std::to_string(row.stat)];
+  EXPECT_EQ(count, (std::map<std::string, int>{
+                       {"12", 1}, {"11", 4}, {"Not sent: stopped by the operator.14", 6}}));
+  EXPECT_EQ(service->Ledger().size(), 4u);
+  EXPECT_THAT(Hurry({"outbox", "stop", "1"}), FailsWith(1, "does not wait"));
+  EXPECT_THAT(Hurry({"query"}), EndsWith(0));
+  EXPECT_THAT(Hurry({"verify", "--since", "@0"}), EndsWith(0));
 }
 
 TEST_F(VerifyTest, SaysWhenItCannotCompare) {

@@ -138,6 +138,25 @@ TEST_F(BooksCheckTest, WhatWaitsInTheJournalIsNotMissing) {
   EXPECT_EQ(last_.accepted, 1);
 }
 
+TEST_F(BooksCheckTest, CreditsLessChargesAreTheBalance) {
+  const struct {
+    std::int64_t since;
+    const char* balance;
+    bool agrees;
+  } cases[] = {{0, "9.2", true},          {0, "9.1", false},           {0, "9.3", false},
+               {kSince, "9.20", true},    {kSince, "9.1", true},       {kSince, "9.3", false},
+               {kSince + 1, "9.3", true}, {kSince + 1, "10.1", false}, {0, "much", true}};
+  for (const auto& [since, balance, agrees] : cases) {
+    int found = 0;
+    BooksCheck check(since, [&](const BooksDifference& difference) {
+      if (difference.kind == BooksDifference::Kind::kOtherSum) ++found;
+    });
+    check.AddListed(Listed('a', "0.8", kDeliveredThere));
+    check.CheckFunds({balance, "10.0"});
+    EXPECT_EQ(found == 0, agrees) << since << ' ' << balance;
+  }
+}
+
 TEST(MoneyTest, AddsWhatIsTold) {
   Money sum;
   for (const char* text : {"0.8", "1.6", "0.05", "12", "0.000000001"}) sum.Add(*Money::Of(text));

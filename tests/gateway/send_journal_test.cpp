@@ -63,6 +63,22 @@ class SendJournalTest : public ::testing::Test {
     if (rows.empty()) rows.push_back(*bench_.database.GetSms(id));
     return rows;
   }
+  // The first run dies; the second is to stop while it repeats the first submission.
+  void StopAtTheSecondTry(MessageType type) {
+    std::string numbers;
+    for (int i = 0; i < 300; ++i) numbers += "," + std::to_string(60'000 + i);
+    const std::int32_t id = bench_.Add(numbers, "x", type);
+    Meet({Fate::kAnswered, Fate::kAnswered, Fate::kDiesAfter});
+    EXPECT_FALSE(Send());
+    Restart();
+    gateway_.fate = [this] {
+      bench_.notices.RequestStop();
+      return Fate::kAnswered;
+    };
+    EXPECT_TRUE(Send());
+    EXPECT_THAT(journal_.Unfinished(), ElementsAre(id));
+    EXPECT_THAT(bench_.ChildrenOf(id), IsEmpty());
+  }
   // Everybody once, and every row has the id that the gateway gave for its number.
   void ExpectOnce(std::int32_t id, std::size_t recipients) {
     EXPECT_EQ(gateway_.accepted.size(), recipients);
@@ -276,6 +292,52 @@ TEST_F(SendJournalTest, AfterADayItIsOnlyAskedFor) {
   EXPECT_EQ(doubt.stat, static_cast<int>(SmsStatus::kUnknown));
   EXPECT_EQ(doubt.query_time, 0);
   EXPECT_THAT(doubt.reason, StartsWith("In doubt: "));
+}
+
+TEST_F(SendJournalTest, WhatTheOperatorStopsIsOnlyAskedFor) {
+  const std::int32_t personal = bench_.Add(",111,222,333", "x", MessageType::kFlash);
+  Meet({Fate::kAnswered, Fate::kDiesAfter});
+  EXPECT_FALSE(Send());
+  Restart();
+  std::string numbers;
+  for (int i = 0; i < 150; ++i) numbers += "," + std::to_string(40'000 + i);
+  const std::int32_t batch = bench_.Add(numbers);
+  Meet({Fate::kAnswered, Fate::kAnswered, Fate::kDiesBefore});
+  EXPECT_FALSE(Send());
+  Restart();
+  const std::int32_t single = bench_.Add(",555");
+  EXPECT_FALSE(journal_.Stop(single)) << "nothing of it has gone out";
+  Meet({Fate::kDiesBefore});
+  EXPECT_FALSE(Send());
+  Restart();
+  for (const std::int32_t id : {personal, batch, single}) EXPECT_TRUE(journal_.Stop(id));
+
+  const auto accepted = gateway_.accepted;
+  Meet({Fate::kDiesBefore});
+  EXPECT_TRUE(Send()) << "no submission";
+  EXPECT_EQ(gateway_.accepted, accepted);
+  std::map<int, std::size_t> statuses;
+  for (const std::int32_t id : {personal, batch, single}) {
+    for (const MessageRow& row : RowsOf(id)) {
+      ++statuses[row.stat];
+      const bool stopped = row.stat == static_cast<int>(SmsStatus::kCancelled);
+      EXPECT_EQ(row.reason, stopped ? "Not sent: stopped by the operator." : "");
+      EXPECT_EQ(stopped, accepted.count(row.number) == 0) << row.number;
+    }
+    EXPECT_FALSE(journal_.Find(id));
+  }
+  EXPECT_EQ(statuses[static_cast<int>(SmsStatus::kUnknown)], accepted.size());
+  EXPECT_EQ(statuses[static_cast<int>(SmsStatus::kCancelled)], 154 - accepted.size());
+  EXPECT_EQ(statuses.size(), 2u);
+}
+
+// What an earlier run has submitted without learning of it must not go out under another key.
+TEST_F(SendJournalTest, AStopLeavesSinglesThatMayHaveGoneOutUnderTheirKeys) {
+  StopAtTheSecondTry(MessageType::kFlash);
+}
+
+TEST_F(SendJournalTest, AStopLeavesChunksThatMayHaveGoneOutUnderTheirKeys) {
+  StopAtTheSecondTry(MessageType::kText);
 }
 
 TEST_F(SendJournalTest, AStopLeavesTheRestOfAPersonalMessagePending) {
