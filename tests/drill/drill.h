@@ -26,7 +26,8 @@ struct DrillPlan {
 struct DrillFaults {
   int client_kills = 0, service_kills = 0, both_kills = 0, cuts = 0;
   int stops = 0, outages = 0, bad_answers = 0, lossy_services = 0, edits = 0, clock_jumps = 0;
-  int half_sent = 0;  // starts of the client that found messages half sent
+  int half_sent = 0;           // starts of the client that found messages half sent
+  int accepted_meanwhile = 0;  // recipients, by the gateway before the last fault
 };
 
 // Sends messages of all kinds with the real client and the real gateway service, which are killed,

@@ -27,6 +27,7 @@ void Print(const DrillPlan& plan, const DrillFaults& faults, const Verdict& verd
   row("starts that found messages half sent", faults.half_sent);
   std::printf("\nAfterwards\n");
   row("recipients", verdict.recipients);
+  row("of them accepted before the last fault", faults.accepted_meanwhile);
   row("lost", verdict.lost);
   row("doubled", verdict.doubled);
   row("in doubt", verdict.in_doubt);
