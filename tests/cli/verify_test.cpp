@@ -6,6 +6,7 @@
 #include "component/component.h"
 #include "gateway/books_check.h"
 #include "orvaloctl_fixture.h"
+#include "support/fake_component.h"
 #include "support/gateway_program.h"
 
 namespace orvalo::test {
@@ -142,6 +143,14 @@ TEST_F(VerifyTest, SaysWhenItCannotCompare) {
   EXPECT_THAT(Hurry({"verify"}), FailsWith(4, "cannot be reached"));
   ASSERT_THAT(Run({"settings", "WorkingOnLine", "0"}), EndsWith(0));
   EXPECT_THAT(Hurry({"verify"}), FailsWith(1, "Working offline"));
+  ASSERT_THAT(Run({"settings", "WorkingOnLine", "1"}), EndsWith(0));
+  for (const bool old_service : {true, false}) {
+    FakeGateway fake;
+    if (old_service) fake.TellMessages();
+    fake.On("ListMessages", "ERR: 102", 102);
+    fake.Register(registry_);
+    EXPECT_THAT(Hurry({"verify"}), FailsWith(1, "does not list what it has accepted"));
+  }
 }
 
 }  // namespace
