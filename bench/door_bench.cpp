@@ -124,6 +124,7 @@ class DoorBench {
         gateway_(folder_.path(), {"--rate-limit", "100000000"}),
         port_(gateway_.port()) {
     std::vector<std::string> users;
+    users.reserve(2 * kOfEachKind);
     for (int i = 0; i < 2 * kOfEachKind; ++i) users.push_back(AddAccount(std::to_string(i)));
     AddAccount("guesser");
     customers_ = std::make_unique<Customers>(gateway_.url(), users);

@@ -82,8 +82,7 @@ bool SendPass::WalkPending(std::int32_t id) {
     if (!TakeRow(pending[position - 1], &message.row)) continue;
     message.entry = planner_.Fix(message.row);
     any = true;
-    if (SendPlanned(std::move(message), static_cast<std::int32_t>(position)) == After::kGiveUp)
-      break;
+    if (SendPlanned(message, static_cast<std::int32_t>(position)) == After::kGiveUp) break;
   }
   return any;
 }
@@ -109,7 +108,7 @@ bool SendPass::WalkJournal(std::int32_t id) {
       // The row may have been deleted or opened for editing meanwhile, its entry with it.
       if (!journal_.Take(message.row.id, message.entry.key)) continue;
       any = true;
-      after = SendPlanned(std::move(message), index);
+      after = SendPlanned(message, index);
     }
     ForgetPlanned(planned);
   }
@@ -120,7 +119,7 @@ bool SendPass::WalkJournal(std::int32_t id) {
     const std::int32_t index = position--;
     if (!message) continue;
     any = true;
-    after = SendPlanned(std::move(*message), index);
+    after = SendPlanned(*message, index);
   }
   gave_up_ = after == After::kGiveUp;
   if (!too_early) SetNextTry();
@@ -155,15 +154,15 @@ bool SendPass::TakeRow(std::int32_t id, MessageRow* row) {
   return true;
 }
 
-SendPass::After SendPass::SendPlanned(PlannedMessage message, std::int32_t progress_index) {
+SendPass::After SendPass::SendPlanned(const PlannedMessage& message, std::int32_t progress_index) {
   parts_.notices.TellOutbox(message.row.id);
-  const After after = SendRow(std::move(message), progress_index);
+  const After after = SendRow(message, progress_index);
   parts_.notices.ToMainWindow(kWmBalance);
   return after;
 }
 
 // A failure on the way leaves in hand what the gateway has taken so far.
-SendPass::After SendPass::SendRow(PlannedMessage planned, std::int32_t progress_index) {
+SendPass::After SendPass::SendRow(const PlannedMessage& planned, std::int32_t progress_index) {
   OutgoingMessage message = Outgoing(planned.row, progress_index);
   MessageSubmissions submissions(parts_, journal_, planned.entry, planned.taken);
   message.submissions = &submissions;

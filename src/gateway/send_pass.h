@@ -67,8 +67,8 @@ class SendPass {
   void ForgetPlanned(const std::deque<PlannedMessage>& planned);
   bool TakeRow(std::int32_t id,
                MessageRow* row);  // Pending → Processing, or false when it is not Pending
-  After SendPlanned(PlannedMessage message, std::int32_t progress_index);
-  After SendRow(PlannedMessage message, std::int32_t progress_index);
+  After SendPlanned(const PlannedMessage& message, std::int32_t progress_index);
+  After SendRow(const PlannedMessage& planned, std::int32_t progress_index);
   After LeaveWaiting(const PlannedMessage& message, const SendOutcome& outcome);
   void SetNextTry();
   OutgoingMessage Outgoing(const MessageRow& row, std::int32_t progress_index) const;

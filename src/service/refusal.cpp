@@ -60,6 +60,7 @@ Refusal Refuse(ErrorCode code) { return {code, RefusalRowOf(code).message}; }
 
 std::vector<ErrorCode> AllErrorCodes() {
   std::vector<ErrorCode> codes;
+  codes.reserve(std::size(kRefusals));
   for (const auto& row : kRefusals) codes.push_back(row.code);
   return codes;
 }
