@@ -149,7 +149,10 @@ void Drill::Strike() {
   const int kills_left =
       plan_.kills - faults_.client_kills - faults_.service_kills - faults_.both_kills;
   const int cuts_left = plan_.cuts - faults_.cuts;
-  if (Chance(6)) {
+  if (Chance(10)) {
+    client_.End();
+    ++faults_.ends;
+  } else if (Chance(6)) {
     service_->Signal(SIGSTOP);
     Pause(1'000);
     service_->Signal(SIGCONT);

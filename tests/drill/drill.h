@@ -25,7 +25,8 @@ struct DrillPlan {
 // Faults that were made.
 struct DrillFaults {
   int client_kills = 0, service_kills = 0, both_kills = 0, cuts = 0;
-  int stops = 0, outages = 0, bad_answers = 0, lossy_services = 0, edits = 0, clock_jumps = 0;
+  int ends = 0, stops = 0, outages = 0, bad_answers = 0, lossy_services = 0, edits = 0,
+      clock_jumps = 0;
   int half_sent = 0;           // starts of the client that found messages half sent
   int accepted_meanwhile = 0;  // recipients, by the gateway before the last fault
 };

@@ -18,6 +18,7 @@ void Print(const DrillPlan& plan, const DrillFaults& faults, const Verdict& verd
   row("kill -9 of the service", faults.service_kills);
   row("kill -9 of both", faults.both_kills);
   row("power cuts of the client", faults.cuts);
+  row("client told to end (SIGTERM)", faults.ends);
   row("service stopped for a second", faults.stops);
   row("service down for up to 2 seconds", faults.outages);
   row("error pages and cut connections", faults.bad_answers);
