@@ -13,7 +13,7 @@ namespace orvalo::cli {
 
 // The send engine at work for a command that waits for it: takes its messages, shows its progress,
 // keeps the balance up to date, and hears the operator's wish to stop. At most one for a Program.
-// Main thread; its end stops the engine, which finishes the message in hand.
+// Main thread; its end stops the engine, which finishes the request in flight.
 class EngineSession : private platform::Mailbox, private OutboxView {
  public:
   enum class Event {
@@ -35,7 +35,7 @@ class EngineSession : private platform::Mailbox, private OutboxView {
   Event Wait(std::int64_t tick);
   // Whether the engine has changed messages since the last call.
   bool TakeChanged();
-  // Asks the engine to stop and waits for its end: as long as the message in hand takes.
+  // Asks the engine to stop and waits for its end: as long as the request in flight takes.
   void Stop();
   // After Stop: throws CommandError when the store has not taken what the engine had to write.
   void RequireStored();

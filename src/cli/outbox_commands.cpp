@@ -114,7 +114,14 @@ void OutboxDeleteCommand::Define(CLI::App& app) {
 
 ExitCode OutboxDeleteCommand::Execute(Context& context) {
   SmsDatabase& database = context.program.GetDatabase();
-  for (const std::int32_t id : ids_) MessageById(database, id);
+  for (const std::int32_t id : ids_) {
+    if (MessageById(database, id).stat == static_cast<std::int32_t>(SmsStatus::kProcessing)) {
+      const std::string number = std::to_string(id);
+      throw CommandError(ExitCode::kFailed, "Message " + number +
+                                                " is on its way: `orvaloctl outbox stop " + number +
+                                                "` stops it.  Nothing was deleted");
+    }
+  }
   SmsDatabase::Transaction transaction(database);
   for (const std::int32_t id : ids_) database.DeleteSms(id);
   transaction.Commit();

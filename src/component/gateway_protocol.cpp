@@ -56,6 +56,9 @@ class Patience {
   std::size_t after_unreachable_ = 0;
 };
 
+// Codes of a login that was not refused.
+bool IsNoAnswer(int error) { return error < kMalformed || IsLoadRefusal(error); }
+
 std::string Authorisation(const std::string& token) { return "Bearer " + token; }
 
 }  // namespace
@@ -70,8 +73,11 @@ Outcome GatewayProtocol::Perform(const Call& call) {
   auto request = BuildRequest(session.base, session.token, call);
   auto outcome = Exchange(request, call.repeat);
   if (!call.needs_session || outcome.error != kNoSession) return outcome;
-  const auto renewed = Renew(session.base, session.token, &request);
-  return renewed.ok() ? Exchange(std::move(request), call.repeat) : renewed;
+  auto renewed = Renew(session.base, session.token, &request);
+  if (renewed.ok()) return Exchange(std::move(request), call.repeat);
+  // A login that is refused says nothing of a submission, which may have arrived before.
+  if (call.about_submission() && !IsNoAnswer(renewed.error)) renewed.error = kNoSession;
+  return renewed;
 }
 
 Outcome GatewayProtocol::PerformAt(const std::string& base, const Call& call) {

@@ -24,6 +24,9 @@ struct Call {
   nlohmann::json body = nullptr;  // null: no body
   Repeat repeat = Repeat::kQuery;
   bool needs_session = true;
+  bool asks_for_submission = false;  // what became of one
+
+  bool about_submission() const { return repeat == Repeat::kSubmission || asks_for_submission; }
   std::string key = "";  // of a submission, 32 hexadecimal digits; "": one is drawn
 };
 
@@ -42,7 +45,9 @@ class GatewayProtocol {
 
   // Calls the service at the session's base address. Without a session, a call that needs one is
   // error 111 and nothing is sent. When the service says that the session has ended, logs in again
-  // with the credentials of the last login, once, and repeats the call with the same key.
+  // with the credentials of the last login, once, and repeats the call with the same key. When that
+  // login is refused, the outcome has the login's code, but 111 for what is about a submission: its
+  // own fate is not known then.
   Outcome Perform(const Call& call);
 
   // The same at another base address. The session is used as it is and never renewed: the

@@ -166,6 +166,7 @@ Outcome MessageCalls::QueryKept(const std::string& key) {
   if (!IsHex(key, kKeyDigits)) return Failed(kMalformed, "Not a key of a submission");
   Call call;
   call.path = "/v1/submissions/" + key;
+  call.asks_for_submission = true;
   return KeptOutcome(protocol_.Perform(call), key);
 }
 

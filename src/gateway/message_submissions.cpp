@@ -102,7 +102,13 @@ SubmissionAnswer MessageSubmissions::Try(std::uint32_t position, const Call& cal
   SubmissionAnswer answer;
   std::u16string reply;
   if (only_asked_) return AskFor(KeyOf(entry_, position));
-  if (AreKeyed()) parts_.gateway.SetSubmissionKey(KeyOf(entry_, position));
+  if (AreKeyed() &&
+      !platform::Succeeded(parts_.gateway.SetSubmissionKey(KeyOf(entry_, position)))) {
+    answer.failure.code =
+        kNotUnderstood;  // and nothing goes out under a key of the component's own
+    answer.open = true;
+    return answer;
+  }
   call(&reply);
   answer.failure = parts_.gateway.LastFailure(reply);
   // The gateway has it already, worded a little otherwise: for another delivery time, say.
@@ -129,7 +135,7 @@ SubmissionAnswer MessageSubmissions::AskFor(std::u16string_view key) {
 }
 
 void MessageSubmissions::Remember(std::int32_t position, const SubmissionAnswer& answer) {
-  if (!AreKeyed() || answer.open || answer.told_before || only_asked_) return;
+  if (!AreKeyed() || answer.open || answer.told_before || only_asked_ || answer.in_doubt) return;
   new_answers_.push_back({position, answer.failure.code, answer.failure.words, answer.reply});
 }
 

@@ -212,9 +212,15 @@ void SendEngine::KeepAlive() {
   if (!settings_.Flag(FlagSetting::kWorkingOnLine)) return;
   std::u16string reply;
   parts_.gateway.Ping(&reply);
-  if (parts_.gateway.LastError() == kGatewayOk) return;
+  // Nobody answers: that is no reason to go offline. What waits is tried again by and by.
+  const auto unanswered = [](std::int32_t code) {
+    return code != kNoSession && IsUnanswered(code);
+  };
+  const std::int32_t code = parts_.gateway.LastError();
+  if (code == kGatewayOk || unanswered(code)) return;
   if (account_.LoginToGateway(settings_.Text(TextSetting::kLogin),
-                              settings_.Text(TextSetting::kPassword)))
+                              settings_.Text(TextSetting::kPassword)) ||
+      unanswered(parts_.gateway.LastError()))
     return;
   if (!parts_.notices.Stopping()) parts_.notices.GoOffline();
   settings_.SetFlag(FlagSetting::kWorkingOnLine, false);

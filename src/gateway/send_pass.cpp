@@ -89,14 +89,13 @@ bool SendPass::WalkPending(std::int32_t id) {
 
 bool SendPass::WalkJournal(std::int32_t id) {
   const bool too_early = parts_.clock.Tick() < next_try_;
-  if (too_early && gave_up_) return false;
-  std::vector<std::int32_t> unfinished = journal_.Unfinished();
-  if (id != kEveryMessage)
-    std::erase_if(unfinished, [id](std::int32_t other) { return other != id; });
+  if (too_early && nobody_there_) return false;
+  const std::vector<std::int32_t> unfinished = UnfinishedFrom(id);
   const std::vector<std::int32_t> pending = parts_.database.PendingSms(id);
   std::span<const std::int32_t> left(pending);
   auto position = static_cast<std::int32_t>(pending.size() + unfinished.size());
   waiting_ = 0;
+  nobody_there_ = false;
   bool any = false;
   After after = After::kGoOn;
   while (!left.empty() && after == After::kGoOn && !parts_.notices.Stopping()) {
@@ -112,18 +111,28 @@ bool SendPass::WalkJournal(std::int32_t id) {
     }
     ForgetPlanned(planned);
   }
-  for (auto next = unfinished.rbegin(); !too_early && next != unfinished.rend() &&
-                                        after == After::kGoOn && !parts_.notices.Stopping();
-       ++next) {
-    auto message = planner_.Resume(*next);
+  for (const std::int32_t next : unfinished) {
+    if (too_early || after != After::kGoOn || parts_.notices.Stopping()) break;
+    auto message = planner_.Resume(next);
     const std::int32_t index = position--;
     if (!message) continue;
     any = true;
     after = SendPlanned(*message, index);
   }
-  gave_up_ = after == After::kGiveUp;
   if (!too_early) SetNextTry();
   return any;
+}
+
+// Newest first, but those before which the last pass gave up come first: two messages that are
+// never answered do not keep the others.
+std::vector<std::int32_t> SendPass::UnfinishedFrom(std::int32_t id) {
+  std::vector<std::int32_t> ids = journal_.Unfinished();
+  if (id != kEveryMessage) std::erase_if(ids, [id](std::int32_t other) { return other != id; });
+  std::reverse(ids.begin(), ids.end());
+  const auto first = std::find_if(ids.begin(), ids.end(),
+                                  [this](std::int32_t other) { return other < next_unfinished_; });
+  if (next_unfinished_ != 0 && first != ids.end()) std::rotate(ids.begin(), first, ids.end());
+  return ids;
 }
 
 void SendPass::SetNextTry() {
@@ -187,16 +196,15 @@ SendPass::After SendPass::SendRow(const PlannedMessage& planned, std::int32_t pr
   return online ? After::kGoOn : After::kGiveUp;
 }
 
-// The journal has what was answered so far, and the keys of the rest.
+// The journal has what was answered so far, and the keys of the rest. The row stays Processing also
+// when nobody is logged in: a try before may have arrived.
 SendPass::After SendPass::LeaveWaiting(const PlannedMessage& message, const SendOutcome& outcome) {
-  const bool untried = outcome.no_session && !message.taken && message.entry.answers.empty() &&
-                       outcome.successes.empty() && outcome.failures.empty();
-  if (untried)
-    parts_.database.ChangeStatus(message.row.id, SmsStatus::kProcessing, SmsStatus::kPending);
   if (!outcome.why_waiting.empty()) parts_.notices.SendingWaits(outcome.why_waiting);
   ++waiting_;
-  const bool nobody_there = outcome.no_session || IsUnreachable(outcome.highest_error);
-  return nobody_there || waiting_ > 1 ? After::kGiveUp : After::kGoOn;
+  nobody_there_ = outcome.no_session || IsUnreachable(outcome.highest_error);
+  if (!nobody_there_ && waiting_ < 2) return After::kGoOn;
+  if (!nobody_there_) next_unfinished_ = message.row.id;
+  return After::kGiveUp;
 }
 
 OutgoingMessage SendPass::Outgoing(const MessageRow& row, std::int32_t progress_index) const {
@@ -235,17 +243,13 @@ void SendPass::SendOneByOne(const PlannedMessage& planned, const OutgoingMessage
   const bool unicode = IsUnicodeType(message.type);
   const auto kind =
       planner_.IsPlain(planned.row) ? SendStep::Kind::kPlain : SendStep::Kind::kPersonalised;
-  const std::u16string shared = WireText::Of(message.text, unicode, parts_.gateway);
   for (std::int32_t position = 0; position < outcome->recipients; ++position) {
-    const JournalRecipient& recipient =
-        planned.entry.recipients[static_cast<std::size_t>(position)];
-    const RecipientRecord& record = outcome->all[static_cast<std::size_t>(position)];
-    if (recipient.has_own_text) {
-      const std::u16string own = WireText::Of(recipient.text, unicode, parts_.gateway);
-      step_.Send(kind, message, recipient.text, own, record, position, outcome);
-    } else {
-      step_.Send(kind, message, message.text, shared, record, position, outcome);
-    }
+    const auto at = static_cast<std::size_t>(position);
+    const JournalRecipient& recipient = planned.entry.recipients[at];
+    const std::string& text = recipient.has_own_text ? recipient.text : message.text;
+    // Each anew: the component takes only what it has encoded last for an encoded text.
+    const std::u16string wire = WireText::Of(text, unicode, parts_.gateway);
+    step_.Send(kind, message, text, wire, outcome->all[at], position, outcome);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 #include "gateway/engine_parts.h"
 #include "gateway/send_batch.h"
@@ -70,6 +71,7 @@ class SendPass {
   After SendPlanned(const PlannedMessage& message, std::int32_t progress_index);
   After SendRow(const PlannedMessage& planned, std::int32_t progress_index);
   After LeaveWaiting(const PlannedMessage& message, const SendOutcome& outcome);
+  std::vector<std::int32_t> UnfinishedFrom(std::int32_t id);
   void SetNextTry();
   OutgoingMessage Outgoing(const MessageRow& row, std::int32_t progress_index) const;
   void SendToAll(const PlannedMessage& planned, const OutgoingMessage& message,
@@ -85,10 +87,11 @@ class SendPass {
   SendBatch batch_;
   OutcomeRecorder recorder_;
   std::optional<InHand> in_hand_;
-  int waiting_ = 0;            // messages of this pass that nobody has answered
-  bool gave_up_ = false;       // the last pass that sent anything
-  std::int64_t next_try_ = 0;  // the clock's tick
-  std::int64_t pause_ = 0;     // milliseconds
+  int waiting_ = 0;                   // messages of this pass that nobody has answered
+  bool nobody_there_ = false;         // for the last message of the last pass
+  std::int32_t next_unfinished_ = 0;  // the last pass gave up at this message; 0: at none
+  std::int64_t next_try_ = 0;         // the clock's tick
+  std::int64_t pause_ = 0;            // milliseconds
 };
 
 }  // namespace orvalo

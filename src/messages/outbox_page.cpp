@@ -257,11 +257,16 @@ void OutboxPage::LoadMenuMessage(bool edit) {
 // The engine may take a message in hand while its menu is open, or just before it is edited.
 void OutboxPage::TellBeingSent() {
   bool being_sent = false;
-  Guarded([&] {
-    const auto row = parts_.database.GetSms(menu_id_);
-    being_sent = row && IsStatus(row->stat, SmsStatus::kProcessing);
-  });
-  if (!being_sent) return;
+  Guarded([&] { being_sent = IsBeingSent(menu_id_); });
+  if (being_sent) ShowBeingSent();
+}
+
+bool OutboxPage::IsBeingSent(std::int32_t id) {
+  const auto row = parts_.database.GetSms(id);
+  return row && IsStatus(row->stat, SmsStatus::kProcessing);
+}
+
+void OutboxPage::ShowBeingSent() {
   parts_.boxes.Show(parts_.texts.Load(kBeingSentTextId), parts_.texts.Load(kBeingSentCaptionId),
                     platform::BoxIcon::kInformation);
 }
@@ -275,17 +280,20 @@ void OutboxPage::DeleteSelected() {
   const auto answer = parts_.boxes.Show(question, parts_.texts.Load(kDeleteCaptionId),
                                         platform::BoxIcon::kQuestion, platform::BoxButtons::kYesNo);
   if (answer == platform::BoxAnswer::kNo || answer == platform::BoxAnswer::kCancel) return;
+  bool left_any = false;
   Guarded([&] {
     for (std::size_t done = 0; done < ids.size(); done += kDeletedAtOnce) {
       SmsDatabase::Transaction transaction(parts_.database);
       const std::size_t end = std::min(ids.size(), done + kDeletedAtOnce);
-      for (std::size_t i = done; i < end; ++i) parts_.database.DeleteSms(ids[i]);
+      for (std::size_t i = done; i < end; ++i)
+        left_any = (!parts_.database.DeleteSms(ids[i]) && IsBeingSent(ids[i])) || left_any;
       transaction.Commit();
     }
   });
   FullRefresh();
   window_.Redraw();
   UpdateCaption();
+  if (left_any) ShowBeingSent();
 }
 
 void OutboxPage::SelectAll() {

@@ -147,6 +147,8 @@ class OutboxPage : public OutboxView, public OutboxCaption {
   std::vector<std::int32_t> SelectedIds() const;
   void LoadMenuMessage(bool edit);
   void TellBeingSent();  // unless the menu's message is not
+  bool IsBeingSent(std::int32_t id);
+  void ShowBeingSent();
   void DeleteSelected();
   // False, the operator having been told, when the program cannot go online. `list` learns whether
   // it has gone online for it.

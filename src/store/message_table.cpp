@@ -20,7 +20,7 @@ constexpr Sql kUpdateEdited(
 constexpr Sql kRestoreEdited(
     "UPDATE SMS SET Stat = SavedStat WHERE Stat = 5 AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR Stat "
     "= 10)");
-constexpr Sql kDeleteMessage("DELETE FROM SMS WHERE ID = ?");
+constexpr Sql kDeleteMessage("DELETE FROM SMS WHERE ID = ? AND +Stat <> 10");
 constexpr Sql kCountWaiting(
     "SELECT count(*) FROM SMS WHERE Stat IN (0, 4, 6) AND (Stat = 0 OR Stat BETWEEN 4 AND 6 OR "
     "Stat = 10)");
@@ -153,14 +153,15 @@ std::int32_t SmsDatabase::CopySmsTo(std::int32_t id, SmsStatus status, std::stri
   return AddSms(CopyOf(std::move(row), status));
 }
 
-void SmsDatabase::DeleteSms(std::int32_t id) {
+bool SmsDatabase::DeleteSms(std::int32_t id) {
   Connection* connection = Here();
-  if (connection == nullptr) return;
+  if (connection == nullptr) return false;
   Transaction transaction(*this);
   CatchUp(*connection, kMessageIds);
-  Run(*connection, kDeleteMessage, id);
-  EndJournalEntry(*connection, id);
+  const bool deleted = Run(*connection, kDeleteMessage, id) > 0;
+  if (deleted) EndJournalEntry(*connection, id);
   transaction.Commit();
+  return deleted;
 }
 
 std::int32_t SmsDatabase::CountWaitingSms() { return CountRows(Here(), kCountWaiting); }

@@ -108,7 +108,9 @@ class SmsDatabase {
   std::int32_t DuplicateSms(std::int32_t id, std::optional<SmsStatus> status);
   // A copy for one recipient; -1 when there is no such row.
   std::int32_t CopySmsTo(std::int32_t id, SmsStatus status, std::string_view recipient);
-  void DeleteSms(std::int32_t id);
+  // False, changing nothing, for a row that is just being sent, whose outcome would have no place,
+  // and when there is no such row.
+  bool DeleteSms(std::int32_t id);
   std::int32_t CountWaitingSms();  // rows Pending, Scheduled or Delay Scheduled
   std::int32_t CountSms();         // walks the table
 

@@ -58,6 +58,12 @@ TEST_F(ComponentTest, RenewsASessionThatHasEndedAndRepeatsTheCall) {
   ScriptLogin(Refusal(401, 110, "Wrong password"));
   caller_.Call(u"Ping");
   EXPECT_EQ(caller_.Error(), 110);
+  // That says nothing of a submission, which may have arrived before.
+  Script({Cut(), Refusal(401, 111, "No session")});
+  caller_.Send("Hello", "27821110001");
+  EXPECT_EQ(caller_.Error(), 111);
+  caller_.Call(u"QuerySubmission", {Caller::Text(std::string(32, 'a'))});
+  EXPECT_EQ(caller_.Error(), 111);
 }
 
 TEST_F(ComponentTest, KeepsASessionThroughALoginThatOnlyGotNoAnswer) {

@@ -145,8 +145,19 @@ TEST_F(SendEngineTest, TheFourthMinuteKeepsTheLoginAlive) {
   EXPECT_EQ(bench_.fake.Calls("AuthenticateClient").size(), 1u);
   EXPECT_TRUE(bench_.settings.Flag(FlagSetting::kWorkingOnLine));
 
-  bench_.fake.On("AuthenticateClient", "", 110);
+  // Nobody there: nothing to log in to, no reason to go offline, and no box that the worker waits
+  // in.
+  bench_.fake.On("Ping", "", 99);
   for (int minute = 5; minute <= 8; ++minute) Minute();
+  EXPECT_EQ(bench_.fake.Calls("AuthenticateClient").size(), 1u);
+  bench_.fake.On("Ping", "", 111);
+  bench_.fake.On("AuthenticateClient", "", 503);
+  for (int minute = 9; minute <= 12; ++minute) Minute();
+  EXPECT_TRUE(bench_.settings.Flag(FlagSetting::kWorkingOnLine));
+  EXPECT_THAT(bench_.boxes.shown(), IsEmpty());
+
+  bench_.fake.On("AuthenticateClient", "", 110);
+  for (int minute = 13; minute <= 16; ++minute) Minute();
   EXPECT_FALSE(bench_.settings.Flag(FlagSetting::kWorkingOnLine));
   EXPECT_THAT(Posted(), Contains(kWmOffline));
   EXPECT_THAT(bench_.options.messages(), ElementsAre(std::tuple(kWmGoOffline, 0, 0)));

@@ -230,17 +230,77 @@ TEST_F(SendJournalTest, OneSilenceDoesNotStopTheRest) {
   const std::int32_t later = bench_.Add(",333");
   EXPECT_TRUE(Send());
   EXPECT_EQ(bench_.StatusOf(later), SmsStatus::kUnknown);
+
+  // Nor do two of them, neither new messages nor older ones that wait.
+  const std::int32_t old = bench_.Add(",444");
+  const auto answers = [](const test::FakeGateway::Call& call) {
+    const std::string to = call.Argument(2);
+    const bool silent = to == "222" || to == "555" || to == "777";
+    return silent ? test::FakeGateway::Answer{"<html>", 98} : test::FakeGateway::Answer{"ID: x"};
+  };
+  bench_.fake.On("SendMsg", [](const test::FakeGateway::Call&) -> test::FakeGateway::Answer {
+    throw test::ProcessDies();
+  });
+  EXPECT_FALSE(Send());
+  bench_.fake.On("SendMsg", answers);
+  const std::int32_t second = bench_.Add(",555");
+  bench_.Add(",777");
+  Restart();
+  for (int passes = 0; passes < 3; ++passes) {
+    EXPECT_TRUE(Send());
+    bench_.clock.Advance(20 * 60'000);
+  }
+  EXPECT_EQ(bench_.StatusOf(second), SmsStatus::kProcessing);
+  EXPECT_EQ(bench_.StatusOf(old), SmsStatus::kUnknown);
+  const std::int32_t last = bench_.Add(",666");
+  EXPECT_TRUE(Send());
+  EXPECT_TRUE(Send());
+  EXPECT_EQ(bench_.StatusOf(last), SmsStatus::kUnknown);
 }
 
-TEST_F(SendJournalTest, NotLoggedInLeavesThemPending) {
+TEST_F(SendJournalTest, NotLoggedInWaitsUnderItsKey) {
+  const std::int32_t untouched = bench_.Add(",333");
   const std::int32_t id = bench_.Add(",111,222");
   bench_.fake.On("StartBatch", "Not logged in", 111);
   EXPECT_TRUE(Send());
-  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kPending);
+  EXPECT_EQ(bench_.StatusOf(id), SmsStatus::kProcessing);
+  EXPECT_EQ(bench_.StatusOf(untouched), SmsStatus::kPending);
+  EXPECT_EQ(bench_.fake.Calls("StartBatch").size(), 1u) << "trying again is of no use";
   bench_.fake.On("StartBatch", "OK");
   pass_->TryAgain();
   EXPECT_TRUE(Send());
+  gateway_.accepted.erase("333");
   ExpectOnce(id, 2);
+}
+
+TEST_F(SendJournalTest, WhatIsBeingSentIsNotDeleted) {
+  const std::int32_t id = bench_.Add(",111,222", "x", MessageType::kFlash);
+  bool deleted = true;
+  gateway_.fate = [&] {
+    deleted = bench_.database.DeleteSms(id);
+    return Fate::kAnswered;
+  };
+  EXPECT_TRUE(Send());
+  EXPECT_FALSE(deleted);
+  ExpectOnce(id, 2);
+  EXPECT_TRUE(bench_.database.DeleteSms(id));
+}
+
+// The component takes as encoded only what it has encoded last.
+TEST_F(SendJournalTest, EveryUnicodeTextIsEncodedAnew) {
+  const std::int32_t ann = bench_.AddContact("Ann", "111");
+  std::string last;
+  bench_.fake.On("EncodeToUnicode", [&](const test::FakeGateway::Call& call) {
+    return test::FakeGateway::Answer{last = "<" + call.Argument(0) + ">"};
+  });
+  gateway_.fate = [&] {
+    EXPECT_EQ(bench_.fake.Calls("SendMsg").back().Argument(1), last);
+    return Fate::kAnswered;
+  };
+  bench_.Add(",A" + std::to_string(ann) + ",222", "<<FIRSTNAME>>", MessageType::kUnicode);
+  EXPECT_TRUE(Send());
+  EXPECT_EQ(gateway_.texts["111"], "<Ann>");
+  EXPECT_EQ(gateway_.texts["222"], "<<<FIRSTNAME>>>");
 }
 
 // What goes out again is worded otherwise (a delivery time comes nearer): the gateway says that the

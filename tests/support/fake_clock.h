@@ -1,5 +1,5 @@
 #pragma once
-#include <set>
+#include <list>
 
 #include "platform/clock.h"
 
@@ -21,14 +21,19 @@ class FakeClock : public platform::Clock {
 
   void Advance(std::int64_t milliseconds);
   void SetWallClock(std::int64_t now);  // as an operator does: Tick knows nothing of it
-  // Blocks (in real time, at most 10 s) until `count` threads wait on this clock; false when they
-  // do not.
+  // Blocks (in real time, at most 10 s) until `count` threads wait on this clock for what has not
+  // come: whatever had been handed to them by now is done. False when they do not.
   bool AwaitWaiters(int count);
 
  private:
+  struct Waiter {
+    std::condition_variable* condition;
+    int looks = 0;  // how often it has found that what it waits for has not come
+  };
+
   mutable std::mutex mutex_;
   std::condition_variable waiters_changed_;
-  std::multiset<std::condition_variable*> waiting_;
+  std::list<Waiter> waiting_;
   std::int64_t now_ms_;
   std::int64_t wall_ms_ = 0;  // how far the wall clock is set forth
 };

@@ -273,7 +273,10 @@ TEST_F(OutboxWindowTest, TheMenuGreysWhatTheLineDoesNotAllow) {
     QTest::keyClick(list_, Qt::Key_Home, Qt::ControlModifier);
     MenuKey();
     EXPECT_EQ(Offered(), all);
-    for (int id = 1; id <= 4; ++id) program_->GetDatabase().DeleteSms(id);
+    for (int id = 1; id <= 4; ++id) {
+      program_->GetDatabase().SetSmsStatus(id, SmsStatus::kFailed);
+      program_->GetDatabase().DeleteSms(id);
+    }
     area_->Page().BroughtToFront();
     EXPECT_TRUE(Child<QWidget>(*window_, "outboxEmpty").isVisible());
     RightClick(QPoint(50, 50));
