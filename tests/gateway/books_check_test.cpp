@@ -187,7 +187,8 @@ TEST(ListedMessagesTest, ReadsPageByPageAndTriesAgain) {
       {{{page("2")}, {"ERR: 99", 99}}, kGatewayUnreachable, 1, 6},
       {{{"ERR: 102", 102}}, kGatewayCannot, 0, 1},
   };
-  for (const auto& [answers, code, visited, asked] : cases) {
+  for (const auto& [script, code, visited, asked] : cases) {
+    const auto& answers = script;
     FakeGateway fake;
     fake.TellMessages();
     std::size_t next = 0;
