@@ -249,7 +249,7 @@ void BooksCheck::CheckFunds(const Funds& funds) {
   if (!balance || !credits) return;
   Money sum = totals_.charges;
   sum.Add(*balance);
-  if (since_ <= 0 ? sum == *credits : sum <= *credits) return;
+  if (since_ <= 0 ? sum == *credits : !(*credits < sum)) return;
   BooksDifference difference{DifferenceKind::kOtherSum};
   difference.here = sum.Text();
   difference.there = funds.credits;

@@ -1,12 +1,12 @@
 #pragma once
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "gateway/listed_messages.h"
@@ -23,7 +23,10 @@ class Money {
   static std::optional<Money> Of(std::string_view decimal);  // "0.8"; nothing for what is no amount
   void Add(const Money& other);
   std::string Text() const;  // without zeros at the end, but for one behind the point
-  auto operator<=>(const Money&) const = default;
+  bool operator==(const Money&) const = default;
+  bool operator<(const Money& other) const {
+    return std::tie(units_, billionths_) < std::tie(other.units_, other.billionths_);
+  }
 
  private:
   std::int64_t units_ = 0, billionths_ = 0;
