@@ -37,13 +37,7 @@ std::int32_t SendBatch::Send(const OutgoingMessage& message, SendOutcome* outcom
       outcome->retries.insert(outcome->retries.end(), chunk.records.begin(), chunk.records.end());
     } else {
       if (!told_before && !started && !message.submissions->AreOnlyAsked()) {
-        if (!Start(message, outcome)) {
-          if (outcome->no_session && !outcome->waiting) {
-            const auto rest = all.subspan(first);
-            outcome->retries.insert(outcome->retries.end(), rest.begin(), rest.end());
-          }
-          return sent;
-        }
+        if (!Start(message, all.subspan(first), outcome)) return sent;
         started = true;
       }
       if (!told_before) {
@@ -60,7 +54,8 @@ std::int32_t SendBatch::Send(const OutgoingMessage& message, SendOutcome* outcom
   return sent;
 }
 
-bool SendBatch::Start(const OutgoingMessage& message, SendOutcome* outcome) {
+bool SendBatch::Start(const OutgoingMessage& message, std::span<const RecipientRecord> rest,
+                      SendOutcome* outcome) {
   const std::u16string wire =
       WireText::Of(message.text, IsUnicodeType(message.type), parts_.gateway);
   step_.SetProperties(message);
@@ -84,6 +79,12 @@ bool SendBatch::Start(const OutgoingMessage& message, SendOutcome* outcome) {
   }
   if (error == kGatewayUnreachable && !answer.open)
     ShowNoConnection(parts_.boxes, parts_.texts, parts_.settings, answer.failure);
+  if (answer.in_doubt) {
+    for (const RecipientRecord& record : rest)
+      outcome->in_doubt.push_back({record, answer.failure.words});
+  } else if (outcome->no_session && !outcome->waiting) {
+    outcome->retries.insert(outcome->retries.end(), rest.begin(), rest.end());
+  }
   return false;
 }
 

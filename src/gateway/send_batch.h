@@ -28,7 +28,9 @@ class SendBatch {
     std::span<const RecipientRecord> records;
   };
 
-  bool Start(const OutgoingMessage& message, SendOutcome* outcome);
+  // False: nothing of the `rest` goes out now, and it is on the lists that it belongs on.
+  bool Start(const OutgoingMessage& message, std::span<const RecipientRecord> rest,
+             SendOutcome* outcome);
   std::int32_t SendChunk(const Chunk& chunk, const OutgoingMessage& message, SendOutcome* outcome);
   void End(const OutgoingMessage& message, SendOutcome* outcome);
   std::string Why(const GatewayFailure& failure) const;

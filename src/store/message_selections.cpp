@@ -27,7 +27,8 @@ constexpr Sql kSelectFollowedOne(
 
 constexpr Sql kSetOutcome(
     "UPDATE SMS SET Stat = ?3, ApiMsgID = iif(?4 = '', ApiMsgID, ?4), "
-    "QueryTime = iif(?4 = '', QueryTime, ?5), StatQryTm = iif(?4 = '', StatQryTm, ?6), "
+    "QueryTime = iif(?4 = '', iif(?3 = 11, 0, QueryTime), ?5), StatQryTm = iif(?4 = '', StatQryTm, "
+    "?6), "
     "Number = ?7, Reason = ?8 WHERE ID = ?1 AND +Stat = ?2");
 constexpr Sql kSetExpanded("UPDATE SMS SET Stat = 12, Number = ?3 WHERE ID = ?1 AND +Stat = ?2");
 constexpr Sql kSetQuerySchedule("UPDATE SMS SET QueryTime = ?2, StatQryTm = ?3 WHERE ID = ?1");

@@ -174,7 +174,8 @@ class SmsDatabase {
     std::string_view reason = {};
   };
   // Stores the outcome of a row with one recipient; without an id of the gateway, the row's own and
-  // its query schedule stay. False as ChangeStatus is.
+  // its query schedule stay, but nobody follows a row that is Unknown without one. False as
+  // ChangeStatus is.
   bool SetOutcome(std::int32_t id, SmsStatus expected, const SmsOutcome& outcome);
   // A row that went to several: Expanded, with all numbers that it went to, joined by commas. False
   // as ChangeStatus is.

@@ -2,9 +2,8 @@
 #include <csignal>
 #include <thread>
 
-#include "orvaloctl_fixture.h"
 #include "platform/http.h"
-#include "support/gateway_program.h"
+#include "served_fixture.h"
 
 namespace orvalo::test {
 namespace {
@@ -14,17 +13,8 @@ using testing::HasSubstr;
 // Money in tenths, exactly.
 std::int64_t Tenths(const std::string& amount) { return std::lround(std::stod(amount) * 10); }
 
-class EndToEndTest : public OrvaloctlTest {
+class EndToEndTest : public ServedTest {
  protected:
-  void SetUp() override {
-    ASSERT_NE(gateway_.port(), 0);
-    Init(gateway_.url());
-    ASSERT_THAT(RunWith("demo\n", {"login", "demo", "--remember"}, hurrying_clock_), EndsWith(0));
-  }
-  Outcome Hurry(std::vector<std::string> args) {
-    args.insert(args.begin(), "--json");
-    return RunWith("", std::move(args), hurrying_clock_);
-  }
   std::int64_t Balance() {
     return nlohmann::json::parse(Hurry({"balance"}).out).at("tenths").get<std::int64_t>();
   }
@@ -35,10 +25,6 @@ class EndToEndTest : public OrvaloctlTest {
     }
     return sum;
   }
-
-  TemporaryFolder gateway_folder_;
-  GatewayProgram gateway_{gateway_folder_.path(), {"--demo", "--sim-delivery-seconds", "0"}};
-  HurryingClock hurrying_clock_;
 };
 
 std::vector<std::string> StatusNames(const Outcome& outcome) {

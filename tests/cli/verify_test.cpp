@@ -5,9 +5,8 @@
 
 #include "component/component.h"
 #include "gateway/books_check.h"
-#include "orvaloctl_fixture.h"
+#include "served_fixture.h"
 #include "support/fake_component.h"
-#include "support/gateway_program.h"
 
 namespace orvalo::test {
 namespace {
@@ -17,21 +16,12 @@ using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 
 // The outbox against the books of the real service.
-class VerifyTest : public OrvaloctlTest {
+class VerifyTest : public ServedTest {
  protected:
   // Its pauses after a busy gateway take no time.
   VerifyTest() {
     registry_.Register("SMS_COMAPI.SMS",
                        [this] { return std::make_unique<component::Component>(clock_); });
-  }
-  void SetUp() override {
-    ASSERT_NE(gateway_.port(), 0);
-    Init(gateway_.url());
-    ASSERT_THAT(RunWith("demo\n", {"login", "demo", "--remember"}, hurrying_clock_), EndsWith(0));
-  }
-  Outcome Hurry(std::vector<std::string> args) {
-    args.insert(args.begin(), "--json");
-    return RunWith("", std::move(args), hurrying_clock_);
   }
   void Change(const std::function<void(SmsDatabase&)>& change) {
     SmsDatabase database(folder(), texts_, clock_);
@@ -43,10 +33,6 @@ class VerifyTest : public OrvaloctlTest {
     for (const auto& difference : all.at("Differences")) kinds.push_back(difference.at("Kind"));
     return kinds;
   }
-
-  TemporaryFolder gateway_folder_;
-  GatewayProgram gateway_{gateway_folder_.path(), {"--demo", "--sim-delivery-seconds", "0"}};
-  HurryingClock hurrying_clock_;
 };
 
 TEST_F(VerifyTest, TheOutboxAgreesWithTheGatewayOrTheDifferenceIsNamed) {
@@ -115,6 +101,7 @@ TEST_F(VerifyTest, AMessageThatWaitsIsNamedAndCanBeStopped) {
   ASSERT_THAT(StoredMessages(), testing::SizeIs(1));
   EXPECT_THAT(Run({"outbox", "--reasons"}).out,
               HasSubstr("Waits for the gateway: 4 of 10 answered"));
+  EXPECT_THAT(Hurry({"outbox", "delete", "1"}), FailsWith(1, "Message 1 is on its way"));
   service.reset();
   EXPECT_THAT(Hurry({"outbox", "stop", "1"}), FailsWith(4, "Nothing more is sent, but"));
   EXPECT_THAT(Run({"outbox", "--reasons"}).out, HasSubstr("Stopped, but the gateway is still"));

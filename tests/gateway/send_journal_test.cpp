@@ -323,6 +323,25 @@ TEST_F(SendJournalTest, AKeyThatIsTakenIsAskedFor) {
   EXPECT_EQ(gateway_.texts["111"], "later");
 }
 
+// A gateway that knows the key but cannot tell what became of it.
+TEST_F(SendJournalTest, ATakenKeyWithoutAnAnswerIsInDoubt) {
+  bench_.fake.On("QuerySubmission", "no such path", 102);
+  for (const char* member : {"SendMsg", "StartBatch", "QuickBatchSend"}) {
+    const bool single = std::string(member) == "SendMsg";
+    const std::int32_t id = bench_.Add(single ? ",111" : ",111,222");
+    bench_.database.SetApiMsgId(id, ",ID: of an earlier time");
+    bench_.database.SetQuerySchedule(id, 60, 1);
+    bench_.fake.On(member, "ERR: 206, reused", 206);
+    EXPECT_TRUE(Send()) << member;
+    bench_.fake.On(member, "OK");
+    for (const MessageRow& row : RowsOf(id)) {
+      EXPECT_EQ(row.stat, static_cast<int>(SmsStatus::kUnknown)) << member;
+      EXPECT_EQ(row.query_time, 0) << "nobody asks under another message's id";
+      EXPECT_THAT(row.reason, StartsWith("In doubt: ")) << member;
+    }
+  }
+}
+
 TEST_F(SendJournalTest, AfterADayItIsOnlyAskedFor) {
   const std::int32_t arrived = bench_.Add(",111,222", "x", MessageType::kFlash);
   Meet({Fate::kAnswered, Fate::kDiesAfter});

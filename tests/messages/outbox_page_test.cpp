@@ -257,6 +257,17 @@ TEST(OutboxPageTest, DeletesTheSelectedWhenConfirmed) {
   EXPECT_EQ(bench.window.rows, 1u);
   EXPECT_EQ(bench.window.caption, "Outbox (1)");
   EXPECT_EQ(bench.Selected(), ".");
+
+  // What is on its way stays, and that is said.
+  bench.database.SetSmsStatus(2, SmsStatus::kProcessing);
+  bench.Add(1, ",1", "x");
+  bench.page.BroughtToFront();
+  bench.Select({0, 1});
+  bench.page.OpenMenu(0);
+  bench.page.Run(OutboxCommand::kDelete);
+  ASSERT_EQ(bench.database.CountSms(), 1);
+  EXPECT_EQ(bench.database.AllSms().at(0).id, 2);
+  EXPECT_THAT(bench.boxes.shown().back().text, testing::StartsWith("This message is being sent"));
 }
 
 TEST(OutboxPageTest, TellsWhenTheStoreRefuses) {
